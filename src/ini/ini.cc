@@ -1,0 +1,597 @@
+// SPDX-License-Identifier: MIT
+#include "ini/ini.h"
+
+#include <fcntl.h>
+#include <strings.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cassert>
+#include <cctype>
+#include <cerrno>
+#include <climits>
+#include <cstddef>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string_view>
+
+#include "ini/private_file.h"
+
+namespace {
+
+// ---- Text -------------------------------------------------------------------------------------
+
+enum quote_option {
+  QUOTE_NONE,     // plain copy
+  QUOTE_ENQUOTE,  // surround with double quotes and escape inner quotes
+  QUOTE_DEQUOTE,  // undo the escapes of a quoted value
+};
+
+bool is_space(char byte) { return byte > 0 && byte <= ' '; }
+
+char* skip_leading(char* str) {
+  assert(str != NULL);
+  while (is_space(*str)) ++str;
+  return str;
+}
+
+/** Steps back from str, the end of a text that starts at base, over trailing whitespace. */
+char* skip_trailing(char* str, const char* base) {
+  assert(str != NULL);
+  assert(base != NULL);
+  while (str > base && is_space(str[-1])) --str;
+  return str;
+}
+
+std::string_view trimmed(char* begin, char* end) {
+  begin = skip_leading(begin);
+  if (begin > end) begin = end;
+  end = skip_trailing(end, begin);
+  return {begin, static_cast<std::size_t>(end - begin)};
+}
+
+bool same_name(std::string_view name, const char* wanted) {
+  return name.size() == std::strlen(wanted) && strncasecmp(name.data(), wanted, name.size()) == 0;
+}
+
+/** Copies at most maxlen - 1 bytes and a NUL, applying the quotes that the option asks for. */
+void ini_strncpy(char* dest, const char* source, std::size_t maxlen, quote_option option) {
+  // A broken contract prints these texts: they keep their exact shape.
+  // clang-format off
+  assert(maxlen>0);
+  assert(source != NULL && dest != NULL);
+  assert((dest < source || (dest == source && option != QUOTE_ENQUOTE)) || dest > source + strlen(source));
+  // clang-format on
+  if (option == QUOTE_ENQUOTE && maxlen < 3) option = QUOTE_NONE;
+
+  std::size_t length = 0;
+  switch (option) {
+    case QUOTE_NONE:
+      while (*source != '\0' && length < maxlen - 1) dest[length++] = *source++;
+      break;
+    case QUOTE_ENQUOTE:
+      dest[length++] = '"';
+      while (*source != '\0' && length < maxlen - 2) {
+        if (*source == '"') {
+          if (maxlen - 1 - length < 3) break;  // backslash, quote and the closing quote
+          dest[length++] = '\\';
+        }
+        dest[length++] = *source++;
+      }
+      dest[length++] = '"';
+      break;
+    case QUOTE_DEQUOTE:
+      while (*source != '\0' && length < maxlen - 1) {
+        if ((source[0] == '"' || source[0] == '\\') && source[1] == '"') ++source;
+        dest[length++] = *source++;
+      }
+      break;
+  }
+  dest[length] = '\0';
+}
+
+/** Whether a value must be written in quotes to read back as it is. */
+quote_option check_enquote(const char* Value) {
+  assert(Value != NULL);
+  const char* p = Value + std::strcspn(Value, "\";#");
+  const bool ends_in_blank = p > Value && p[-1] == ' ';
+  return *p != '\0' || ends_in_blank ? QUOTE_ENQUOTE : QUOTE_NONE;
+}
+
+/**
+ * Cuts the trailing note, whitespace and outer quotes off a value. Returns where it starts and
+ * tells in quotes how to copy it.
+ */
+char* cleanstring(char* string, quote_option* quotes) {
+  assert(string != NULL);
+  bool quoted = false;
+  char* ep = string;
+  while (*ep != '\0' && (quoted || (*ep != ';' && *ep != '#'))) {
+    if ((ep[0] == '"' || ep[0] == '\\') && ep[1] == '"') {
+      ep += 2;
+    } else {
+      if (*ep == '"') quoted = !quoted;
+      ++ep;
+    }
+  }
+  ep = skip_trailing(ep, string);
+  *quotes = QUOTE_NONE;
+  if (ep > string && *string == '"' && ep[-1] == '"') {
+    *quotes = QUOTE_DEQUOTE;
+    --ep;
+    if (string < ep) ++string;  // a lone quote is both the first and the last
+  }
+  *ep = '\0';
+  return string;
+}
+
+// ---- Lines ------------------------------------------------------------------------------------
+
+/** The name in a section header, or a view without data for any other line. */
+std::string_view header_name(char* line) {
+  char* sp = skip_leading(line);
+  if (*sp != '[') return {};
+  char* ep = std::strrchr(sp, ']');
+  if (ep == NULL) return {};
+  assert(ep != NULL && *ep == ']');
+  return trimmed(sp + 1, ep);
+}
+
+bool is_header(char* line) { return header_name(line).data() != NULL; }
+
+bool is_section(char* line, const char* Section) {
+  const std::string_view name = header_name(line);
+  return name.data() != NULL && same_name(name, Section);
+}
+
+bool is_unnamed(const char* Section) { return Section == NULL || *Section == '\0'; }
+
+/** Where the separator of a key line stands; NULL for a comment or a line without one. */
+char* find_separator(char* line) {
+  const char first = *skip_leading(line);
+  if (first == ';' || first == '#') return NULL;
+  char* ep = std::strchr(line, '=');
+  return ep != NULL ? ep : std::strchr(line, ':');
+}
+
+/** Reads what fgets() would; the result counts NUL bytes too and is 0 at the end of the file. */
+int read_line(char* buffer, int size, FILE* file) {
+  int length = 0;
+  while (length < size - 1) {
+    const int byte = getc_unlocked(file);
+    if (byte == EOF) break;
+    buffer[length++] = static_cast<char>(byte);
+    if (byte == '\n') break;
+  }
+  buffer[length] = '\0';
+  return length;
+}
+
+/** Builds the line of a key, LF included, and returns its length, at most INI_BUFFERSIZE - 1. */
+std::size_t build_key_line(char* line, const char* Key, const char* Value) {
+  assert(Key != NULL && Value != NULL);
+  char first_line[INI_BUFFERSIZE];
+  const std::size_t extent = std::strcspn(Value, "\n");
+  ini_strncpy(first_line, Value, extent < INI_BUFFERSIZE ? extent + 1 : INI_BUFFERSIZE, QUOTE_NONE);
+
+  constexpr std::size_t AFTER_KEY = sizeof "=\n";
+  ini_strncpy(line, Key, INI_BUFFERSIZE - AFTER_KEY, QUOTE_NONE);
+  std::size_t length = std::strlen(line);
+  line[length++] = '=';
+  ini_strncpy(line + length, first_line, INI_BUFFERSIZE - 1 - length, check_enquote(first_line));
+  length += std::strlen(line + length);
+  line[length++] = '\n';
+  line[length] = '\0';
+  return length;
+}
+
+// ---- Files ------------------------------------------------------------------------------------
+
+/** A buffered file whose buffer is on the stack, like everything else here. */
+class stream {
+ public:
+  FILE* file = NULL;
+
+  stream(const char* Filename, const char* mode, int flags) {
+    const int descriptor = open_private(Filename, flags);
+    if (descriptor < 0) return;
+    file = fdopen(descriptor, mode);
+    if (file == NULL) {
+      ::close(descriptor);
+    } else {
+      (void)setvbuf(file, buffer, _IOFBF, sizeof buffer);
+    }
+  }
+  stream(const stream&) = delete;
+  stream& operator=(const stream&) = delete;
+  ~stream() { close(); }
+
+  /** Writes out what is buffered. Returns whether all went well since the file was opened. */
+  bool close() {
+    if (file == NULL) return false;
+    const bool failed = std::ferror(file) != 0;
+    const bool closed = std::fclose(file) == 0;
+    file = NULL;
+    return closed && !failed;
+  }
+
+ private:
+  char buffer[4096];  // a whole keyfile in one read; smaller ones cost long files dearly
+};
+
+struct input : stream {
+  explicit input(const char* Filename) : stream(Filename, "rb", O_RDONLY) {}
+};
+
+/** Walks over the lines of a file and knows where each of them is. */
+struct line_reader {
+  FILE* file;
+  long start = 0;  // offset of the current line in the file
+  int length = 0;  // its bytes, LF included; 0 past the end
+  char text[INI_BUFFERSIZE] = "";
+
+  bool next() {
+    start += length;
+    length = read_line(text, INI_BUFFERSIZE, file);
+    return length > 0;
+  }
+};
+
+/** Reads on up to the header of the section, given by name or (idxSection from 0) by index. */
+bool find_section(line_reader& line, const char* Section, int idxSection) {
+  if (idxSection < 0 && is_unnamed(Section)) return true;
+  while (line.next()) {
+    if (idxSection < 0 ? is_section(line.text, Section) : is_header(line.text) && idxSection-- == 0)
+      return true;
+  }
+  return false;
+}
+
+/** Reads on to the next key line of the section; NULL at its end. Returns where the separator is.
+ */
+char* next_key(line_reader& line) {
+  while (line.next() && !is_header(line.text)) {
+    char* ep = find_separator(line.text);
+    if (ep == NULL) continue;
+    assert(*ep == '=' || *ep == ':');
+    return ep;
+  }
+  return NULL;
+}
+
+/** Splits a key line into its name, left trimmed, and its value, which is copied to Buffer. */
+void copy_value(char* separator, char* Buffer, std::size_t BufferSize) {
+  quote_option quotes;
+  const char* value = cleanstring(skip_leading(separator + 1), &quotes);
+  ini_strncpy(Buffer, value, BufferSize, quotes);
+}
+
+/**
+ * Finds a key by name, copying its value, or (Key NULL, idxKey from 0) by index, copying its name.
+ * On success the reader stands on the key's line, whose text is used up.
+ */
+bool getkeystring(line_reader& line, const char* Section, const char* Key, int idxKey, char* Buffer,
+                  int BufferSize) {
+  if (!find_section(line, Section, -1)) return false;
+  assert(Key != NULL || idxKey >= 0);
+  const auto capacity = static_cast<std::size_t>(BufferSize);
+  while (char* ep = next_key(line)) {
+    const std::string_view name = trimmed(line.text, ep);
+    if (Key == NULL && idxKey-- == 0) {
+      ini_strncpy(Buffer, name.data(), std::min(name.size() + 1, capacity), QUOTE_NONE);
+      return true;
+    }
+    if (Key != NULL && same_name(name, Key)) {
+      copy_value(ep, Buffer, capacity);
+      return true;
+    }
+  }
+  return false;
+}
+
+bool read_value(const char* Section, const char* Key, char* Buffer, int BufferSize,
+                const char* Filename) {
+  const input source(Filename);
+  line_reader line{source.file};
+  return source.file != NULL && getkeystring(line, Section, Key, -1, Buffer, BufferSize);
+}
+
+// ---- Changes ----------------------------------------------------------------------------------
+
+/**
+ * Copies a source file to a target. Lines are read one by one; those to keep are gathered into a
+ * pending block, which is read once more and copied in one piece when it would grow too long.
+ */
+struct copier {
+  line_reader line;
+  FILE* target;
+  long mark = 0;        // offset in the source of the pending block
+  int pending = 0;      // its bytes
+  bool failed = false;  // whether the source did not give a block a second time
+
+  void keep_line() {
+    if (pending + line.length > INI_BUFFERSIZE - 1) {
+      cache_flush(&pending);
+      std::fseek(line.file, line.start + line.length, SEEK_SET);
+    }
+    pending += line.length;
+  }
+
+  /** Copies the pending block. Returns whether it ended in LF. */
+  bool cache_flush(int* size) {
+    assert(*size <= INI_BUFFERSIZE);
+    if (*size == 0) return false;
+    char block[INI_BUFFERSIZE];
+    const int pos = std::min(*size, INI_BUFFERSIZE - 1);
+    assert(pos > 0 && pos <= INI_BUFFERSIZE);
+    const auto length = static_cast<std::size_t>(pos);
+    failed |= std::fseek(line.file, mark, SEEK_SET) != 0;
+    failed |= std::fread(block, 1, length, line.file) != length;
+    std::fwrite(block, 1, length, target);
+    mark += pos;
+    *size = 0;
+    return block[length - 1] == '\n';
+  }
+
+  /** Copies all that follows an offset. */
+  void copy_rest(long offset) {
+    char block[INI_BUFFERSIZE];
+    failed |= std::fseek(line.file, offset, SEEK_SET) != 0;
+    while (const std::size_t length = std::fread(block, 1, sizeof block, line.file))
+      std::fwrite(block, 1, length, target);
+  }
+
+  void write_header(const char* Section) {
+    if (!is_unnamed(Section)) std::fprintf(target, "[%s]\n", Section);
+  }
+
+  void write_key(const char* Key, const char* Value) {
+    char text[INI_BUFFERSIZE];
+    std::fwrite(text, 1, build_key_line(text, Key, Value), target);
+  }
+};
+
+/** Copies all but the section; the copier's line is its header, if it has one. */
+void copy_without_section(copier& copy) {
+  line_reader& line = copy.line;
+  copy.cache_flush(&copy.pending);
+  while (line.next() && !is_header(line.text)) continue;
+  copy.copy_rest(line.start);
+}
+
+/** Copies the rest of the file, from below the section's header, with the key set or deleted. */
+void copy_with_key(copier& copy, const char* Key, const char* Value) {
+  line_reader& line = copy.line;
+  while (line.next()) {
+    const bool header = is_header(line.text);
+    char* ep = header ? NULL : find_separator(line.text);
+    if (header || (ep != NULL && same_name(trimmed(line.text, ep), Key))) {
+      copy.cache_flush(&copy.pending);
+      if (Value != NULL) copy.write_key(Key, Value);
+      copy.copy_rest(header ? line.start : line.start + line.length);
+      return;
+    }
+    copy.keep_line();
+  }
+  const bool ended_in_lf = copy.cache_flush(&copy.pending);
+  if (Value == NULL) return;
+  if (!ended_in_lf && line.start > 0) std::fputc('\n', copy.target);
+  copy.write_key(Key, Value);
+}
+
+void copy_changed(copier& copy, const char* Section, const char* Key, const char* Value) {
+  line_reader& line = copy.line;
+  bool found = is_unnamed(Section);
+  while (!found && line.next()) {
+    found = is_section(line.text, Section);
+    if (!found || Key != NULL) copy.keep_line();
+  }
+  if (found && Key == NULL) return copy_without_section(copy);
+  if (found) return copy_with_key(copy, Key, Value);
+
+  const bool ended_in_lf = copy.cache_flush(&copy.pending);
+  if (Key == NULL || Value == NULL) return;
+  if (!ended_in_lf) std::fputc('\n', copy.target);  // an empty file does not end in LF either
+  copy.write_header(Section);
+  copy.write_key(Key, Value);
+}
+
+/** The name with "~" as its last byte; a name that has it already gets one more. */
+bool name_temporary(char (&temporary)[PATH_MAX], const char* Filename) {
+  const std::size_t length = std::strlen(Filename);
+  if (length == 0 || length + 1 >= sizeof temporary) return false;
+  const std::size_t last = Filename[length - 1] == '~' ? length : length - 1;
+  std::memcpy(temporary, Filename, last);
+  temporary[last] = '~';
+  temporary[last + 1] = '\0';
+  return true;
+}
+
+/** Rewrites the file through a temporary one; a failure leaves the file alone and nothing behind.
+ */
+bool rewrite(const char* Section, const char* Key, const char* Value, const char* Filename) {
+  char temporary[PATH_MAX];
+  if (!name_temporary(temporary, Filename)) return false;
+  // What stands under that name is a leftover, perhaps one that others can read or a link.
+  (void)unlink(temporary);
+  stream target(temporary, "wb", O_WRONLY | O_CREAT | O_EXCL);
+  if (target.file == NULL) return false;
+
+  input source(Filename);
+  bool complete = false;
+  if (source.file != NULL) {
+    copier copy{{source.file}, target.file};
+    copy_changed(copy, Section, Key, Value);
+    complete = source.close() && !copy.failed;
+  }
+  if (!target.close() || !complete) {
+    (void)unlink(temporary);
+    return false;
+  }
+  // Should one of these fail, the value is in one of the two files all the same.
+  (void)std::remove(Filename);
+  (void)std::rename(temporary, Filename);
+  return true;
+}
+
+bool create(const char* Section, const char* Key, const char* Value, const char* Filename) {
+  stream target(Filename, "wb", O_WRONLY | O_CREAT | O_TRUNC);
+  if (target.file == NULL) return false;
+  copier copy{{NULL}, target.file};
+  copy.write_header(Section);
+  copy.write_key(Key, Value);
+  if (target.close()) return true;
+  (void)unlink(Filename);
+  return false;
+}
+
+bool patch(const char* Filename, long offset, const char* line, std::size_t length) {
+  stream target(Filename, "r+b", O_RDWR);
+  if (target.file == NULL) return false;
+  if (std::fseek(target.file, offset, SEEK_SET) != 0) return false;
+  std::fwrite(line, 1, length, target.file);
+  return target.close();
+}
+
+}  // namespace
+
+// ---- Operations -------------------------------------------------------------------------------
+
+int ini_gets(const char* Section, const char* Key, const char* DefValue, char* Buffer,
+             int BufferSize, const char* Filename) {
+  if (Buffer == NULL || BufferSize <= 0 || Key == NULL) return 0;
+  if (!read_value(Section, Key, Buffer, BufferSize, Filename)) {
+    const char* text = DefValue != NULL ? DefValue : "";
+    ini_strncpy(Buffer, text, static_cast<std::size_t>(BufferSize), QUOTE_NONE);
+  }
+  return static_cast<int>(std::strlen(Buffer));
+}
+
+long ini_getl(const char* Section, const char* Key, long DefValue, const char* Filename) {
+  char text[64];
+  if (ini_gets(Section, Key, "", text, sizeof text, Filename) == 0) return DefValue;
+  const bool hexadecimal = std::toupper(static_cast<unsigned char>(text[1])) == 'X';
+  return std::strtol(text, NULL, hexadecimal ? 16 : 10);
+}
+
+float ini_getf(const char* Section, const char* Key, float DefValue, const char* Filename) {
+  char text[64];
+  if (Key == NULL || !read_value(Section, Key, text, sizeof text, Filename)) return DefValue;
+  return static_cast<float>(std::strtod(text, NULL));
+}
+
+int ini_getbool(const char* Section, const char* Key, int DefValue, const char* Filename) {
+  char text[2] = "";
+  ini_gets(Section, Key, "", text, sizeof text, Filename);
+  switch (std::toupper(static_cast<unsigned char>(text[0]))) {
+    case '1':
+    case 'Y':
+    case 'T':
+      return 1;
+    case '0':
+    case 'N':
+    case 'F':
+      return 0;
+    default:
+      return DefValue;
+  }
+}
+
+int ini_getsection(int idx, char* Buffer, int BufferSize, const char* Filename) {
+  if (Buffer == NULL || BufferSize < 1 || idx < 0) return 0;
+  *Buffer = '\0';
+  const input source(Filename);
+  line_reader line{source.file};
+  if (source.file != NULL && find_section(line, NULL, idx)) {
+    const std::string_view name = header_name(line.text);
+    const auto capacity = static_cast<std::size_t>(BufferSize);
+    ini_strncpy(Buffer, name.data(), std::min(name.size() + 1, capacity), QUOTE_NONE);
+  }
+  return static_cast<int>(std::strlen(Buffer));
+}
+
+int ini_getkey(const char* Section, int idx, char* Buffer, int BufferSize, const char* Filename) {
+  if (Buffer == NULL || BufferSize < 1 || idx < 0) return 0;
+  *Buffer = '\0';
+  const input source(Filename);
+  line_reader line{source.file};
+  if (source.file != NULL) getkeystring(line, Section, NULL, idx, Buffer, BufferSize);
+  return static_cast<int>(std::strlen(Buffer));
+}
+
+int ini_hassection(const char* Section, const char* Filename) {
+  const input source(Filename);
+  line_reader line{source.file};
+  return source.file != NULL && find_section(line, Section, -1);
+}
+
+int ini_haskey(const char* Section, const char* Key, const char* Filename) {
+  char scratch[32];
+  return read_value(Section, Key, scratch, sizeof scratch, Filename);
+}
+
+int ini_browse(ini_callback Callback, void* UserData, const char* Filename) {
+  const input source(Filename);
+  if (source.file == NULL || Callback == NULL) return 0;
+  // The section's name and, behind it, the line: a long name leaves less room for the line.
+  char buffer[INI_BUFFERSIZE] = "";
+  std::size_t used = 1;
+  while (read_line(buffer + used, static_cast<int>(sizeof buffer - used), source.file) > 0) {
+    char* line = buffer + used;
+    if (const std::string_view name = header_name(line); name.data() != NULL) {
+      ini_strncpy(buffer, name.data(), name.size() + 1, QUOTE_NONE);
+      used = name.size() + 1;
+      continue;
+    }
+    char* ep = find_separator(line);
+    if (ep == NULL) continue;
+    char* key = skip_leading(line);
+    copy_value(ep, ep + 1, sizeof buffer - static_cast<std::size_t>(ep + 1 - buffer));
+    *skip_trailing(ep, key) = '\0';
+    if (Callback(buffer, key, ep + 1, UserData) == 0) break;
+  }
+  return 1;
+}
+
+int ini_puts(const char* Section, const char* Key, const char* Value, const char* Filename) {
+  assert(Filename != NULL);
+  input source(Filename);
+  if (source.file == NULL) {
+    // A file that is there, but cannot be read, must not be taken for a missing one.
+    if (errno != ENOENT) return 0;
+    return Key == NULL || Value == NULL || create(Section, Key, Value, Filename);
+  }
+
+  if (Key != NULL) {
+    char stored[INI_BUFFERSIZE];
+    line_reader line{source.file};
+    const bool found = getkeystring(line, Section, Key, -1, stored, sizeof stored);
+    if (!source.close()) return 0;
+    if (Value == NULL && !found) return 1;
+    if (Value != NULL && found) {
+      if (std::strcmp(stored, Value) == 0) return 1;
+      char text[INI_BUFFERSIZE];
+      const std::size_t length = build_key_line(text, Key, Value);
+      if (length == static_cast<std::size_t>(line.length))
+        return patch(Filename, line.start, text, length);
+    }
+  }
+  return rewrite(Section, Key, Value, Filename);
+}
+
+int ini_putl(const char* Section, const char* Key, long Value, const char* Filename) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%ld", Value);
+  return ini_puts(Section, Key, text, Filename);
+}
+
+int ini_putf(const char* Section, const char* Key, float Value, const char* Filename) {
+  char text[64];
+  std::snprintf(text, sizeof text, "%f", static_cast<double>(Value));
+  return ini_puts(Section, Key, text, Filename);
+}
+
+int ini_putbool(const char* Section, const char* Key, int Value, const char* Filename) {
+  return ini_puts(Section, Key, Value != 0 ? "true" : "false", Filename);
+}

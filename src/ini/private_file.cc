@@ -1,0 +1,13 @@
+// SPDX-License-Identifier: MIT
+#include "ini/private_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+int open_private(const char* Filename, int Flags) {
+  constexpr mode_t PRIVATE = S_IRUSR | S_IWUSR;
+  const int descriptor = open(Filename, Flags | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, PRIVATE);
+  // Who may write a file without owning it cannot change its mode: then it stays as it is.
+  if (descriptor >= 0 && (Flags & O_ACCMODE) != O_RDONLY) (void)fchmod(descriptor, PRIVATE);
+  return descriptor;
+}

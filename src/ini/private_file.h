@@ -1,0 +1,11 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+/**
+ * open() for files that hold passwords. A file opened for writing has mode 0600 before the caller
+ * can write its first byte, whatever the umask and whatever its mode was. The call never waits, not
+ * even for the other end of a FIFO, and the descriptor is not inherited by other programs.
+ *
+ * Flags are those of open(). Returns the descriptor, or -1 with errno set.
+ */
+int open_private(const char* Filename, int Flags);
