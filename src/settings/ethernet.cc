@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: MIT
+#include "settings/ethernet.h"
+
+#include <algorithm>
+
+#include "settings/text.h"
+
+void EthernetUpdateRecord::clearOctets() {
+  address = {};
+  subnetMask = {};
+  gateway = {};
+}
+
+std::string EthernetUpdateRecord::toText() const {
+  constexpr std::string_view DIGITS = "0123456789ABCDEF";
+  constexpr std::int32_t NIBBLE_BITS = 4;
+  constexpr std::int32_t NIBBLE_MASK = 0xF;
+  std::string text;
+  const auto append = [&](std::int32_t field) {
+    text += {DIGITS[(field >> NIBBLE_BITS) & NIBBLE_MASK], DIGITS[field & NIBBLE_MASK], ' '};
+  };
+  append(mode);
+  for (const Octets& octets : {address, subnetMask, gateway})
+    std::for_each(octets.begin(), octets.end(), append);
+  return text;
+}
+
+std::string firstDnsServer(std::string_view dns) {
+  constexpr std::string_view SEPARATORS = ";, \t\n\v\f\r";
+  const auto first = std::min(dns.find_first_not_of(SEPARATORS), dns.size());
+  dns.remove_prefix(first);
+  return std::string(dns.substr(0, dns.find_first_of(SEPARATORS)));
+}
+
+std::string createStoredEthernetAddress(std::string_view address, std::string_view mask,
+                                        std::string_view gateway, EthernetUpdateRecord& record) {
+  record.clearOctets();
+  const int prefix = subnetMaskToCidrPrefix(mask);
+  if (prefix < 0) {
+    logError("Unable to create ethernet address: invalid subnet mask");
+    return {};
+  }
+  Ipv4Octets addressOctets{};
+  Ipv4Octets maskOctets{};
+  Ipv4Octets gatewayOctets{};
+  if (!parseIpv4Octets(address, addressOctets) || !parseIpv4Octets(mask, maskOctets) ||
+      !parseIpv4Octets(gateway, gatewayOctets)) {
+    logError("Unable to create ethernet address: invalid IP, subnet, or gateway format");
+    return {};
+  }
+  std::copy(addressOctets.begin(), addressOctets.end(), record.address.begin());
+  std::copy(maskOctets.begin(), maskOctets.end(), record.subnetMask.begin());
+  std::copy(gatewayOctets.begin(), gatewayOctets.end(), record.gateway.begin());
+
+  std::string stored(address);
+  stored.append("/").append(std::to_string(prefix)).append(",").append(gateway);
+  return stored;
+}
+
+std::vector<KeyfileEntry> ethernetKeyfileEntries(std::string_view mode,
+                                                 const std::string& storedAddress,
+                                                 const std::string& dns) {
+  if (mode != ETHERNET_STATIC_MODE && mode != ETHERNET_DYNAMIC_MODE) return {};
+  std::vector<KeyfileEntry> entries = {
+      {"connection", "id", "ethernet"},
+      {"connection", "type", "ethernet"},
+      {"connection", "autoconnect-priority", "-999"},
+      {"connection", "autoconnect", "true"},
+      {"connection", "interface-name", "eth0"},
+      {"ipv4", "method", std::string(mode)},
+  };
+  if (mode == ETHERNET_STATIC_MODE) {
+    entries.push_back({"ipv4", "address1", storedAddress});
+    entries.push_back({"ipv4", "dns", dns});
+  }
+  entries.push_back({"ipv6", "addr-gen-mode", "stable-privacy"});
+  entries.push_back({"ipv6", "method", "auto"});
+  return entries;
+}

@@ -1,0 +1,20 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <string>
+#include <string_view>
+
+/** Who may read a file that is written. */
+enum class Access {
+  PRIVATE,  // the owner alone: mode 0600 from before the first byte, whatever the umask
+  SHARED,   // as the umask says; the mode of a file that is there stays
+};
+
+/** The bytes of a file, up to where it can be read at once: a FIFO is not waited for. */
+std::string readFile(const std::string& path);
+
+/**
+ * Writes a whole file, creating or truncating it. Never waits, not even for the reader of a FIFO.
+ * Returns false when it could not be opened or not be written to the end.
+ */
+bool writeFile(const std::string& path, std::string_view content, Access access);

@@ -1,0 +1,124 @@
+// SPDX-License-Identifier: MIT
+#include "settings/ipv4.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstddef>
+
+#include "settings/text.h"
+
+namespace {
+
+constexpr std::uint32_t ADDRESS_BITS = 32;
+constexpr std::uint32_t OCTET_BITS = 8;
+constexpr int OCTET_MAX = 255;
+
+/** Converts text that consists of decimal digits only, at least one, and fits into an int. */
+bool parseDigits(std::string_view text, int& number) {
+  const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
+  if (text.empty() || !std::all_of(text.begin(), text.end(), isDigit)) return false;
+  return std::from_chars(text.data(), text.data() + text.size(), number).ec == std::errc();
+}
+
+/** What is wrong with a stored address. */
+enum class SplitFailure { NONE, FORMAT, PREFIX };
+
+SplitFailure splitStoredAddress(std::string_view stored, std::string& address, std::string& mask) {
+  address.clear();
+  mask.clear();
+  const std::size_t slash = stored.find('/');
+  const std::size_t comma = stored.find(',');
+  if (slash == std::string_view::npos || comma == std::string_view::npos)
+    return SplitFailure::FORMAT;
+
+  // With the comma before the slash the length wraps around, and the prefix reaches to the end.
+  std::uint32_t prefix = 0;
+  if (!parseCidrPrefix(stored.substr(slash + 1, comma - slash - 1), prefix))
+    return SplitFailure::PREFIX;
+  address = trim(stored.substr(0, slash));
+  mask = cidrPrefixToSubnetMask(prefix);
+  return SplitFailure::NONE;
+}
+
+}  // namespace
+
+bool parseIpv4Octets(std::string_view text, Ipv4Octets& octets) {
+  text = trim(text);
+  std::size_t count = 0;
+  while (!text.empty()) {
+    if (count == octets.size()) return false;
+    const std::size_t dot = std::min(text.find('.'), text.size());
+    int number = 0;
+    if (!parseDigits(trim(text.substr(0, dot)), number) || number > OCTET_MAX) return false;
+    octets[count++] = static_cast<std::uint8_t>(number);
+    text.remove_prefix(std::min(dot + 1, text.size()));
+  }
+  return count == octets.size();
+}
+
+bool parseCidrPrefix(std::string_view text, std::uint32_t& prefix) {
+  int number = 0;
+  if (!parseDigits(trim(text), number)) return false;
+  prefix = static_cast<std::uint32_t>(number);
+  return prefix <= ADDRESS_BITS;
+}
+
+std::string cidrPrefixToSubnetMask(std::uint32_t prefix) {
+  if (prefix > ADDRESS_BITS) {
+    logError("Invalid CIDR prefix: ", std::to_string(prefix));
+    return {};
+  }
+  const std::uint32_t mask = prefix == 0 ? 0 : ~std::uint32_t{0} << (ADDRESS_BITS - prefix);
+  std::string text;
+  for (std::uint32_t shift = ADDRESS_BITS; shift > 0; shift -= OCTET_BITS) {
+    if (!text.empty()) text += '.';
+    text += std::to_string((mask >> (shift - OCTET_BITS)) & OCTET_MAX);
+  }
+  return text;
+}
+
+int subnetMaskToCidrPrefix(std::string_view mask) {
+  Ipv4Octets octets{};
+  if (!parseIpv4Octets(mask, octets)) return -1;
+  std::uint32_t bits = 0;
+  for (const std::uint8_t octet : octets) bits = bits << OCTET_BITS | octet;
+  // Negation keeps the lowest one-bit and what is below it: a zero-bit above that is a gap.
+  if (((~bits + 1) & ~bits) != 0) return -1;
+  int prefix = 0;
+  for (; bits != 0; bits <<= 1) ++prefix;
+  return prefix;
+}
+
+bool isValidSubnetMask(std::string_view mask) { return subnetMaskToCidrPrefix(mask) >= 0; }
+
+bool validateIpAddress(std::string_view address) {
+  logLine("Validating IP Address: ", address);
+  Ipv4Octets octets{};
+  const bool valid = parseIpv4Octets(address, octets);
+  logLine("IP Address validation result: ", valid ? "Valid" : "Invalid");
+  return valid;
+}
+
+void splitEthernetAddress(std::string_view fullEthernetAddress, std::string& address,
+                          std::string& mask, std::string& gateway) {
+  gateway.clear();
+  switch (splitStoredAddress(fullEthernetAddress, address, mask)) {
+    case SplitFailure::FORMAT:
+      return logError("Invalid Ethernet address format: ", fullEthernetAddress);
+    case SplitFailure::PREFIX:
+      return logError("Invalid CIDR prefix in ethernet address: ", fullEthernetAddress);
+    case SplitFailure::NONE:
+      gateway = trim(fullEthernetAddress.substr(fullEthernetAddress.find(',') + 1));
+  }
+}
+
+void splitApAddress(std::string_view fullApAddress, std::string& address, std::string& mask) {
+  switch (splitStoredAddress(fullApAddress, address, mask)) {
+    case SplitFailure::FORMAT:
+      return logError("Invalid Format");
+    case SplitFailure::PREFIX:
+      return logError("Invalid CIDR prefix in address: ", fullApAddress);
+    case SplitFailure::NONE:
+      break;
+  }
+}

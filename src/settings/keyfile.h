@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <string>
+#include <string_view>
+
+/** One value of a connection keyfile. */
+struct KeyfileEntry {
+  std::string_view section;
+  std::string_view key;
+  std::string value;
+};
+
+/**
+ * Removes the double quotes from the lines of a keyfile that hold "permissions=", "group=",
+ * "pairwise=" or "proto=" anywhere: the values of these keys hold ";" and are quoted when they are
+ * written, which NetworkManager does not accept. Every line ends in LF afterwards.
+ *
+ * Blocks for 50 ms between reading and writing. A file that cannot be read is left empty (created,
+ * if it is missing); one that cannot be written stays as it is. Nothing is reported.
+ */
+void removeKeyfileValueQuotes(const std::string& path);

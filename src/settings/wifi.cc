@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: MIT
+#include "settings/wifi.h"
+
+#include <algorithm>
+
+#include "settings/ipv4.h"
+#include "settings/text.h"
+
+bool isValidWifiPassword(std::string_view password) {
+  constexpr std::size_t MIN_LENGTH = 8;
+  // Not isalnum(): in some locales bytes above 127 are letters to it.
+  constexpr std::string_view ALLOWED =
+      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789 -_";
+  return password.size() >= MIN_LENGTH &&
+         password.find_first_not_of(ALLOWED) == std::string_view::npos;
+}
+
+std::string createStoredApAddress(std::string_view address, std::string_view mask) {
+  address = trim(address);
+  const int prefix = subnetMaskToCidrPrefix(mask);
+  if (prefix < 0 || !validateIpAddress(address)) {
+    logError("Unable to create AP address: invalid IP or subnet mask");
+    return {};
+  }
+  std::string stored(address);
+  stored.append("/").append(std::to_string(prefix)).append(",");
+  return stored.append(address.substr(0, address.rfind('.') + 1)).append("1");
+}
+
+std::vector<KeyfileEntry> wifiKeyfileEntries(std::string_view mode, const WifiSettings& settings) {
+  if (mode == WIFI_AP_MODE) {
+    return {
+        {"connection", "id", "Hotspot"},
+        {"connection", "type", "wifi"},
+        {"connection", "autoconnect", "true"},
+        {"connection", "interface-name", settings.deviceName},
+        {"wifi", "mode", std::string(mode)},
+        {"wifi", "ssid", settings.ssid},
+        {"wifi", "band", std::string(WIFI_BAND)},
+        {"wifi", "channel", settings.channel},
+        {"wifi-security", "group", "ccmp;"},
+        {"wifi-security", "key-mgmt", "wpa-psk"},
+        {"wifi-security", "pairwise", "ccmp;"},
+        {"wifi-security", "proto", "rsn;"},
+        {"wifi-security", "psk", settings.password},
+        {"ipv4", "method", "shared"},
+        {"ipv4", "address1", settings.storedAddress},
+        {"ipv6", "addr-gen-mode", "stable-privacy"},
+        {"ipv6", "method", "ignore"},
+    };
+  }
+  if (mode == WIFI_CLIENT_MODE) {
+    return {
+        {"connection", "id", "ZOR"},
+        {"connection", "type", "wifi"},
+        {"connection", "autoconnect", "true"},
+        {"connection", "interface-name", settings.deviceName},
+        {"connection", "permissions", "user:zor:;"},
+        {"wifi", "mode", std::string(mode)},
+        {"wifi", "ssid", settings.ssid},
+        {"wifi-security", "auth-alg", "open"},
+        {"wifi-security", "key-mgmt", "wpa-psk"},
+        {"wifi-security", "psk", settings.password},
+        {"ipv4", "method", "auto"},
+        {"ipv6", "addr-gen-mode", "stable-privacy"},
+        {"ipv6", "method", "auto"},
+    };
+  }
+  return {};
+}
