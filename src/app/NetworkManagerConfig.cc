@@ -1,0 +1,174 @@
+// SPDX-License-Identifier: MIT
+#include "app/NetworkManagerConfig.h"
+
+#include <unistd.h>
+
+#include <array>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <string_view>
+#include <system_error>
+
+#include "ini/ini.h"
+#include "settings/file.h"
+#include "settings/text.h"
+
+namespace {
+
+constexpr const char* PERMISSIONS_HANDLER = "zor-network-permissions-handler";
+
+constexpr std::string_view DEFAULT_ETHERNET_FILE =
+    "[connection]\n"
+    "id=new_ethernet_connection\n"
+    "type=ethernet\n"
+    "autoconnect-priority=-999\n"
+    "interface-name=eth0\n"
+    "\n[ethernet]\n"
+    "\n[ipv4]\n"
+    "method=auto\n"
+    "\n[ipv6]\n"
+    "addr-gen-mode=stable-privacy\n"
+    "method=auto\n"
+    "\n[proxy]";
+
+// Unlike the other one this has no empty lines.
+constexpr std::string_view DEFAULT_WIFI_FILE =
+    "[connection]\n"
+    "id=new_wifi_connection\n"
+    "type=wifi\n"
+    "interface-name=wlan0"
+    "\n[wifi]\n"
+    "ssid=my_new_wifi"
+    "\n[ipv4]\n"
+    "method=auto"
+    "\n[proxy]";
+
+void createDefaultFile(const std::string& path, std::string_view content, std::string_view type) {
+  if (writeFile(path, content, Access::PRIVATE)) {
+    logLine("New ", type, " connection file created at: ", path);
+  } else {
+    // The text says "Wi-Fi" for both types; what reads the log knows it so.
+    logError("Failed to create new Wi-Fi connection file at: ", path);
+  }
+}
+
+}  // namespace
+
+NetworkManagerConfig& NetworkManagerConfig::getInstance() {
+  static NetworkManagerConfig instance;
+  return instance;
+}
+
+void NetworkManagerConfig::initialize(int mode) {
+  if (mode == PRODUCTION) {
+    networkManagerDirectoryPath = "/etc/NetworkManager/system-connections";
+  } else if (mode == DEBUG) {
+    networkManagerDirectoryPath = getDebugDirectoryPath();
+  }
+  logLine("NetworkManagerDirectoryPath: ", networkManagerDirectoryPath);
+  refreshConnectionPaths();
+}
+
+std::string NetworkManagerConfig::getDebugDirectoryPath() const {
+  constexpr const char* TEST_DIRECTORY = "Ethernet_Test_Connections";
+  std::error_code ignored;
+  const char* configured = std::getenv("ZOR_NETWORKMANAGER_DEBUG_PATH");
+  if (configured != nullptr && std::filesystem::is_directory(configured, ignored))
+    return configured;
+
+  const std::filesystem::path working = std::filesystem::current_path(ignored);
+  const std::array candidates = {working / TEST_DIRECTORY, working / "gtkTest" / TEST_DIRECTORY,
+                                 working.parent_path() / TEST_DIRECTORY};
+  for (const auto& candidate : candidates) {
+    if (std::filesystem::is_directory(candidate, ignored)) return candidate.string();
+  }
+  return candidates.front().string();
+}
+
+std::vector<std::string> NetworkManagerConfig::listConnectionFiles() const {
+  std::vector<std::string> names;
+  try {
+    for (const auto& entry : std::filesystem::directory_iterator(networkManagerDirectoryPath)) {
+      std::error_code ignored;  // a link that leads nowhere is not a file
+      if (entry.is_regular_file(ignored)) names.push_back(entry.path().filename().string());
+    }
+  } catch (const std::filesystem::filesystem_error& error) {
+    logError("Error: ", error.what());
+  }
+  return names;
+}
+
+void NetworkManagerConfig::refreshConnectionPaths() {
+  const std::vector<std::string> names = listConnectionFiles();
+  findEthernetConnection(names);
+  logLine("Ethernet Connection Path: ", ethernetConnectionPath);
+  findWifiConnection(names);
+  logLine("Wifi Connection Path: ", wifiConnectionPath);
+}
+
+std::string NetworkManagerConfig::findConnection(const std::vector<std::string>& names,
+                                                 const std::string& type) const {
+  for (const std::string& name : names) {
+    std::string candidate = networkManagerDirectoryPath + "/" + name;
+    if (readIniString("connection", "type", "unknown", candidate) == type) return candidate;
+  }
+  return {};
+}
+
+void NetworkManagerConfig::findEthernetConnection(const std::vector<std::string>& names) {
+  ethernetConnectionPath = findConnection(names, "ethernet");
+  if (ethernetConnectionPath.empty()) logLine("No Ethernet Connection Exists");
+}
+
+void NetworkManagerConfig::findWifiConnection(const std::vector<std::string>& names) {
+  wifiConnectionPath = findConnection(names, "wifi");
+  if (wifiConnectionPath.empty()) logLine("No Wifi Connection Exists");
+}
+
+std::string NetworkManagerConfig::getEthernetConnectionPath() const {
+  return ethernetConnectionPath;
+}
+
+const std::string& NetworkManagerConfig::getWifiConnectionPath() const {
+  return wifiConnectionPath;
+}
+
+void NetworkManagerConfig::createDefaultEthernetFile() {
+  ethernetConnectionPath = networkManagerDirectoryPath + "/ethernet.nmconnection";
+  createDefaultFile(ethernetConnectionPath, DEFAULT_ETHERNET_FILE, "Ethernet");
+}
+
+void NetworkManagerConfig::createDefaultWifiFile() {
+  wifiConnectionPath = networkManagerDirectoryPath + "/wlan0.nmconnection";
+  createDefaultFile(wifiConnectionPath, DEFAULT_WIFI_FILE, "Wi-Fi");
+}
+
+std::string NetworkManagerConfig::readIniString(const std::string& section, const std::string& key,
+                                                const std::string& defaultValue,
+                                                const std::string& fileName) const {
+  std::array<char, 100> value{};
+  ini_gets(section.c_str(), key.c_str(), defaultValue.c_str(), value.data(), value.size(),
+           fileName.c_str());
+  return value.data();
+}
+
+int NetworkManagerConfig::writeIniString(const std::string& section, const std::string& key,
+                                         const std::string& value,
+                                         const std::string& fileName) const {
+  return ini_puts(section.c_str(), key.c_str(), value.c_str(), fileName.c_str());
+}
+
+void NetworkManagerConfig::runPermissionsHandler(const std::string& action,
+                                                 const std::string& argument) const {
+  if (fork() != 0) return;
+
+  std::signal(SIGPIPE, SIG_DFL);  // ignored in this program only
+  // Not flushed: it shows on a terminal, and nowhere else.
+  std::cout << "Calling permissions handler action: " + action + "\n";
+  execlp(PERMISSIONS_HANDLER, PERMISSIONS_HANDLER, action.c_str(),
+         argument.empty() ? nullptr : argument.c_str(), nullptr);
+  std::perror("Failed to execute zor-network-permissions-handler");
+  _exit(1);
+}
