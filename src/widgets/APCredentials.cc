@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: MIT
+#include "widgets/APCredentials.h"
+
+#include "settings/text.h"
+#include "widgets/layout.h"
+
+namespace {
+
+constexpr guint AUTOMATIC = 0;
+
+}  // namespace
+
+APCredentials::APCredentials(NetworkManagerConfig& paths)
+    : Gtk::Box(Gtk::Orientation::HORIZONTAL),
+      ipAddressLabel("IP Address"),
+      subnetMaskLabel("Subnet Mask"),
+      channelLabel("Channel (2.4 GHz)"),
+      channelNames{"Auto", "1", "2", "3", "4", "5", "6", "7", "8", "9", "10", "11"},
+      config(paths) {
+  set_visible(true);
+  append(grid);
+  for (Gtk::Label* label : {&ipAddressLabel, &subnetMaskLabel, &channelLabel})
+    label->set_margin(MARGIN);
+  ipAddressEntry.set_text("");
+  subnetMaskEntry.set_text("");
+
+  channelModel = Gtk::StringList::create(channelNames);
+  channelDropDown.set_model(channelModel);
+  channelDropDown.set_selected(AUTOMATIC);
+
+  attachField(grid, ipAddressLabel, ipAddressEntry, 0);
+  attachField(grid, subnetMaskLabel, subnetMaskEntry, 1);
+  attachField(grid, channelLabel, channelDropDown, 2);
+}
+
+Glib::ustring APCredentials::getIpAddress() const { return ipAddressEntry.get_text(); }
+
+Glib::ustring APCredentials::getSubnetMask() const { return subnetMaskEntry.get_text(); }
+
+void APCredentials::setIpAddress(const std::string& ipAddress) {
+  ipAddressEntry.set_text(toWidgetText(ipAddress));
+}
+
+void APCredentials::setSubnetMask(const std::string& subnetMask) {
+  subnetMaskEntry.set_text(toWidgetText(subnetMask));
+}
+
+std::string APCredentials::getChannel() const {
+  const guint selected = channelDropDown.get_selected();
+  return std::to_string(selected < channelNames.size() ? selected : AUTOMATIC);
+}
+
+void APCredentials::setChannel(const std::string& channel) {
+  const std::string_view text = trim(channel);
+  const int number = text.empty() ? 0 : std::stoi(std::string(text));
+  const bool offered = number > 0 && static_cast<std::size_t>(number) < channelNames.size();
+  channelDropDown.set_selected(offered ? static_cast<guint>(number) : AUTOMATIC);
+}

@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <gtkmm/box.h>
+#include <gtkmm/dropdown.h>
+#include <gtkmm/entry.h>
+#include <gtkmm/grid.h>
+#include <gtkmm/label.h>
+#include <gtkmm/stringlist.h>
+
+#include <string>
+#include <vector>
+
+#include "app/NetworkManagerConfig.h"
+
+/** The address and the channel of the access point. */
+class APCredentials : public Gtk::Box {
+ public:
+  explicit APCredentials(NetworkManagerConfig& paths);
+
+  Glib::ustring getIpAddress() const;
+  Glib::ustring getSubnetMask() const;
+  void setIpAddress(const std::string& ipAddress);
+  void setSubnetMask(const std::string& subnetMask);
+
+  /** The channel as decimal text, "1" to "11", or "0" for the automatic choice. */
+  std::string getChannel() const;
+
+  /**
+   * Selects the channel that a number at the start of the text names, the automatic choice for
+   * any other number or no text at all. Throws what std::stoi() throws, std::invalid_argument or
+   * std::out_of_range, and leaves the selection alone, for text that starts with no int.
+   */
+  void setChannel(const std::string& channel);
+
+ private:
+  Gtk::Grid grid;
+  Gtk::Entry ipAddressEntry;
+  Gtk::Entry subnetMaskEntry;
+  Gtk::Label ipAddressLabel;
+  Gtk::Label subnetMaskLabel;
+  Gtk::Label channelLabel;
+  Gtk::DropDown channelDropDown;
+  Glib::RefPtr<Gtk::StringList> channelModel;
+  std::vector<Glib::ustring> channelNames;  // the position is the channel; 0 is automatic
+  NetworkManagerConfig& config;
+};

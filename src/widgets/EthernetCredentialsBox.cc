@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: MIT
+#include "widgets/EthernetCredentialsBox.h"
+
+#include "widgets/layout.h"
+
+EthernetCredentialsBox::EthernetCredentialsBox(NetworkManagerConfig& paths)
+    : Gtk::Box(Gtk::Orientation::HORIZONTAL),
+      config(paths),
+      ipAddressLabel("IP Address"),
+      subnetMaskLabel("Subnet Mask"),
+      defaultGatewayLabel("Default Gateway"),
+      dnsServerLabel("DNS Server"),
+      ethernetPath(config.getEthernetConnectionPath()) {
+  set_visible(true);
+  append(grid);
+  for (Gtk::Label* label :
+       {&ipAddressLabel, &subnetMaskLabel, &defaultGatewayLabel, &dnsServerLabel})
+    label->set_margin(MARGIN);
+
+  attachField(grid, ipAddressLabel, ipAddressEntry, 0);
+  attachField(grid, subnetMaskLabel, subnetMaskEntry, 1);
+  attachField(grid, defaultGatewayLabel, defaultGatewayEntry, 2);
+  attachField(grid, dnsServerLabel, dnsServerEntry, 3);
+}
+
+Glib::ustring EthernetCredentialsBox::getIpAddress() const { return ipAddressEntry.get_text(); }
+
+Glib::ustring EthernetCredentialsBox::getSubnetMask() const { return subnetMaskEntry.get_text(); }
+
+Glib::ustring EthernetCredentialsBox::getDefaultGateway() const {
+  return defaultGatewayEntry.get_text();
+}
+
+Glib::ustring EthernetCredentialsBox::getDnsServer() const { return dnsServerEntry.get_text(); }
+
+void EthernetCredentialsBox::setIpAddress(const std::string& ipAddress) {
+  ipAddressEntry.set_text(toWidgetText(ipAddress));
+}
+
+void EthernetCredentialsBox::setSubnetMask(const std::string& subnetMask) {
+  subnetMaskEntry.set_text(toWidgetText(subnetMask));
+}
+
+void EthernetCredentialsBox::setDefaultGateway(const std::string& defaultGateway) {
+  defaultGatewayEntry.set_text(toWidgetText(defaultGateway));
+}
+
+void EthernetCredentialsBox::setDnsServer(const std::string& dnsServer) {
+  dnsServerEntry.set_text(toWidgetText(dnsServer));
+}
+
+void EthernetCredentialsBox::setAllEntries(const std::string& ipAddress,
+                                           const std::string& subnetMask,
+                                           const std::string& defaultGateway,
+                                           const std::string& dnsServer) {
+  setIpAddress(ipAddress);
+  setSubnetMask(subnetMask);
+  setDefaultGateway(defaultGateway);
+  setDnsServer(dnsServer);
+}

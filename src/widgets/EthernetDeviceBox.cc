@@ -1,0 +1,11 @@
+// SPDX-License-Identifier: MIT
+#include "widgets/EthernetDeviceBox.h"
+
+#include "widgets/layout.h"
+
+EthernetDeviceBox::EthernetDeviceBox(NetworkManagerConfig& paths)
+    : Gtk::Box(Gtk::Orientation::VERTICAL), config(paths), deviceLabel("Device") {
+  layOutDeviceBox(*this, grid, deviceLabel, deviceEntry,
+                  config.readIniString("connection", "interface-name", "eth0",
+                                       config.getEthernetConnectionPath()));
+}

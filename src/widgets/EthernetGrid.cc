@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+#include "widgets/EthernetGrid.h"
+
+#include "widgets/layout.h"
+
+EthernetGrid::EthernetGrid(NetworkManagerConfig& paths)
+    : credentialsBox(paths), ipModeBox(paths), deviceBox(paths) {
+  set_valign(Gtk::Align::START);
+  ipModeBox.connectModeButtons(credentialsBox);
+  ipModeBox.onModeToggled(credentialsBox);
+
+  set_margin(MARGIN);
+  set_expand(true);
+  credentialsBox.set_expand(true);
+  credentialsBox.set_halign(Gtk::Align::CENTER);
+  ipModeBox.set_expand(true);
+
+  // Column 0 stays empty by design.
+  attach(deviceBox, 1, 0);
+  attach(ipModeBox, 1, 1, 3);
+  attach(credentialsBox, 1, 2, 3);
+  set_visible(true);
+}

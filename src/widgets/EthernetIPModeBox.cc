@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: MIT
+#include "widgets/EthernetIPModeBox.h"
+
+#include "settings/ethernet.h"
+#include "settings/text.h"
+#include "widgets/layout.h"
+
+EthernetIPModeBox::EthernetIPModeBox(NetworkManagerConfig& paths)
+    : Gtk::Box(Gtk::Orientation::VERTICAL),
+      config(paths),
+      ethernetPath(config.getEthernetConnectionPath()),
+      modeLabel("Mode"),
+      staticButton("Static IP"),
+      dynamicButton("Dynamic IP") {
+  logLine("Ethernet Path: ", ethernetPath);
+  layOutFramedGrid(*this, modeLabel, frame, grid);
+
+  grid.attach(staticButton, 0, 0);
+  grid.attach(dynamicButton, 1, 0);
+  for (Gtk::CheckButton* button : {&staticButton, &dynamicButton}) {
+    button->set_halign(Gtk::Align::CENTER);
+    button->set_valign(Gtk::Align::CENTER);
+    button->set_visible(true);
+  }
+  staticButton.set_group(dynamicButton);
+}
+
+std::string EthernetIPModeBox::getSelectedMode() const {
+  if (staticButton.get_active()) return std::string(ETHERNET_STATIC_MODE);
+  if (dynamicButton.get_active()) return std::string(ETHERNET_DYNAMIC_MODE);
+  return {};
+}
+
+void EthernetIPModeBox::setStaticActive() { staticButton.set_active(true); }
+
+void EthernetIPModeBox::setDynamicActive() { dynamicButton.set_active(true); }
+
+void EthernetIPModeBox::connectModeButtons(EthernetCredentialsBox& credentialsBox) {
+  for (Gtk::CheckButton* button : {&staticButton, &dynamicButton})
+    button->signal_toggled().connect(sigc::bind(
+        sigc::mem_fun(*this, &EthernetIPModeBox::onModeToggled), std::ref(credentialsBox)));
+}
+
+void EthernetIPModeBox::onModeToggled(EthernetCredentialsBox& credentialsBox) {
+  logLine("Ethernet button has changed");
+  if (staticButton.get_active()) {
+    credentialsBox.set_visible(true);
+  } else if (dynamicButton.get_active()) {
+    credentialsBox.set_visible(false);
+  }
+}

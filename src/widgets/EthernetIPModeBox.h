@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <gtkmm/box.h>
+#include <gtkmm/checkbutton.h>
+#include <gtkmm/frame.h>
+#include <gtkmm/grid.h>
+#include <gtkmm/label.h>
+
+#include <string>
+
+#include "app/NetworkManagerConfig.h"
+#include "widgets/EthernetCredentialsBox.h"
+
+/** The choice between a static and a dynamic wired address. Nothing is chosen at first. */
+class EthernetIPModeBox : public Gtk::Box {
+ public:
+  explicit EthernetIPModeBox(NetworkManagerConfig& paths);
+
+  /** "manual", "auto", or empty text while nothing is chosen. */
+  std::string getSelectedMode() const;
+
+  Gtk::CheckButton& getStaticButton() { return staticButton; }
+  Gtk::CheckButton& getDynamicButton() { return dynamicButton; }
+  void setStaticActive();
+  void setDynamicActive();
+
+  /** Makes the entries follow the buttons. */
+  void connectModeButtons(EthernetCredentialsBox& credentialsBox);
+
+  /** Shows the entries for a static address, hides them for a dynamic one. */
+  void onModeToggled(EthernetCredentialsBox& credentialsBox);
+
+ private:
+  NetworkManagerConfig& config;
+  std::string ethernetPath;
+  Gtk::Frame frame;
+  Gtk::Grid grid;
+  Gtk::Label modeLabel;
+  Gtk::CheckButton staticButton;
+  Gtk::CheckButton dynamicButton;
+};

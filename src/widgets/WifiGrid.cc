@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: MIT
+#include "widgets/WifiGrid.h"
+
+#include "widgets/layout.h"
+
+WifiGrid::WifiGrid(NetworkManagerConfig& paths)
+    : deviceBox(paths),
+      modeBox(paths),
+      credentials(paths),
+      noteLabel("Below info is only for access points"),
+      apCredentials(paths) {
+  set_valign(Gtk::Align::START);
+  modeBox.connectModeButtons(apCredentials, dhcpBox, noteLabel);
+  modeBox.onModeToggled(apCredentials, dhcpBox, noteLabel);
+
+  set_margin(MARGIN);
+  set_expand(true);
+  deviceBox.set_expand(true);
+  modeBox.set_expand(true);
+  dhcpBox.set_expand(true);
+
+  // Column 0 stays empty by design.
+  attach(deviceBox, 1, 0, 3);
+  attach(modeBox, 1, 1, 3);
+  attach(credentials, 1, 2, 3);
+  attach(noteLabel, 1, 3, 2);
+  attach(apCredentials, 1, 4, 3, 2);
+  attach(dhcpBox, 1, 6, 3);
+  set_visible(true);
+}

@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <gtkmm/box.h>
+#include <gtkmm/checkbutton.h>
+#include <gtkmm/frame.h>
+#include <gtkmm/grid.h>
+#include <gtkmm/label.h>
+
+#include <string>
+
+#include "app/NetworkManagerConfig.h"
+#include "widgets/APCredentials.h"
+#include "widgets/DHCPBox.h"
+
+/** The choice of what the wireless interface is: client, access point or nothing. */
+class WifiModeBox : public Gtk::Box {
+ public:
+  explicit WifiModeBox(NetworkManagerConfig& paths);
+
+  /** "ap", "infrastructure" or, also while nothing is chosen, "disabled". */
+  std::string getSelectedMode() const;
+
+  Gtk::CheckButton& getClientButton() { return clientButton; }
+  Gtk::CheckButton& getAccessPointButton() { return accessPointButton; }
+  Gtk::CheckButton& getDisabledButton() { return disabledButton; }
+
+  /** Chooses what the keyfile says; what it does not say, or says otherwise, is "disabled". */
+  void loadModeFromFile();
+
+  /** Makes the access point's part of the page follow the buttons. */
+  void connectModeButtons(APCredentials& apCredentials, DHCPBox& dhcpBox, Gtk::Label& noteLabel);
+
+  /** Shows the access point's entries and the note above them in that mode only. */
+  void onModeToggled(APCredentials& apCredentials, DHCPBox& dhcpBox, Gtk::Label& noteLabel);
+
+ private:
+  NetworkManagerConfig& config;
+  std::string wifiPath;
+  Gtk::Label modeLabel;
+  Gtk::Frame frame;
+  Gtk::Grid grid;
+  Gtk::CheckButton clientButton;
+  Gtk::CheckButton accessPointButton;
+  Gtk::CheckButton disabledButton;
+};

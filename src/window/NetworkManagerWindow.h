@@ -1,0 +1,156 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <gtkmm/box.h>
+#include <gtkmm/button.h>
+#include <gtkmm/messagedialog.h>
+#include <gtkmm/notebook.h>
+#include <gtkmm/window.h>
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "app/NetworkManagerConfig.h"
+#include "settings/ethernet.h"
+#include "widgets/EthernetGrid.h"
+#include "widgets/WifiGrid.h"
+
+/**
+ * The application's window: a page for the wired and a page for the wireless connection, filled
+ * from the keyfiles, and the buttons that save the visible page or leave without saving.
+ */
+class NetworkManagerWindow : public Gtk::Window {
+ public:
+  NetworkManagerWindow();
+  ~NetworkManagerWindow() override;
+
+  // ---- Construction and view (NetworkManagerWindow.cc)
+
+  void buildLayout();
+  void connectSignals();
+
+  /**
+   * Stores a mode for the visible page, whatever group of buttons it comes from, and shows what
+   * belongs to it.
+   */
+  void updateModeView(const std::string& mode);
+  void refreshCurrentPage();
+  void onSwitchPage(Gtk::Widget* page, guint pageNumber);
+
+  /** Hide or show the parts of a page; the access point's part is never shown by them. */
+  void hideWifiWidgets();
+  void showWifiWidgets();
+  void hideEthernetWidgets();
+  void showEthernetWidgets();
+
+  /** Asks for a rollback, in debug mode too, and hides the window. Touches no file. */
+  void closeWithoutSaving();
+
+  // ---- Keyfiles and entries (NetworkManagerWindowSettings.cc)
+
+  /** Takes mode and mode button from the keyfile; anything but "manual" counts as "auto". */
+  void setSelectedEthernetMode();
+
+  /** Fills the entries of a static address from the keyfile. */
+  void populateEthernetSettingsFromFile();
+
+  /** Builds the stored address and the octets of the update record from the entries. */
+  void createEthernetAddress();
+  void writeEthernetSettingsToFile(const std::string& mode);
+
+  /** Writes the update record for the privileged program. Follows writeEthernetSettingsToFile(). */
+  void writeEthernetUpdateFile();
+
+  /** Fills address, mask and channel of the access point from the keyfile. */
+  void populateWifiSettingsFromFile();
+
+  /** Builds the stored address from the texts that validateWifiValues() kept. */
+  void createApAddress();
+  void writeWifiSettingsToFile(const std::string& mode);
+
+  /** The wireless interface's name, which is logged. */
+  Glib::ustring getWifiDeviceName();
+
+  void createWifiFileIfMissing();
+
+  /** Replace a keyfile whose stored mode is not the selected one by a default file. */
+  void resetWifiFileOnModeChange();
+  void resetEthernetFileOnModeChange();
+
+  /** Fills SSID and password from the keyfile again. */
+  void resetWifiCredentials();
+  void removeWifiSettingsFile();
+
+  // ---- Validation (NetworkManagerWindowValidation.cc)
+
+  /** Check the entries of a page. On false a dialog names the bad ones. */
+  bool validateWifiValues();
+  bool validateEthernetValues();
+
+  // ---- Save and exit (NetworkManagerWindowSave.cc)
+
+  /** Saves the visible page, hides the window and has the privileged program apply the change. */
+  void saveAndExit();
+  bool saveEthernet();
+  bool saveWifi();
+
+ private:
+  static constexpr int ETHERNET_PAGE = 0;
+  static constexpr int WIFI_PAGE = 1;
+
+  void updateEthernetView(const std::string& mode);
+  void updateWifiView(const std::string& mode);
+  void writeKeyfile(const std::string& path, const std::vector<KeyfileEntry>& entries);
+  std::string readConnectionId(const std::string& path) const;
+  void showInvalidValues(std::unique_ptr<Gtk::MessageDialog>& dialog, const Glib::ustring& message,
+                         const std::string& detail);
+
+  NetworkManagerConfig* config;
+  Gtk::Box mainBox;
+  Gtk::Box buttonBox;
+  EthernetGrid ethernetGrid;
+  WifiGrid wifiGrid;
+  Gtk::Button button1;  // these two are never placed; keep them
+  Gtk::Button button2;
+  Gtk::Button exitButton;
+  Gtk::Button saveButton;
+  Gtk::Notebook notebook;
+  sigc::connection switchPageConnection;
+
+  // Each dialog stays until the next one of its kind.
+  std::unique_ptr<Gtk::MessageDialog> wifiDialog;
+  std::unique_ptr<Gtk::MessageDialog> ethernetDialog;
+  EthernetUpdateRecord ethernetUpdateRecord;
+
+  // The keyfiles being edited; empty for none.
+  std::string wifiPath;
+  std::string ethernetPath;
+
+  // The stored form of the addresses; empty when the entries make no address.
+  std::string ethernetAddress;
+  std::string apAddress;
+
+  std::string selectedWifiMode;
+  std::string selectedEthernetMode;
+
+  // The texts that were last validated or written.
+  Glib::ustring wifiIpAddress;
+  Glib::ustring wifiSubnetMask;
+  Glib::ustring wifiPassword;
+  Glib::ustring ethernetIpAddress;
+  Glib::ustring ethernetSubnetMask;
+  Glib::ustring ethernetGateway;
+  Glib::ustring ethernetDnsServer;
+
+  int currentPage = ETHERNET_PAGE;
+
+  // The verdicts on them.
+  bool wifiIpAddressValid = false;
+  bool wifiSubnetMaskValid = false;
+  bool wifiPasswordValid = false;
+  bool ethernetIpAddressValid = false;
+  bool ethernetSubnetMaskValid = false;
+  bool ethernetGatewayValid = false;
+  bool ethernetDnsServerValid = false;
+};

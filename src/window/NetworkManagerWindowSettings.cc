@@ -1,0 +1,187 @@
+// SPDX-License-Identifier: MIT
+#include <cstdio>
+#include <stdexcept>
+
+#include "settings/file.h"
+#include "settings/ipv4.h"
+#include "settings/text.h"
+#include "settings/wifi.h"
+#include "window/NetworkManagerWindow.h"
+
+void NetworkManagerWindow::setSelectedEthernetMode() {
+  EthernetIPModeBox& modeBox = ethernetGrid.getIPModeBox();
+  if (ethernetPath.empty()) {
+    logError("No ethernet connection file found; defaulting mode to dynamic (auto).");
+    selectedEthernetMode = ETHERNET_DYNAMIC_MODE;
+    modeBox.setDynamicActive();
+    return;
+  }
+  selectedEthernetMode = trim(config->readIniString("ipv4", "method", "", ethernetPath));
+  logLine("setSelectedEthernetMode called. Retrieved mode: ", selectedEthernetMode);
+  logLine("ETHERNET_STATIC_MODE constant: ", ETHERNET_STATIC_MODE);
+  if (selectedEthernetMode == ETHERNET_STATIC_MODE) {
+    logLine("Ethernet mode set to static (manual).");
+    modeBox.setStaticActive();
+    return;
+  }
+  if (selectedEthernetMode == ETHERNET_DYNAMIC_MODE) {
+    logLine("Ethernet mode set to dynamic (auto).");
+  } else {
+    logError("Unrecognized Ethernet mode '", selectedEthernetMode,
+             "'; defaulting to dynamic (auto).");
+    selectedEthernetMode = ETHERNET_DYNAMIC_MODE;
+  }
+  modeBox.setDynamicActive();
+}
+
+void NetworkManagerWindow::populateEthernetSettingsFromFile() {
+  EthernetCredentialsBox& entries = ethernetGrid.getCredentialsBox();
+  logLine("populateEthernetSettingsFromFile called with mode: ", selectedEthernetMode);
+  logLine("ETHERNET_STATIC_MODE constant: ", ETHERNET_STATIC_MODE);
+  if (selectedEthernetMode == ETHERNET_DYNAMIC_MODE) {
+    logLine("Ethernet mode is dynamic; no manual settings to populate.");
+    entries.setDnsServer("");
+    return;
+  }
+  if (selectedEthernetMode != ETHERNET_STATIC_MODE) {
+    logError("Error: Ethernet mode not set. Cannot populate settings.");
+    return;
+  }
+  logLine("Ethernet mode matches static.");
+
+  const std::string fullEthernetAddress =
+      config->readIniString("ipv4", "address1", "", ethernetPath);
+  const std::string dns = config->readIniString("ipv4", "dns", "", ethernetPath);
+  if (fullEthernetAddress.empty()) {
+    logError("Error: No Ethernet address information found in the configuration file.");
+    return;
+  }
+  logLine("Read fullEthernetAddress: ", fullEthernetAddress);
+  std::string address;
+  std::string mask;
+  std::string gateway;
+  splitEthernetAddress(fullEthernetAddress, address, mask, gateway);
+  entries.setIpAddress(address);
+  entries.setSubnetMask(mask);
+  entries.setDefaultGateway(gateway);
+  entries.setDnsServer(firstDnsServer(dns));
+  // Said even of an address that could not be split.
+  logLine("Populated Ethernet settings successfully.");
+}
+
+void NetworkManagerWindow::createEthernetAddress() {
+  const EthernetCredentialsBox& entries = ethernetGrid.getCredentialsBox();
+  ethernetSubnetMask = entries.getSubnetMask();
+  ethernetIpAddress = entries.getIpAddress();
+  ethernetGateway = entries.getDefaultGateway();
+  ethernetAddress = createStoredEthernetAddress(ethernetIpAddress.raw(), ethernetSubnetMask.raw(),
+                                                ethernetGateway.raw(), ethernetUpdateRecord);
+}
+
+void NetworkManagerWindow::writeEthernetSettingsToFile(const std::string& mode) {
+  std::string dns;
+  if (mode == ETHERNET_STATIC_MODE) {
+    dns = trim(ethernetGrid.getCredentialsBox().getDnsServer().raw());
+    createEthernetAddress();
+    ethernetUpdateRecord.mode = EthernetUpdateRecord::STATIC;
+  } else if (mode == ETHERNET_DYNAMIC_MODE) {
+    ethernetUpdateRecord.mode = EthernetUpdateRecord::DYNAMIC;
+    ethernetUpdateRecord.clearOctets();
+  }
+  writeKeyfile(ethernetPath, ethernetKeyfileEntries(mode, ethernetAddress, dns));
+}
+
+void NetworkManagerWindow::writeEthernetUpdateFile() {
+  const std::string path = "/tmp/ethernetUpdateSettings";
+  if (writeFile(path, ethernetUpdateRecord.toText(), Access::SHARED)) {
+    logLine("File created at ", path);
+  } else {
+    logError("Error: Unable to create the file.");
+  }
+}
+
+void NetworkManagerWindow::populateWifiSettingsFromFile() {
+  const std::string stored = config->readIniString("ipv4", "address1", "", wifiPath);
+  const std::string band = config->readIniString("wifi", "band", "", wifiPath);
+  const std::string channel = config->readIniString("wifi", "channel", "0", wifiPath);
+  std::string address;
+  std::string mask;
+  splitApAddress(stored, address, mask);
+
+  APCredentials& entries = wifiGrid.getAPCredentials();
+  entries.setIpAddress(address);
+  entries.setSubnetMask(mask);
+  try {
+    entries.setChannel(trim(band) == WIFI_BAND ? channel : "0");
+  } catch (const std::logic_error&) {
+    // Text that is no channel number: the choice stays automatic.
+  }
+}
+
+void NetworkManagerWindow::createApAddress() {
+  apAddress = createStoredApAddress(wifiIpAddress.raw(), wifiSubnetMask.raw());
+}
+
+void NetworkManagerWindow::writeWifiSettingsToFile(const std::string& mode) {
+  WifiSettings settings;
+  settings.deviceName = getWifiDeviceName();
+  settings.ssid = wifiGrid.getCredentials().getSsid();
+  settings.password = wifiGrid.getCredentials().getPassword();
+  if (mode == WIFI_AP_MODE) {
+    settings.channel = wifiGrid.getAPCredentials().getChannel();
+    createApAddress();
+    settings.storedAddress = apAddress;
+  }
+  writeKeyfile(wifiPath, wifiKeyfileEntries(mode, settings));
+}
+
+void NetworkManagerWindow::writeKeyfile(const std::string& path,
+                                        const std::vector<KeyfileEntry>& entries) {
+  for (const KeyfileEntry& entry : entries)
+    config->writeIniString(std::string(entry.section), std::string(entry.key), entry.value, path);
+}
+
+Glib::ustring NetworkManagerWindow::getWifiDeviceName() {
+  const Glib::ustring name = wifiGrid.getDeviceBox().getDeviceEntry().get_text();
+  logLine("Wifi Device name: ", name.raw());
+  return name;
+}
+
+void NetworkManagerWindow::createWifiFileIfMissing() {
+  const bool needed = selectedWifiMode == WIFI_AP_MODE || selectedWifiMode == WIFI_CLIENT_MODE;
+  if (!wifiPath.empty() || !needed) return;
+  config->createDefaultWifiFile();
+  config->refreshConnectionPaths();
+  wifiPath = config->getWifiConnectionPath();
+}
+
+void NetworkManagerWindow::resetWifiFileOnModeChange() {
+  const std::string stored = config->readIniString("wifi", "mode", "", wifiPath);
+  logLine("existing wifi mode: ", stored, " selected mode: ", selectedWifiMode);
+  if (stored == selectedWifiMode) return;
+  std::remove(wifiPath.c_str());
+  config->createDefaultWifiFile();
+  wifiPath = config->getWifiConnectionPath();
+}
+
+void NetworkManagerWindow::resetEthernetFileOnModeChange() {
+  const std::string stored = config->readIniString("ipv4", "method", "", ethernetPath);
+  logLine("existing ethernet mode: ", stored, " selected mode: ", selectedEthernetMode);
+  if (stored == selectedEthernetMode) return;
+  std::remove(ethernetPath.c_str());
+  config->createDefaultEthernetFile();
+  ethernetPath = config->getEthernetConnectionPath();
+}
+
+void NetworkManagerWindow::resetWifiCredentials() {
+  logLine("Resetting Wifi Credentials");
+  wifiGrid.getCredentials().reloadSsid("");
+  wifiGrid.getCredentials().reloadPassword("");
+}
+
+void NetworkManagerWindow::removeWifiSettingsFile() {
+  logLine("Removing existing Wi-Fi settings file at ", wifiPath);
+  resetWifiCredentials();
+  std::remove(wifiPath.c_str());
+  wifiPath.clear();
+}
