@@ -15,6 +15,7 @@ class NetworkManagerConfig {
 
   NetworkManagerConfig(const NetworkManagerConfig&) = delete;
   NetworkManagerConfig& operator=(const NetworkManagerConfig&) = delete;
+  ~NetworkManagerConfig() = default;
 
   static constexpr int PRODUCTION = 0;
   static constexpr int DEBUG = 1;

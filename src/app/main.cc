@@ -12,6 +12,8 @@
 
 namespace {
 
+// Process-wide on purpose, and made before main().
+// NOLINTNEXTLINE(cert-err58-cpp,cppcoreguidelines-avoid-non-const-global-variables,readability-identifier-naming)
 NetworkManagerConfig* const config = &NetworkManagerConfig::getInstance();
 
 int runWindow(int argc, char** argv) {

@@ -226,7 +226,7 @@ struct input : stream {
 
 /** Walks over the lines of a file and knows where each of them is. */
 struct line_reader {
-  FILE* file;
+  FILE* file = NULL;
   long start = 0;  // offset of the current line in the file
   int length = 0;  // its bytes, LF included; 0 past the end
   char text[INI_BUFFERSIZE] = "";
@@ -262,7 +262,7 @@ char* next_key(line_reader& line) {
 
 /** Splits a key line into its name, left trimmed, and its value, which is copied to Buffer. */
 void copy_value(char* separator, char* Buffer, std::size_t BufferSize) {
-  quote_option quotes;
+  quote_option quotes = QUOTE_NONE;
   const char* value = cleanstring(skip_leading(separator + 1), &quotes);
   ini_strncpy(Buffer, value, BufferSize, quotes);
 }
@@ -305,7 +305,7 @@ bool read_value(const char* Section, const char* Key, char* Buffer, int BufferSi
  */
 struct copier {
   line_reader line;
-  FILE* target;
+  FILE* target = NULL;
   long mark = 0;        // offset in the source of the pending block
   int pending = 0;      // its bytes
   bool failed = false;  // whether the source did not give a block a second time
@@ -342,11 +342,11 @@ struct copier {
       std::fwrite(block, 1, length, target);
   }
 
-  void write_header(const char* Section) {
+  void write_header(const char* Section) const {
     if (!is_unnamed(Section)) std::fprintf(target, "[%s]\n", Section);
   }
 
-  void write_key(const char* Key, const char* Value) {
+  void write_key(const char* Key, const char* Value) const {
     char text[INI_BUFFERSIZE];
     std::fwrite(text, 1, build_key_line(text, Key, Value), target);
   }

@@ -13,8 +13,9 @@ std::string readFile(const std::string& path) {
   std::string content;
   const int descriptor = open_private(path.c_str(), O_RDONLY);
   if (descriptor < 0) return content;
-  std::array<char, 4096> block;
-  for (ssize_t length; (length = read(descriptor, block.data(), block.size())) > 0;)
+  std::array<char, 4096> block{};
+  ssize_t length = 0;
+  while ((length = read(descriptor, block.data(), block.size())) > 0)
     content.append(block.data(), static_cast<std::size_t>(length));
   close(descriptor);
   return content;

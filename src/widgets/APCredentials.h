@@ -43,5 +43,5 @@ class APCredentials : public Gtk::Box {
   Gtk::DropDown channelDropDown;
   Glib::RefPtr<Gtk::StringList> channelModel;
   std::vector<Glib::ustring> channelNames;  // the position is the channel; 0 is automatic
-  NetworkManagerConfig& config;
+  [[maybe_unused]] NetworkManagerConfig& config;
 };

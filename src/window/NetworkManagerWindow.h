@@ -23,6 +23,8 @@
 class NetworkManagerWindow : public Gtk::Window {
  public:
   NetworkManagerWindow();
+  NetworkManagerWindow(const NetworkManagerWindow&) = delete;
+  NetworkManagerWindow& operator=(const NetworkManagerWindow&) = delete;
   ~NetworkManagerWindow() override;
 
   // ---- Construction and view (NetworkManagerWindow.cc)

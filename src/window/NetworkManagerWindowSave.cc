@@ -46,7 +46,7 @@ bool NetworkManagerWindow::saveEthernet() {
 
 bool NetworkManagerWindow::saveWifi() {
   if (selectedWifiMode == WIFI_DISABLED_MODE) {
-    resetWifiCredentials();
+    resetWifiCredentials();  // and once more on the removal, each with its line; intended
     removeWifiSettingsFile();
     return true;
   }

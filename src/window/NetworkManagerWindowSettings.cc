@@ -142,7 +142,7 @@ void NetworkManagerWindow::writeKeyfile(const std::string& path,
 }
 
 Glib::ustring NetworkManagerWindow::getWifiDeviceName() {
-  const Glib::ustring name = wifiGrid.getDeviceBox().getDeviceEntry().get_text();
+  Glib::ustring name = wifiGrid.getDeviceBox().getDeviceEntry().get_text();
   logLine("Wifi Device name: ", name.raw());
   return name;
 }
