@@ -20,6 +20,7 @@ bool NetworkManagerWindow::validateWifiValues() {
     logLine("Valid IP, Subnet, and password");
     return true;
   }
+  // The wording of the last one, grammar included, is kept.
   showInvalidValues(wifiDialog, "You entered invalid Wifi Credentials",
                     describeInvalidFields(
                         {{"IP Address", wifiIpAddressValid},
