@@ -49,7 +49,7 @@ void createDefaultFile(const std::string& path, std::string_view content, std::s
   if (writeFile(path, content, Access::PRIVATE)) {
     logLine("New ", type, " connection file created at: ", path);
   } else {
-    // The text says "Wi-Fi" for both types; what reads the log knows it so.
+    // Says "Wi-Fi" for both types, on purpose: one text to look for in a log.
     logError("Failed to create new Wi-Fi connection file at: ", path);
   }
 }

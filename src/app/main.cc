@@ -1,10 +1,15 @@
 // SPDX-License-Identifier: MIT
+#include <fcntl.h>
+#include <glib-unix.h>
 #include <gtkmm/application.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <csignal>
+#include <cstdlib>
 #include <string_view>
 #include <thread>
+#include <utility>
 
 #include "app/NetworkManagerConfig.h"
 #include "settings/text.h"
@@ -16,33 +21,61 @@ namespace {
 // NOLINTNEXTLINE(cert-err58-cpp,cppcoreguidelines-avoid-non-const-global-variables,readability-identifier-naming)
 NetworkManagerConfig* const config = &NetworkManagerConfig::getInstance();
 
-int runWindow(int argc, char** argv) {
-  const auto application = Gtk::Application::create("org.gtkmm.example");
-  return application->make_window_and_run<NetworkManagerWindow>(argc, argv);
+/**
+ * Opens those of the standard streams that are closed. Otherwise the next file, or the connection
+ * to the display, would get their number, and with it our lines.
+ */
+void openStandardStreams() {
+  for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+    if (fcntl(descriptor, F_GETFD) < 0) (void)open("/dev/null", O_RDWR);
+}
+
+Glib::RefPtr<Gtk::Application> createApplication() {
+  return Gtk::Application::create("org.gtkmm.example");
 }
 
 int runInDebugMode(char** argv) {
   logLine("Starting application in debug mode");
   config->initialize(NetworkManagerConfig::DEBUG);
+  const auto application = createApplication();
   argv[1] = nullptr;
-  return runWindow(1, argv);
+  return application->make_window_and_run<NetworkManagerWindow>(1, argv);
+}
+
+/** Asks for the "rollback" that is owed after "unlock", once. */
+void rollBack() {
+  static bool owed = true;
+  if (std::exchange(owed, false)) config->runPermissionsHandler("rollback", "");
+}
+
+gboolean quit(gpointer application) {
+  g_application_quit(G_APPLICATION(application));
+  return G_SOURCE_CONTINUE;
 }
 
 int runInProductionMode(int argc, char** argv) {
   logLine("Starting application for Halvorik");
   config->runPermissionsHandler("unlock", "");
+  // The toolkit ends the process itself after --help, or when the display is not there or goes
+  // away.
+  (void)std::atexit(rollBack);
   // The request is not waited for: this is the time it has to act.
   std::this_thread::sleep_for(std::chrono::milliseconds(200));
   config->initialize(NetworkManagerConfig::PRODUCTION);
-  const int status = runWindow(argc, argv);
+  const auto application = createApplication();
+  // A session or service that is stopped closes the window like a person would.
+  for (const int signal : {SIGHUP, SIGINT, SIGTERM})
+    g_unix_signal_add(signal, quit, application->gobj());
+  const int status = application->make_window_and_run<NetworkManagerWindow>(argc, argv);
   // The second request after "Exit Without Saving", and the one that follows a save, are intended.
-  config->runPermissionsHandler("rollback", "");
+  rollBack();
   return status;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+  openStandardStreams();
   // A reader of the log that goes away must not end the program in the middle of a save.
   std::signal(SIGPIPE, SIG_IGN);
   const bool debug = argc > 1 && std::string_view(argv[1]) == "1";

@@ -238,13 +238,18 @@ struct line_reader {
   }
 };
 
-/** Reads on up to the header of the section, given by name or (idxSection from 0) by index. */
-bool find_section(line_reader& line, const char* Section, int idxSection) {
-  if (idxSection < 0 && is_unnamed(Section)) return true;
-  while (line.next()) {
-    if (idxSection < 0 ? is_section(line.text, Section) : is_header(line.text) && idxSection-- == 0)
-      return true;
-  }
+/** Reads on up to the header of a section; the unnamed one starts where the file does. */
+bool find_section(line_reader& line, const char* Section) {
+  if (is_unnamed(Section)) return true;
+  while (line.next())
+    if (is_section(line.text, Section)) return true;
+  return false;
+}
+
+/** The same for the section with an index, from 0. */
+bool find_section(line_reader& line, int idx) {
+  while (line.next())
+    if (is_header(line.text) && idx-- == 0) return true;
   return false;
 }
 
@@ -260,7 +265,7 @@ char* next_key(line_reader& line) {
   return NULL;
 }
 
-/** Splits a key line into its name, left trimmed, and its value, which is copied to Buffer. */
+/** Copies the value behind a separator, without its note and quotes. */
 void copy_value(char* separator, char* Buffer, std::size_t BufferSize) {
   quote_option quotes = QUOTE_NONE;
   const char* value = cleanstring(skip_leading(separator + 1), &quotes);
@@ -273,7 +278,7 @@ void copy_value(char* separator, char* Buffer, std::size_t BufferSize) {
  */
 bool getkeystring(line_reader& line, const char* Section, const char* Key, int idxKey, char* Buffer,
                   int BufferSize) {
-  if (!find_section(line, Section, -1)) return false;
+  if (!find_section(line, Section)) return false;
   assert(Key != NULL || idxKey >= 0);
   const auto capacity = static_cast<std::size_t>(BufferSize);
   while (char* ep = next_key(line)) {
@@ -313,12 +318,14 @@ struct copier {
   void keep_line() {
     if (pending + line.length > INI_BUFFERSIZE - 1) {
       cache_flush(&pending);
-      std::fseek(line.file, line.start + line.length, SEEK_SET);
     }
     pending += line.length;
   }
 
-  /** Copies the pending block. Returns whether it ended in LF. */
+  /**
+   * Copies the pending block; the source is then where it was, behind the current line. Returns
+   * whether the block ended in LF.
+   */
   bool cache_flush(int* size) {
     assert(*size <= INI_BUFFERSIZE);
     if (*size == 0) return false;
@@ -328,6 +335,7 @@ struct copier {
     const auto length = static_cast<std::size_t>(pos);
     failed |= std::fseek(line.file, mark, SEEK_SET) != 0;
     failed |= std::fread(block, 1, length, line.file) != length;
+    failed |= std::fseek(line.file, line.start + line.length, SEEK_SET) != 0;
     std::fwrite(block, 1, length, target);
     mark += pos;
     *size = 0;
@@ -385,7 +393,7 @@ void copy_changed(copier& copy, const char* Section, const char* Key, const char
   bool found = is_unnamed(Section);
   while (!found && line.next()) {
     found = is_section(line.text, Section);
-    if (!found || Key != NULL) copy.keep_line();
+    if (!found || Key != NULL) copy.keep_line();  // not the header of a section to delete
   }
   if (found && Key == NULL) return copy_without_section(copy);
   if (found) return copy_with_key(copy, Key, Value);
@@ -400,7 +408,7 @@ void copy_changed(copier& copy, const char* Section, const char* Key, const char
 /** The name with "~" as its last byte; a name that has it already gets one more. */
 bool name_temporary(char (&temporary)[PATH_MAX], const char* Filename) {
   const std::size_t length = std::strlen(Filename);
-  if (length == 0 || length + 1 >= sizeof temporary) return false;
+  if (length == 0 || length + 1 >= sizeof temporary || Filename[length - 1] == '/') return false;
   const std::size_t last = Filename[length - 1] == '~' ? length : length - 1;
   std::memcpy(temporary, Filename, last);
   temporary[last] = '~';
@@ -442,16 +450,27 @@ bool create(const char* Section, const char* Key, const char* Value, const char*
   copy.write_header(Section);
   copy.write_key(Key, Value);
   if (target.close()) return true;
-  (void)unlink(Filename);
+  // What was created may stand at the end of a link, which was there before.
+  char created[PATH_MAX];
+  if (realpath(Filename, created) != NULL) (void)unlink(created);
   return false;
 }
 
+/**
+ * Overwrites a line in place. Not through a stream: one call writes it whole, and when that fails
+ * the old line is put back.
+ */
 bool patch(const char* Filename, long offset, const char* line, std::size_t length) {
-  stream target(Filename, "r+b", O_RDWR);
-  if (target.file == NULL) return false;
-  if (std::fseek(target.file, offset, SEEK_SET) != 0) return false;
-  std::fwrite(line, 1, length, target.file);
-  return target.close();
+  const int descriptor = open_private(Filename, O_RDWR);
+  if (descriptor < 0) return false;
+  char old[INI_BUFFERSIZE];
+  const auto size = static_cast<ssize_t>(length);
+  bool patched = pread(descriptor, old, length, offset) == size;
+  if (patched && pwrite(descriptor, line, length, offset) != size) {
+    patched = false;
+    if (pwrite(descriptor, old, length, offset) != size) errno = EIO;
+  }
+  return close(descriptor) == 0 && patched;
 }
 
 }  // namespace
@@ -503,7 +522,7 @@ int ini_getsection(int idx, char* Buffer, int BufferSize, const char* Filename) 
   *Buffer = '\0';
   const input source(Filename);
   line_reader line{source.file};
-  if (source.file != NULL && find_section(line, NULL, idx)) {
+  if (source.file != NULL && find_section(line, idx)) {
     const std::string_view name = header_name(line.text);
     const auto capacity = static_cast<std::size_t>(BufferSize);
     ini_strncpy(Buffer, name.data(), std::min(name.size() + 1, capacity), QUOTE_NONE);
@@ -523,7 +542,7 @@ int ini_getkey(const char* Section, int idx, char* Buffer, int BufferSize, const
 int ini_hassection(const char* Section, const char* Filename) {
   const input source(Filename);
   line_reader line{source.file};
-  return source.file != NULL && find_section(line, Section, -1);
+  return source.file != NULL && find_section(line, Section);
 }
 
 int ini_haskey(const char* Section, const char* Key, const char* Filename) {
@@ -559,7 +578,7 @@ int ini_puts(const char* Section, const char* Key, const char* Value, const char
   input source(Filename);
   if (source.file == NULL) {
     // A file that is there, but cannot be read, must not be taken for a missing one.
-    if (errno != ENOENT) return 0;
+    if (errno != ENOENT && errno != ENOTDIR) return 0;
     return Key == NULL || Value == NULL || create(Section, Key, Value, Filename);
   }
 

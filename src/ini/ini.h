@@ -81,7 +81,7 @@ int ini_browse(ini_callback Callback, void* UserData, const char* Filename);
  * which takes its place only when it is complete.
  *
  * Returns 1 on success, also when there was nothing to change; 0 when a file could not be opened,
- * read or written: the file is then as it was.
+ * read or written: the file is then as it was, as far as the disk allows.
  */
 int ini_puts(const char* Section, const char* Key, const char* Value, const char* Filename);
 

@@ -7,7 +7,13 @@
 int open_private(const char* Filename, int Flags) {
   constexpr mode_t PRIVATE = S_IRUSR | S_IWUSR;
   const int descriptor = open(Filename, Flags | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, PRIVATE);
-  // Who may write a file without owning it cannot change its mode: then it stays as it is.
-  if (descriptor >= 0 && (Flags & O_ACCMODE) != O_RDONLY) (void)fchmod(descriptor, PRIVATE);
+  if (descriptor < 0 || (Flags & O_ACCMODE) == O_RDONLY) return descriptor;
+
+  // Only a file's mode, not that of a device that a link leads to. Who may write a file without
+  // owning it cannot change its mode: then it stays as it is.
+  struct stat status {};
+  if (fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) &&
+      (status.st_mode & ALLPERMS) != PRIVATE)
+    (void)fchmod(descriptor, PRIVATE);
   return descriptor;
 }

@@ -28,7 +28,10 @@ bool writeFile(const std::string& path, std::string_view content, Access access)
                              ? open_private(path.c_str(), FLAGS)
                              : open(path.c_str(), FLAGS | O_CLOEXEC | O_NONBLOCK, READABLE);
   std::FILE* file = descriptor < 0 ? nullptr : fdopen(descriptor, "wb");
-  if (file == nullptr) return false;
+  if (file == nullptr) {
+    if (descriptor >= 0) close(descriptor);
+    return false;
+  }
   const bool written = std::fwrite(content.data(), 1, content.size(), file) == content.size();
   return std::fclose(file) == 0 && written;
 }

@@ -20,24 +20,23 @@ bool parseDigits(std::string_view text, int& number) {
   return std::from_chars(text.data(), text.data() + text.size(), number).ec == std::errc();
 }
 
-/** What is wrong with a stored address. */
-enum class SplitFailure { NONE, FORMAT, PREFIX };
+/** The pieces of "address/prefix,gateway", untrimmed. */
+struct StoredAddress {
+  std::string_view address;
+  std::string_view prefix;
+  std::string_view gateway;
+};
 
-SplitFailure splitStoredAddress(std::string_view stored, std::string& address, std::string& mask) {
-  address.clear();
-  mask.clear();
+/** Cuts at the first "/" and the first ","; returns whether both are there. */
+bool cutStoredAddress(std::string_view stored, StoredAddress& pieces) {
   const std::size_t slash = stored.find('/');
   const std::size_t comma = stored.find(',');
-  if (slash == std::string_view::npos || comma == std::string_view::npos)
-    return SplitFailure::FORMAT;
-
-  // With the comma before the slash the length wraps around, and the prefix reaches to the end.
-  std::uint32_t prefix = 0;
-  if (!parseCidrPrefix(stored.substr(slash + 1, comma - slash - 1), prefix))
-    return SplitFailure::PREFIX;
-  address = trim(stored.substr(0, slash));
-  mask = cidrPrefixToSubnetMask(prefix);
-  return SplitFailure::NONE;
+  if (slash == std::string_view::npos || comma == std::string_view::npos) return false;
+  pieces.address = stored.substr(0, slash);
+  // With the comma before the slash the length wraps around: the prefix reaches to the end.
+  pieces.prefix = stored.substr(slash + 1, comma - slash - 1);
+  pieces.gateway = stored.substr(comma + 1);
+  return true;
 }
 
 }  // namespace
@@ -101,24 +100,28 @@ bool validateIpAddress(std::string_view address) {
 
 void splitEthernetAddress(std::string_view fullEthernetAddress, std::string& address,
                           std::string& mask, std::string& gateway) {
+  address.clear();
+  mask.clear();
   gateway.clear();
-  switch (splitStoredAddress(fullEthernetAddress, address, mask)) {
-    case SplitFailure::FORMAT:
-      return logError("Invalid Ethernet address format: ", fullEthernetAddress);
-    case SplitFailure::PREFIX:
-      return logError("Invalid CIDR prefix in ethernet address: ", fullEthernetAddress);
-    case SplitFailure::NONE:
-      gateway = trim(fullEthernetAddress.substr(fullEthernetAddress.find(',') + 1));
-  }
+  StoredAddress pieces;
+  std::uint32_t prefix = 0;
+  if (!cutStoredAddress(fullEthernetAddress, pieces))
+    return logError("Invalid Ethernet address format: ", fullEthernetAddress);
+  if (!parseCidrPrefix(pieces.prefix, prefix))
+    return logError("Invalid CIDR prefix in ethernet address: ", fullEthernetAddress);
+  address = trim(pieces.address);
+  mask = cidrPrefixToSubnetMask(prefix);
+  gateway = trim(pieces.gateway);
 }
 
 void splitApAddress(std::string_view fullApAddress, std::string& address, std::string& mask) {
-  switch (splitStoredAddress(fullApAddress, address, mask)) {
-    case SplitFailure::FORMAT:
-      return logError("Invalid Format");
-    case SplitFailure::PREFIX:
-      return logError("Invalid CIDR prefix in address: ", fullApAddress);
-    case SplitFailure::NONE:
-      break;
-  }
+  address.clear();
+  mask.clear();
+  StoredAddress pieces;
+  std::uint32_t prefix = 0;
+  if (!cutStoredAddress(fullApAddress, pieces)) return logError("Invalid Format");
+  if (!parseCidrPrefix(pieces.prefix, prefix))
+    return logError("Invalid CIDR prefix in address: ", fullApAddress);
+  address = trim(pieces.address);
+  mask = cidrPrefixToSubnetMask(prefix);
 }

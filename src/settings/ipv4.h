@@ -37,7 +37,7 @@ bool validateIpAddress(std::string_view address);
 /**
  * Splits the stored form of an address, "address/prefix,gateway", and turns the prefix into a mask.
  * Address and gateway are trimmed but not checked. On any failure all outputs are empty and a line
- * on standard error says why.
+ * on standard error says why. No output may be the text that is split.
  */
 void splitEthernetAddress(std::string_view fullEthernetAddress, std::string& address,
                           std::string& mask, std::string& gateway);

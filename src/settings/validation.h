@@ -11,5 +11,8 @@ struct CheckedField {
   bool valid;
 };
 
-/** Names the invalid ones of the fields to the user, as in "Invalid IP Address, Gateway". */
+/**
+ * Names the invalid ones of the fields to the user, as in "Invalid IP Address, Gateway". If none
+ * is, the text says so in the same words, "Invalid All fields are valid".
+ */
 std::string describeInvalidFields(std::initializer_list<CheckedField> fields);

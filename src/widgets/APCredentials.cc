@@ -3,6 +3,7 @@
 
 #include "settings/text.h"
 #include "widgets/layout.h"
+#include "widgets/text.h"
 
 namespace {
 

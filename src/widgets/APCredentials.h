@@ -27,9 +27,10 @@ class APCredentials : public Gtk::Box {
   std::string getChannel() const;
 
   /**
-   * Selects the channel that a number at the start of the text names, the automatic choice for
-   * any other number or no text at all. Throws what std::stoi() throws, std::invalid_argument or
-   * std::out_of_range, and leaves the selection alone, for text that starts with no int.
+   * Selects a channel by the number that the text, trimmed, begins with: 1 to 11, and the automatic
+   * choice for any other number or empty text. Text that begins with no number, or with one that is
+   * no int, leaves the selection alone and throws std::invalid_argument or std::out_of_range, as
+   * std::stoi() does.
    */
   void setChannel(const std::string& channel);
 
@@ -42,6 +43,6 @@ class APCredentials : public Gtk::Box {
   Gtk::Label channelLabel;
   Gtk::DropDown channelDropDown;
   Glib::RefPtr<Gtk::StringList> channelModel;
-  std::vector<Glib::ustring> channelNames;  // the position is the channel; 0 is automatic
-  [[maybe_unused]] NetworkManagerConfig& config;
+  std::vector<Glib::ustring> channelNames;        // the position is the channel; 0 is automatic
+  [[maybe_unused]] NetworkManagerConfig& config;  // kept, not read
 };

@@ -8,8 +8,7 @@
 #include <gtkmm/grid.h>
 #include <gtkmm/label.h>
 
-/** The address pool of the access point: for display only, insensitive, and hidden in every mode.
- */
+/** The address pool of the access point: for display only, insensitive, hidden in every mode. */
 class DHCPBox : public Gtk::Box {
  public:
   DHCPBox();

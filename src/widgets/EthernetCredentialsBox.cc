@@ -2,6 +2,7 @@
 #include "widgets/EthernetCredentialsBox.h"
 
 #include "widgets/layout.h"
+#include "widgets/text.h"
 
 EthernetCredentialsBox::EthernetCredentialsBox(NetworkManagerConfig& paths)
     : Gtk::Box(Gtk::Orientation::HORIZONTAL),

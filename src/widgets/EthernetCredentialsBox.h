@@ -39,5 +39,5 @@ class EthernetCredentialsBox : public Gtk::Box {
   Gtk::Entry subnetMaskEntry;
   Gtk::Entry defaultGatewayEntry;
   Gtk::Entry dnsServerEntry;
-  std::string ethernetPath;
+  std::string ethernetPath;  // kept, not read
 };

@@ -7,7 +7,7 @@ EthernetGrid::EthernetGrid(NetworkManagerConfig& paths)
     : credentialsBox(paths), ipModeBox(paths), deviceBox(paths) {
   set_valign(Gtk::Align::START);
   ipModeBox.connectModeButtons(credentialsBox);
-  ipModeBox.onModeToggled(credentialsBox);
+  ipModeBox.onModeToggled(credentialsBox);  // nothing is chosen yet: it only prints its line
 
   set_margin(MARGIN);
   set_expand(true);

@@ -28,12 +28,12 @@ class EthernetIPModeBox : public Gtk::Box {
   /** Makes the entries follow the buttons. */
   void connectModeButtons(EthernetCredentialsBox& credentialsBox);
 
-  /** Shows the entries for a static address, hides them for a dynamic one. */
+  /** Shows the entries for a static address, hides them for a dynamic one, else leaves them. */
   void onModeToggled(EthernetCredentialsBox& credentialsBox);
 
  private:
   NetworkManagerConfig& config;
-  std::string ethernetPath;
+  std::string ethernetPath;  // kept, not read once it is printed
   Gtk::Frame frame;
   Gtk::Grid grid;
   Gtk::Label modeLabel;

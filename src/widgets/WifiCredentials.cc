@@ -2,6 +2,7 @@
 #include "widgets/WifiCredentials.h"
 
 #include "widgets/layout.h"
+#include "widgets/text.h"
 
 WifiCredentials::WifiCredentials(NetworkManagerConfig& paths)
     : Gtk::Box(Gtk::Orientation::HORIZONTAL),

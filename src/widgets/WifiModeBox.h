@@ -31,7 +31,10 @@ class WifiModeBox : public Gtk::Box {
   /** Makes the access point's part of the page follow the buttons. */
   void connectModeButtons(APCredentials& apCredentials, DHCPBox& dhcpBox, Gtk::Label& noteLabel);
 
-  /** Shows the access point's entries and the note above them in that mode only. */
+  /**
+   * Shows the access point's entries and the note above them in that mode, hides them in the others
+   * and leaves them while nothing is chosen.
+   */
   void onModeToggled(APCredentials& apCredentials, DHCPBox& dhcpBox, Gtk::Label& noteLabel);
 
  private:

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "widgets/layout.h"
 
-Glib::ustring toWidgetText(const std::string& bytes) { return Glib::ustring(bytes).make_valid(); }
+#include "widgets/text.h"
 
 void showAll(std::initializer_list<Gtk::Widget*> widgets) {
   for (Gtk::Widget* widget : widgets) widget->set_visible(true);
@@ -26,8 +26,7 @@ void layOutDeviceBox(Gtk::Box& box, Gtk::Grid& grid, Gtk::Label& label, Gtk::Ent
   grid.attach(label, 0, 0);
   grid.attach(entry, 0, 1);
   label.set_mnemonic_widget(entry);
-  for (Gtk::Widget* widget :
-       {static_cast<Gtk::Widget*>(&label), static_cast<Gtk::Widget*>(&entry)}) {
+  for (Gtk::Widget* widget : std::initializer_list<Gtk::Widget*>{&label, &entry}) {
     widget->set_halign(Gtk::Align::CENTER);
     widget->set_valign(Gtk::Align::CENTER);
     widget->set_margin(MARGIN);

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <glibmm/ustring.h>
 #include <gtkmm/box.h>
 #include <gtkmm/entry.h>
 #include <gtkmm/frame.h>
@@ -14,9 +13,6 @@
 /** The margin, in pixels, around what stands on its own. */
 constexpr int MARGIN = 5;
 
-/** The text for a widget: bytes that are not valid UTF-8 become replacement characters. */
-Glib::ustring toWidgetText(const std::string& bytes);
-
 /** Makes widgets visible. */
 void showAll(std::initializer_list<Gtk::Widget*> widgets);
 
@@ -27,6 +23,5 @@ void layOutDeviceBox(Gtk::Box& box, Gtk::Grid& grid, Gtk::Label& label, Gtk::Ent
 /** Puts a title and, below it, a frame around a grid of equal cells into a vertical box. */
 void layOutFramedGrid(Gtk::Box& box, Gtk::Label& title, Gtk::Frame& frame, Gtk::Grid& grid);
 
-/** Puts a label into column 0 and its entry, or other field, beside it; the label names the field.
- */
+/** Puts a label into column 0 and its field beside it; the label names the field. */
 void attachField(Gtk::Grid& grid, Gtk::Label& label, Gtk::Widget& field, int row);

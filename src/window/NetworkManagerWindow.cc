@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "window/NetworkManagerWindow.h"
 
+#include <initializer_list>
+
 #include "settings/text.h"
 #include "settings/wifi.h"
 #include "widgets/layout.h"
@@ -49,7 +51,7 @@ NetworkManagerWindow::NetworkManagerWindow()
 }
 
 NetworkManagerWindow::~NetworkManagerWindow() {
-  // A notebook that is taken down switches pages, and the members are going by then.
+  // A notebook that is taken down may switch pages, and the members are going by then.
   switchPageConnection.disconnect();
 }
 
@@ -87,17 +89,21 @@ void NetworkManagerWindow::connectSignals() {
       sigc::mem_fun(*this, &NetworkManagerWindow::onSwitchPage));
 
   // Each toggle, on or off, applies its button's mode. The button that goes off reports first.
-  const auto connectMode = [this](Gtk::CheckButton& button, std::string_view mode) {
-    button.signal_toggled().connect([this, mode] { updateModeView(std::string(mode)); });
-  };
-  connectMode(wifiGrid.getModeBox().getClientButton(), WIFI_CLIENT_MODE);
-  connectMode(wifiGrid.getModeBox().getAccessPointButton(), WIFI_AP_MODE);
-  connectMode(wifiGrid.getModeBox().getDisabledButton(), WIFI_DISABLED_MODE);
-  connectMode(ethernetGrid.getIPModeBox().getStaticButton(), ETHERNET_STATIC_MODE);
-  connectMode(ethernetGrid.getIPModeBox().getDynamicButton(), ETHERNET_DYNAMIC_MODE);
+  WifiModeBox& wifiModes = wifiGrid.getModeBox();
+  EthernetIPModeBox& ethernetModes = ethernetGrid.getIPModeBox();
+  wifiModes.getClientButton().signal_toggled().connect(
+      [this] { updateModeView(WIFI_CLIENT_MODE); });
+  wifiModes.getAccessPointButton().signal_toggled().connect(
+      [this] { updateModeView(WIFI_AP_MODE); });
+  wifiModes.getDisabledButton().signal_toggled().connect(
+      [this] { updateModeView(WIFI_DISABLED_MODE); });
+  ethernetModes.getStaticButton().signal_toggled().connect(
+      [this] { updateModeView(ETHERNET_STATIC_MODE); });
+  ethernetModes.getDynamicButton().signal_toggled().connect(
+      [this] { updateModeView(ETHERNET_DYNAMIC_MODE); });
 }
 
-void NetworkManagerWindow::updateModeView(const std::string& mode) {
+void NetworkManagerWindow::updateModeView(std::string_view mode) {
   logLine("Current Page: ", std::to_string(currentPage));
   if (currentPage == ETHERNET_PAGE) {
     updateEthernetView(mode);
@@ -108,7 +114,7 @@ void NetworkManagerWindow::updateModeView(const std::string& mode) {
   queue_resize();
 }
 
-void NetworkManagerWindow::updateEthernetView(const std::string& mode) {
+void NetworkManagerWindow::updateEthernetView(std::string_view mode) {
   hideWifiWidgets();
   showEthernetWidgets();
   selectedEthernetMode = mode;
@@ -125,7 +131,7 @@ void NetworkManagerWindow::updateEthernetView(const std::string& mode) {
   set_default_size(WINDOW_WIDTH, BASIC_HEIGHT);
 }
 
-void NetworkManagerWindow::updateWifiView(const std::string& mode) {
+void NetworkManagerWindow::updateWifiView(std::string_view mode) {
   hideEthernetWidgets();
   showWifiWidgets();
   selectedWifiMode = mode;

@@ -10,6 +10,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "app/NetworkManagerConfig.h"
 #include "settings/ethernet.h"
@@ -36,7 +37,7 @@ class NetworkManagerWindow : public Gtk::Window {
    * Stores a mode for the visible page, whatever group of buttons it comes from, and shows what
    * belongs to it.
    */
-  void updateModeView(const std::string& mode);
+  void updateModeView(std::string_view mode);
   void refreshCurrentPage();
   void onSwitchPage(Gtk::Widget* page, guint pageNumber);
 
@@ -101,8 +102,8 @@ class NetworkManagerWindow : public Gtk::Window {
   static constexpr int ETHERNET_PAGE = 0;
   static constexpr int WIFI_PAGE = 1;
 
-  void updateEthernetView(const std::string& mode);
-  void updateWifiView(const std::string& mode);
+  void updateEthernetView(std::string_view mode);
+  void updateWifiView(std::string_view mode);
   void writeKeyfile(const std::string& path, const std::vector<KeyfileEntry>& entries);
   std::string readConnectionId(const std::string& path) const;
   void showInvalidValues(std::unique_ptr<Gtk::MessageDialog>& dialog, const Glib::ustring& message,
@@ -135,6 +136,7 @@ class NetworkManagerWindow : public Gtk::Window {
 
   std::string selectedWifiMode;
   std::string selectedEthernetMode;
+  int currentPage = ETHERNET_PAGE;
 
   // The texts that were last validated or written.
   Glib::ustring wifiIpAddress;
@@ -145,9 +147,7 @@ class NetworkManagerWindow : public Gtk::Window {
   Glib::ustring ethernetGateway;
   Glib::ustring ethernetDnsServer;
 
-  int currentPage = ETHERNET_PAGE;
-
-  // The verdicts on them.
+  // The verdicts on the validated ones.
   bool wifiIpAddressValid = false;
   bool wifiSubnetMaskValid = false;
   bool wifiPasswordValid = false;

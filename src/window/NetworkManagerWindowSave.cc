@@ -5,25 +5,16 @@
 #include "window/NetworkManagerWindow.h"
 
 void NetworkManagerWindow::saveAndExit() {
-  switch (notebook.get_current_page()) {
-    case ETHERNET_PAGE:
-      if (saveEthernet()) {
-        // Hiding the window ends its life: what is needed then is taken before.
-        const NetworkManagerConfig* const survivor = config;
-        const std::string id = readConnectionId(ethernetPath);
-        hide();
-        survivor->runPermissionsHandler("finalize_ethernet", id);
-      }
-      break;
-    case WIFI_PAGE:
-      if (saveWifi()) {
-        // Here the request comes before the window goes, unlike above; both are intended.
-        config->runPermissionsHandler("finalize_wifi", readConnectionId(wifiPath));
-        hide();
-      }
-      break;
-    default:
-      break;
+  // Hiding the window ends its life: what is needed afterwards is taken before.
+  const NetworkManagerConfig* const configuration = config;
+  const int page = notebook.get_current_page();
+  if (page == ETHERNET_PAGE && saveEthernet()) {
+    const std::string id = readConnectionId(ethernetPath);
+    hide();  // before the request, and below after it; both are intended
+    configuration->runPermissionsHandler("finalize_ethernet", id);
+  } else if (page == WIFI_PAGE && saveWifi()) {
+    configuration->runPermissionsHandler("finalize_wifi", readConnectionId(wifiPath));
+    hide();
   }
 }
 

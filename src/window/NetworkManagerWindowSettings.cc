@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include <cstdio>
+#include <unistd.h>
+
 #include <stdexcept>
 
 #include "settings/file.h"
@@ -159,7 +160,7 @@ void NetworkManagerWindow::resetWifiFileOnModeChange() {
   const std::string stored = config->readIniString("wifi", "mode", "", wifiPath);
   logLine("existing wifi mode: ", stored, " selected mode: ", selectedWifiMode);
   if (stored == selectedWifiMode) return;
-  std::remove(wifiPath.c_str());
+  unlink(wifiPath.c_str());
   config->createDefaultWifiFile();
   wifiPath = config->getWifiConnectionPath();
 }
@@ -168,7 +169,7 @@ void NetworkManagerWindow::resetEthernetFileOnModeChange() {
   const std::string stored = config->readIniString("ipv4", "method", "", ethernetPath);
   logLine("existing ethernet mode: ", stored, " selected mode: ", selectedEthernetMode);
   if (stored == selectedEthernetMode) return;
-  std::remove(ethernetPath.c_str());
+  unlink(ethernetPath.c_str());
   config->createDefaultEthernetFile();
   ethernetPath = config->getEthernetConnectionPath();
 }
@@ -182,6 +183,6 @@ void NetworkManagerWindow::resetWifiCredentials() {
 void NetworkManagerWindow::removeWifiSettingsFile() {
   logLine("Removing existing Wi-Fi settings file at ", wifiPath);
   resetWifiCredentials();
-  std::remove(wifiPath.c_str());
+  unlink(wifiPath.c_str());
   wifiPath.clear();
 }
