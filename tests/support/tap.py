@@ -71,7 +71,8 @@ def main():
     module = sys.modules["__main__"]
     loader = unittest.defaultTestLoader
     names = [name for name in sys.argv[1:] if not name.startswith("/")]
-    suite = loader.loadTestsFromNames(names, module) if names else loader.loadTestsFromModule(module)
+    suite = (loader.loadTestsFromNames(names, module) if names
+             else loader.loadTestsFromModule(module))
     # Only what is reported here may stand on standard output.
     result = _Result(sys.stdout)
     suite.run(result)

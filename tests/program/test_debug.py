@@ -1,0 +1,166 @@
+# SPDX-License-Identifier: MIT
+"""Debug mode as a process: start, pages and modes, every way of leaving, a second instance."""
+import os
+import sys
+
+sys.path.insert(0, os.path.join(os.path.dirname(__file__), "..", "support"))
+import program_case
+import transcripts as said
+
+
+class DebugMode(program_case.ProgramCase):
+
+    def test_close_button_requests_nothing(self):
+        program = self.run_debug()
+        program.look()
+        program.close()
+        self.assert_ended(program, said.start(self.connections))
+        self.assert_samples_untouched()
+
+    def test_exit_without_saving_requests_rollback_once(self):
+        program = self.run_debug()
+        program.button("Exit Without Saving")
+        self.assert_ended(program, said.start(self.connections) + said.CLOSED_WITHOUT_SAVING,
+                          calls=[["rollback"]])
+        self.assert_samples_untouched()
+
+    def test_exit_without_saving_forgets_what_was_typed(self):
+        program = self.run_debug()
+        program.pick("Static IP")
+        program.fill("IP Address", "10.1.2.3")
+        program.button("Exit Without Saving")
+        self.assert_ended(program, said.start(self.connections) + said.PICK_STATIC
+                          + said.CLOSED_WITHOUT_SAVING, calls=[["rollback"]])
+        self.assert_samples_untouched()
+        self.assertFalse(os.path.exists(program_case.UPDATE_RECORD))
+
+    def test_toolkit_sees_no_argument(self):
+        program = self.run_program("1", "--help-all", "no-such-file")
+        self.assertEqual(program.page(), "Ethernet")
+        program.close()
+        self.assert_ended(program, said.start(self.connections))
+
+    def test_window_as_built(self):
+        program = self.run_debug()
+        window = program.window()
+        self.assertEqual([tab.label() for tab in window.all("tab")], ["Ethernet", "Wifi"])
+        self.assertEqual([button.label() for button in window.all("button")],
+                         ["Save And Exit", "Exit Without Saving"])
+        frame, box = program.frame_of(window)
+        self.assertEqual(frame.get_wm_name(), "ZOR Network Manager")
+        self.assertEqual(box[2:], (525, 425))
+        hints = frame.get_wm_normal_hints()
+        self.assertEqual((hints.min_width, hints.min_height), (hints.max_width, hints.max_height))
+
+    def test_device_names_cannot_be_edited(self):
+        program = self.run_debug()
+        for page, device in (("Ethernet", "eth0"), ("Wifi", "wlan0")):
+            program.show_page(page)
+            program.click("text box", "Device")
+            self.desktop.type("x")
+            self.assertEqual(program.text("Device"), device)
+
+    def test_modes_and_pages(self):
+        program = self.run_debug()
+        steps = [said.start(self.connections)]
+        self.assertFalse(program.shows("text box", "IP Address"))
+
+        program.pick("Static IP")
+        steps.append(said.PICK_STATIC)
+        self.assertEqual(program.size(), (525, 475))
+        for label in ("IP Address", "Subnet Mask", "Default Gateway", "DNS Server"):
+            self.assertEqual(program.text(label), "")
+
+        program.show_page("Wifi")
+        steps.append(said.SHOW_WIFI)
+        self.assertEqual(program.size(), (525, 425))
+        self.assertTrue(program.is_checked("Client"))
+        self.assertEqual(program.text("SSID"), "Workshop")
+        self.assertFalse(program.shows("text box", "IP Address"))
+
+        program.pick("Access Point")
+        steps.append(said.PICK_WIFI_MODE)
+        self.assertEqual(program.size(), (525, 500))
+        self.assertEqual(program.text("IP Address"), "")
+        self.assertTrue(program.shows("label", "Below info is only for access points"))
+        self.assertEqual(program.channel(), "Auto")
+
+        program.pick("Disabled")
+        steps.append(said.PICK_WIFI_MODE)
+        self.assertEqual(program.size(), (525, 425))
+        self.assertFalse(program.shows("text box", "SSID"))
+        self.assertFalse(program.shows("text box", "IP Address"))
+
+        program.show_page("Ethernet")
+        steps.append(said.SHOW_ETHERNET_STATIC)
+        self.assertEqual(program.size(), (525, 475))
+        program.show_page("Wifi")
+        steps.append(said.SHOW_WIFI)
+        self.assertFalse(program.shows("text box", "SSID"))
+        program.pick("Client")
+        steps.append(said.PICK_WIFI_MODE)
+        self.assertTrue(program.shows("text box", "SSID"))
+        program.show_page("Ethernet")
+        steps.append(said.SHOW_ETHERNET_STATIC)
+        program.pick("Dynamic IP")
+        steps.append(said.PICK_DYNAMIC)
+        self.assertFalse(program.shows("text box", "IP Address"))
+        self.assertEqual(program.size(), (525, 425))
+        program.close()
+        self.assert_ended(program, "".join(steps))
+        self.assert_samples_untouched()
+
+    def test_dhcp_box_never_shows(self):
+        program = self.run_debug()
+        program.show_page("Wifi")
+        for mode in ("Access Point", "Disabled", "Client"):
+            program.pick(mode)
+            self.assertFalse(program.shows("label", "Enable DHCP"), mode)
+
+    def test_password_is_hidden_until_shown(self):
+        self.put("wlan0.nmconnection", "[connection]\ntype=wifi\n[wifi]\nmode=infrastructure\n"
+                 "[wifi-security]\npsk=illicit-l\n")
+        program = self.run_debug()
+        program.show_page("Wifi")
+
+        def entry():
+            self.desktop.park_pointer()
+            return self.desktop.picture(program.look().find("text box", "Password").box)
+
+        hidden = entry()
+        program.pick("Show Password")
+        shown = entry()
+        self.assertNotEqual(hidden, shown)
+        program.pick("Show Password")
+        self.assertEqual(entry(), hidden)
+
+    def test_second_instance_ends_at_once(self):
+        first = self.run_debug()
+        first.look()
+        second = self.run_debug()
+        discovery = said.discovery(self.connections, "ethernet.nmconnection", "wlan0.nmconnection")
+        paths = discovery[:discovery.index("Ethernet Path")]  # no window is built
+        self.assert_ended(second, said.DEBUG + paths)
+        self.assertEqual(len(self.desktop.windows()), 1)
+        first.close()
+        self.assertEqual(first.finish(), 0)
+
+    def test_folders_beside_the_working_directory(self):
+        name = "Ethernet_Test_Connections"
+        for place, working in ((name, "."), (f"gtkTest/{name}", "."), (name, "inner")):
+            with self.subTest(place=place, working=working):
+                base = os.path.join(self.folder, "base" + place.replace("/", "-") + working)
+                folder = os.path.join(base, place)
+                os.makedirs(os.path.dirname(folder), exist_ok=True)
+                os.makedirs(os.path.join(base, working), exist_ok=True)
+                self.use_samples(folder)
+                # The program asks for its working directory: no "." or links in its paths.
+                working = os.path.realpath(os.path.join(base, working))
+                program = self.run_debug(cwd=working,
+                                         environment={"ZOR_NETWORKMANAGER_DEBUG_PATH": "/none"})
+                program.look()
+                program.close()
+                self.assert_ended(program, said.start(os.path.realpath(folder)))
+
+
+program_case.main()

@@ -1,0 +1,204 @@
+# SPDX-License-Identifier: MIT
+"""Production mode as a process: unlock, window, every way of leaving, rollback, exit status."""
+import os
+import re
+import shutil
+import signal
+import sys
+
+sys.path.insert(0, os.path.join(os.path.dirname(__file__), "..", "support"))
+import program_case
+import transcripts as said
+from desktop import wait_until
+from isolation import SYSTEM_CONNECTIONS
+
+START = said.start(SYSTEM_CONNECTIONS, said.PRODUCTION)
+NO_FILES = said.start(SYSTEM_CONNECTIONS, said.PRODUCTION, "", "", said.dynamic_page(None))
+NO_ETHERNET_FILE = "No ethernet connection file found; defaulting mode to dynamic (auto).\n"
+
+
+class SystemConnectionsCase(program_case.ProgramCase):
+    """The sample keyfiles stand in the system's folder, which is the tests' own."""
+
+    def setUp(self):
+        super().setUp()
+        self.use_samples(SYSTEM_CONNECTIONS)
+        self.connections = SYSTEM_CONNECTIONS
+
+
+class ProductionMode(SystemConnectionsCase):
+
+    def test_close_button(self):
+        program = self.run_program(environment={"ZOR_NETWORKMANAGER_DEBUG_PATH": self.folder})
+        program.look()
+        program.close()
+        self.assert_ended(program, START, calls=[["unlock"], ["rollback"]])
+        self.assert_samples_untouched()
+
+    def test_unlock_comes_first_and_once(self):
+        program = self.run_program()
+        program.look()
+        self.assertEqual(self.recorder.calls(), [["unlock"]])
+        program.close()
+        program.finish()
+        self.assertEqual(self.recorder.calls(), [["unlock"], ["rollback"]])
+
+    def test_exit_without_saving_requests_rollback_twice(self):
+        program = self.run_program()
+        program.button("Exit Without Saving")
+        self.assert_ended(program, START + said.CLOSED_WITHOUT_SAVING,
+                          calls=[["unlock"], ["rollback"], ["rollback"]])
+        self.assert_samples_untouched()
+
+    def test_save_on_the_ethernet_page(self):
+        program = self.run_program()
+        program.button("Save And Exit")
+        self.assert_ended(program, START + said.ethernet_mode_check("auto", "auto")
+                          + said.RECORD_WRITTEN,
+                          calls=[["unlock"], ["finalize_ethernet", "ethernet"], ["rollback"]])
+
+    def test_save_on_the_wifi_page(self):
+        program = self.run_program()
+        program.show_page("Wifi")
+        program.button("Save And Exit")
+        self.assert_ended(program, START + said.SHOW_WIFI
+                          + said.wifi_mode_check("infrastructure", "infrastructure")
+                          + "Wifi Device name: wlan0\n",
+                          calls=[["unlock"], ["finalize_wifi", "ZOR"], ["rollback"]])
+
+    def test_save_without_any_keyfile(self):
+        for name in os.listdir(SYSTEM_CONNECTIONS):
+            os.remove(self.path(name))
+        program = self.run_program()
+        program.button("Save And Exit")
+        self.assert_ended(
+            program, NO_FILES + said.ethernet_mode_check("", "auto",
+                                                         self.path("ethernet.nmconnection"))
+            + said.RECORD_WRITTEN, NO_ETHERNET_FILE,
+            [["unlock"], ["finalize_ethernet", "ethernet"], ["rollback"]])
+        self.assertEqual(os.listdir(SYSTEM_CONNECTIONS), ["ethernet.nmconnection"])
+
+    def test_missing_directory(self):
+        shutil.rmtree(SYSTEM_CONNECTIONS)
+        self.addCleanup(os.mkdir, SYSTEM_CONNECTIONS)
+        program = self.run_program()
+        self.assertEqual(program.page(), "Ethernet")
+        program.close()
+        self.assertEqual(program.finish(), 0)
+        self.assertEqual(program.output, NO_FILES)
+        error, rest = program.errors.split("\n", 1)
+        self.assertRegex(error, "^Error: .*No such file or directory.*"
+                         + re.escape(SYSTEM_CONNECTIONS))
+        self.assertEqual(rest, NO_ETHERNET_FILE)
+        self.assertEqual(self.recorder.calls(), [["unlock"], ["rollback"]])
+
+    def test_first_arguments_that_select_production(self):
+        # They reach the toolkit, which takes them for files, opens none and ends with status 1.
+        for argument in ("0", "2", "true", "1 ", "01", "1.0", ""):
+            with self.subTest(argument=argument):
+                self.recorder = program_case.Recorder(os.path.join(self.folder, f"r{argument}"))
+                program = self.run_program(argument, environment={"G_DEBUG": ""})
+                self.assertEqual(program.finish(), 1)
+                start = START[:START.index("Ethernet Path")]
+                self.assertEqual(program.output, start)
+                self.assertIn("can not open files", program.errors)
+                self.assertEqual(self.recorder.calls(), [["unlock"], ["rollback"]])
+
+    def test_toolkit_options_are_passed_on(self):
+        program = self.run_program("--help-all")
+        self.assertEqual(program.finish(), 0)
+        self.assertTrue(program.output.startswith(START[:START.index("Ethernet Path")]))
+        self.assertIn("Usage:", program.output)
+        # Though the toolkit ends the process itself after its help.
+        self.assertEqual(self.recorder.calls(), [["unlock"], ["rollback"]])
+
+    def test_debug_word_in_second_place(self):
+        program = self.run_program("--gapplication-app-id=org.gtkmm.example", "1",
+                                      environment={"G_DEBUG": ""})
+        program.finish()
+        self.assertTrue(program.output.startswith(said.PRODUCTION))
+
+    def test_status_of_a_display_that_is_missing(self):
+        program = self.run_program(environment={"DISPLAY": ":none", "G_DEBUG": ""})
+        self.assertEqual(program.finish(), 1)
+        self.assertIn("cannot open display", program.errors.lower())
+        self.assertEqual(self.recorder.calls(), [["unlock"], ["rollback"]])
+
+    def test_signal_that_ends_a_session_closes_the_window(self):
+        for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP):
+            with self.subTest(signal=number):
+                self.recorder = program_case.Recorder(os.path.join(self.folder, str(number)))
+                program = self.run_program()
+                program.look()
+                os.kill(program.process.pid, number)
+                self.assert_ended(program, START, calls=[["unlock"], ["rollback"]])
+
+    def test_second_instance_ends_with_status_0(self):
+        first = self.run_program()
+        first.look()
+        second = self.run_program()
+        self.assertEqual(second.finish(), 0)
+        first.close()
+        self.assertEqual(first.finish(), 0)
+        self.assertCountEqual(self.recorder.calls(), 2 * [["unlock"], ["rollback"]])
+
+
+class Startup(SystemConnectionsCase):
+    """The order of steps and the pause, from the outside: system calls with their times."""
+
+    def start_traced(self, *command):
+        """Starts the program, or a command that starts it, under a tracer."""
+        self.log = os.path.join(self.folder, "trace")
+        return self.run_program(wrapper=[
+            "strace", "-f", "-ttt", "-s", "200", "-o", self.log, "-e", "trace=execve,write",
+            "-e", "signal=none", *command])
+
+    def traced(self, text):
+        """The time of the first call that has a text in it."""
+        for line in program_case.read(self.log).decode().splitlines():
+            if text in line:
+                return float(line.split()[1])
+        raise AssertionError(f"no {text} in the trace")
+
+    def assert_unlocked_before_the_directory_line(self):
+        first = self.traced(f'write(1, "{said.PRODUCTION.strip()}')
+        unlock = self.traced('"unlock"]')
+        directory = self.traced('write(1, "NetworkManagerDirectoryPath: ')
+        self.assertLess(first, unlock)
+        self.assertLess(unlock, directory)
+        self.assertGreaterEqual(directory - first, 0.2)
+
+    def test_unlock_pause_and_directory_line(self):
+        program = self.start_traced()
+        program.close()
+        self.assertEqual(program.finish(), 0)
+        self.assert_unlocked_before_the_directory_line()
+
+    def test_pause_lasts_whatever_signals_arrive(self):
+        program = self.start_traced()
+        program.wait_for_output(said.PRODUCTION)
+        pid = tracee_of(program.process.pid)
+        sent = 0
+
+        def begun():
+            nonlocal sent
+            for number in (signal.SIGWINCH, signal.SIGCHLD, signal.SIGSTOP, signal.SIGCONT):
+                os.kill(pid, number)
+                sent += 1
+            return "NetworkManagerDirectoryPath" in program.output
+
+        wait_until(begun, "the directory line", interval=0.005)
+        os.kill(pid, signal.SIGCONT)
+        self.assertGreater(sent, 20)
+        program.close()
+        self.assertEqual(program.finish(), 0)
+        self.assert_unlocked_before_the_directory_line()
+
+
+def tracee_of(tracer):
+    """The process that a tracer has started."""
+    with open(f"/proc/{tracer}/task/{tracer}/children", encoding="ascii") as file:
+        return int(file.read().split()[0])
+
+
+program_case.main()

@@ -1,0 +1,220 @@
+# SPDX-License-Identifier: MIT
+"""Saving on the Wifi page with real key and pointer events, and its validation dialog."""
+import os
+import sys
+
+sys.path.insert(0, os.path.join(os.path.dirname(__file__), "..", "support"))
+import program_case
+import transcripts as said
+
+PASSWORD_FIELD = "Password (must at least 8 characters and contain no special characters)"
+
+# On the default keyfile, which has no empty lines.
+CLIENT_KEYFILE = """[connection]
+id=ZOR
+type=wifi
+interface-name=wlan0
+autoconnect=true
+permissions=user:zor:;
+[wifi]
+ssid={ssid}
+mode=infrastructure
+[ipv4]
+method=auto
+[proxy]
+[wifi-security]
+auth-alg=open
+key-mgmt=wpa-psk
+psk={password}
+[ipv6]
+addr-gen-mode=stable-privacy
+method=auto
+"""
+ACCESS_POINT_KEYFILE = """[connection]
+id=Hotspot
+type=wifi
+interface-name=wlan0
+autoconnect=true
+[wifi]
+ssid={ssid}
+mode=ap
+band=bg
+channel={channel}
+[ipv4]
+method=shared
+address1={address}
+[proxy]
+[wifi-security]
+group=ccmp;
+key-mgmt=wpa-psk
+pairwise=ccmp;
+proto=rsn;
+psk={password}
+[ipv6]
+addr-gen-mode=stable-privacy
+method=ignore
+"""
+DEVICE = "Wifi Device name: wlan0\n"
+SAMPLE_PASSWORD = "correct horse 42"
+
+
+class WifiPage(program_case.ProgramCase):
+
+    def setUp(self):
+        super().setUp()
+        self.keyfile = self.path("wlan0.nmconnection")
+        self.start = said.start(self.connections) + said.SHOW_WIFI
+
+    def put_access_point(self, ssid="ZOR", channel="6", address="10.42.0.1/24,10.42.0.1",
+                         password="secret 88"):
+        self.put("wlan0.nmconnection", ACCESS_POINT_KEYFILE.format(
+            ssid=ssid, channel=channel, address=address, password=password))
+
+    def run_on_wifi_page(self):
+        program = self.run_debug()
+        program.show_page("Wifi")
+        return program
+
+    def test_client_unchanged(self):
+        program = self.run_on_wifi_page()
+        program.button("Save And Exit")
+        self.assert_ended(program, self.start
+                          + said.wifi_mode_check("infrastructure", "infrastructure") + DEVICE,
+                          calls=[["finalize_wifi", "ZOR"]])
+        self.assert_samples_untouched()
+        self.assertFalse(os.path.exists(program_case.UPDATE_RECORD))
+
+    def test_client_of_another_network(self):
+        program = self.run_on_wifi_page()
+        program.fill("SSID", "Café 7")
+        program.fill("Password", "p\"a;ss")  # written without any check
+        program.button("Save And Exit")
+        self.assert_ended(program, self.start
+                          + said.wifi_mode_check("infrastructure", "infrastructure") + DEVICE,
+                          calls=[["finalize_wifi", "ZOR"]])
+        sample = program_case.read(os.path.join(program_case.SAMPLES, "wlan0.nmconnection"))
+        self.assert_keyfile(self.keyfile, sample.decode().replace("Workshop", "Café 7")
+                            .replace(SAMPLE_PASSWORD, "\"p\\\"a;ss\""))
+
+    def test_client_on_an_access_point_keyfile(self):
+        self.put_access_point()
+        program = self.run_on_wifi_page()
+        program.pick("Client")
+        program.button("Save And Exit")
+        self.assert_ended(
+            program, self.start + said.PICK_WIFI_MODE
+            + said.wifi_mode_check("ap", "infrastructure", self.keyfile) + DEVICE,
+            calls=[["finalize_wifi", "ZOR"]])
+        self.assert_keyfile(self.keyfile,
+                            CLIENT_KEYFILE.format(ssid="ZOR", password="secret 88"))
+
+    def test_access_point_with_a_chosen_channel(self):
+        program = self.run_on_wifi_page()
+        program.pick("Access Point")
+        program.fill("SSID", "Halvorik AP")
+        program.fill("Password", "new_pass-1")
+        program.fill("IP Address", "192.168.4.20")
+        program.fill("Subnet Mask", "255.255.255.0")
+        program.choose_channel(7)
+        self.assertEqual(program.channel(), "7")
+        program.button("Save And Exit")
+        self.assert_ended(
+            program, self.start + said.PICK_WIFI_MODE
+            + said.wifi_mode_check("infrastructure", "ap", self.keyfile)
+            + said.access_point_saved("192.168.4.20", "255.255.255.0", "new_pass-1"),
+            calls=[["finalize_wifi", "Hotspot"]])
+        self.assert_keyfile(self.keyfile, ACCESS_POINT_KEYFILE.format(
+            ssid="Halvorik AP", channel="7", address="192.168.4.20/24,192.168.4.1",
+            password="new_pass-1"))
+
+    def test_access_point_shown_as_stored_and_changed(self):
+        self.put_access_point()
+        program = self.run_on_wifi_page()
+        self.assertEqual(
+            [program.text(label) for label in ("SSID", "Password", "IP Address", "Subnet Mask")],
+            ["ZOR", "secret 88", "10.42.0.1", "255.255.255.0"])
+        self.assertEqual(program.channel(), "6")
+        self.assertEqual(program.size(), (525, 500))
+        program.choose_channel(11)
+        program.fill("Subnet Mask", "255.255.0.0")
+        program.button("Save And Exit")
+        self.assert_ended(
+            program, self.start + said.wifi_mode_check("ap", "ap")
+            + said.access_point_saved("10.42.0.1", "255.255.0.0", "secret 88"),
+            calls=[["finalize_wifi", "Hotspot"]])
+        self.assert_keyfile(self.keyfile, ACCESS_POINT_KEYFILE.format(
+            ssid="ZOR", channel="11", address="10.42.0.1/16,10.42.0.1", password="secret 88"))
+
+    def test_channel_set_back_to_automatic(self):
+        self.put_access_point()
+        program = self.run_on_wifi_page()
+        program.choose_channel(0)
+        self.assertEqual(program.channel(), "Auto")
+        program.button("Save And Exit")
+        self.assertEqual(program.finish(), 0)
+        self.assertIn("\nchannel=0\n", program_case.read(self.keyfile).decode())
+
+    def test_disabled_removes_the_keyfile(self):
+        program = self.run_on_wifi_page()
+        program.pick("Disabled")
+        program.button("Save And Exit")
+        self.assert_ended(
+            program, self.start + said.PICK_WIFI_MODE
+            # Reset once by the save and once by the removal.
+            + "Resetting Wifi Credentials\n"
+            f"Removing existing Wi-Fi settings file at {self.keyfile}\n"
+            "Resetting Wifi Credentials\n", calls=[["finalize_wifi"]])
+        self.assertEqual(os.listdir(self.connections), ["ethernet.nmconnection"])
+
+    def test_dialog_names_every_bad_field_and_the_window_stays(self):
+        self.put_access_point()
+        before = program_case.read(self.keyfile)
+        program = self.run_on_wifi_page()
+        program.fill("Password", "short")
+        program.fill("IP Address", "10.42.0")
+        program.fill("Subnet Mask", "255.0.255.0")
+        program.button("Save And Exit")
+        self.assertEqual(program.dialog_texts(), [
+            "You entered invalid Wifi Credentials",
+            "Invalid IP Address, Subnet Mask, " + PASSWORD_FIELD])
+        self.assertIn("modal", program.dialog().states)
+        program.button("OK")
+        self.assertIsNone(program.dialog())
+        self.assertEqual(program.text("Password"), "short")
+        self.assertEqual(program_case.read(self.keyfile), before)
+
+        program.fill("Password", "seven 77")
+        program.button("Save And Exit")
+        self.assertEqual(program.dialog_texts()[1], "Invalid IP Address, Subnet Mask")
+        program.button("OK")
+        program.fill("IP Address", "10.42.0.9")
+        program.fill("Subnet Mask", "255.255.255.0")
+        program.button("Save And Exit")
+        error = "Invalid format for IP Address or Subnet Mask, or invalid wifi mode\n"
+        self.assert_ended(
+            program, self.start + said.wifi_mode_check("ap", "ap")
+            + said.wifi_entries("10.42.0", "255.0.255.0", "short")
+            + said.address_check("10.42.0", False)
+            + said.wifi_mode_check("ap", "ap")
+            + said.wifi_entries("10.42.0", "255.0.255.0", "seven 77")
+            + said.address_check("10.42.0", False)
+            + said.wifi_mode_check("ap", "ap")
+            + said.access_point_saved("10.42.0.9", "255.255.255.0", "seven 77"),
+            2 * error, [["finalize_wifi", "Hotspot"]])
+        self.assert_keyfile(self.keyfile, ACCESS_POINT_KEYFILE.format(
+            ssid="ZOR", channel="6", address="10.42.0.9/24,10.42.0.1", password="seven 77"))
+
+    def test_password_rule(self):
+        self.put_access_point()
+        program = self.run_on_wifi_page()
+        for password in ("seven77", "letters!!", "pässword"):
+            program.fill("Password", password)
+            program.button("Save And Exit")
+            self.assertEqual(program.dialog_texts()[1], "Invalid " + PASSWORD_FIELD, password)
+            program.button("OK")
+        program.close()
+        self.assertEqual(program.finish(), 0)
+        self.assertEqual(self.recorder.calls(), [])
+
+
+program_case.main()

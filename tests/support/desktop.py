@@ -1,0 +1,311 @@
+# SPDX-License-Identifier: MIT
+"""A private virtual desktop: an X server, a session bus with accessibility, a pointer, a keyboard.
+
+No window manager: the program's windows are placed at the corner and keep the sizes they ask for.
+"""
+import os
+import select
+import shutil
+import subprocess
+import tempfile
+import time
+
+import gi
+from Xlib import X, XK, display
+from Xlib.ext import xtest
+from Xlib.protocol import event
+
+gi.require_version("Gio", "2.0")
+from gi.repository import Gio, GLib
+
+LIMIT = 20 * float(os.environ.get("MESON_TEST_TIMEOUT_MULTIPLIER", "1"))
+SCREEN = "1024x768x24"
+
+# Only accessibility is started on demand: a desk's other services would meddle and chat.
+_BUS_CONFIG = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
+ "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
+<busconfig>
+  <type>session</type>
+  <listen>unix:dir={folder}</listen>
+  <servicedir>{folder}/services</servicedir>
+  <policy context="default">
+    <allow send_destination="*" eavesdrop="true"/>
+    <allow eavesdrop="true"/>
+    <allow own="*"/>
+  </policy>
+</busconfig>
+"""
+_ACCESSIBILITY_SERVICE = "/usr/share/dbus-1/services/org.a11y.Bus.service"
+
+
+def missing_tools():
+    """What this machine lacks for a virtual desktop, as text; empty if nothing."""
+    tools = [name for name in ("Xvfb", "dbus-daemon", "setpriv") if not shutil.which(name)]
+    if not os.path.exists(_ACCESSIBILITY_SERVICE):
+        tools.append("at-spi2-core")
+    return ", ".join(tools)
+
+
+def wait_until(condition, what, limit=LIMIT, interval=0.01):
+    """Polls until the condition gives something true, and returns that."""
+    end = time.monotonic() + limit
+    while True:
+        value = condition()
+        if value:
+            return value
+        if time.monotonic() > end:
+            raise TimeoutError(f"waited {limit:.0f} s in vain: {what}")
+        time.sleep(interval)
+
+
+def bound_to_us(*command):
+    """The command, set to die with this process, however this one ends."""
+    return [shutil.which("setpriv"), "--pdeathsig", "KILL", "--", *command]
+
+
+class Desktop:
+    """Everything is started by `with Desktop() as desktop` and gone after it."""
+
+    def __init__(self):
+        self.folder = tempfile.mkdtemp(prefix="zor-desktop-")
+        self._processes = []
+        self._display = None
+        self._bus = None
+        self._next_client = 0
+
+    def __enter__(self):
+        try:
+            self.environment = self._base_environment()
+            self._log = open(os.path.join(self.folder, "log"), "wb")
+            self._start_x_server()
+            self._start_bus()
+        except BaseException:
+            self.stop()
+            raise
+        return self
+
+    def __exit__(self, *_):
+        self.stop()
+
+    def stop(self):
+        """Ends the servers and removes all their files."""
+        if self._display:
+            self._display.close()
+        for process in reversed(self._processes):
+            process.terminate()
+            try:
+                process.wait(5)
+            except subprocess.TimeoutExpired:
+                process.kill()
+                process.wait()
+        self._processes.clear()
+        shutil.rmtree(self.folder, ignore_errors=True)
+
+    def _base_environment(self):
+        environment = {name: value for name, value in os.environ.items()
+                       if name in ("PATH", "TMPDIR", "UBSAN_OPTIONS")}
+        home = os.path.join(self.folder, "home")
+        runtime = os.path.join(self.folder, "runtime")
+        os.mkdir(home)
+        os.mkdir(runtime, 0o700)
+        environment.update(HOME=home, XDG_CACHE_HOME=home, XDG_RUNTIME_DIR=runtime,
+                           LANG="C.UTF-8", GDK_BACKEND="x11", GSK_RENDERER="cairo",
+                           GSETTINGS_BACKEND="memory",
+                           # The toolkit keeps memory to its end: no news about the program.
+                           ASAN_OPTIONS="detect_leaks=0:" + os.environ.get("ASAN_OPTIONS", ""))
+        return environment
+
+    def _start(self, *command, **options):
+        process = subprocess.Popen(bound_to_us(*command), stdin=subprocess.DEVNULL,
+                                   stderr=self._log, env=self.environment, **options)
+        self._processes.append(process)
+        return process
+
+    def _read_announcement(self, handle, what):
+        """A server's first line: where it is to be reached."""
+        line = b""
+        while not line.endswith(b"\n"):
+            if not select.select([handle], [], [], LIMIT)[0]:
+                raise TimeoutError(f"{what} does not start")
+            piece = os.read(handle, 1)
+            if not piece:
+                raise RuntimeError(f"{what} ended: see its messages:\n" + self._messages())
+            line += piece
+        return line.decode().strip()
+
+    def _messages(self):
+        with open(self._log.name, encoding="utf-8", errors="replace") as file:
+            return file.read()
+
+    def _start_x_server(self):
+        reader, writer = os.pipe()
+        self._start("Xvfb", "-displayfd", str(writer), "-screen", "0", SCREEN, "-nolisten", "tcp",
+                    "-noreset", stdout=self._log, pass_fds=[writer])
+        os.close(writer)
+        name = ":" + self._read_announcement(reader, "the X server")
+        os.close(reader)
+        self.environment["DISPLAY"] = name
+        self._display = display.Display(name)
+        self._root = self._display.screen().root
+        # The answers to pings go to the root window.
+        self._root.change_attributes(event_mask=X.SubstructureNotifyMask, background_pixel=0xffffff)
+        self._root.clear_area()
+
+    def _start_bus(self):
+        folder = os.path.join(self.folder, "bus")
+        os.makedirs(os.path.join(folder, "services"))
+        shutil.copy(_ACCESSIBILITY_SERVICE, os.path.join(folder, "services"))
+        config = os.path.join(folder, "session.conf")
+        with open(config, "w", encoding="utf-8") as file:
+            file.write(_BUS_CONFIG.format(folder=folder))
+        process = self._start("dbus-daemon", "--nofork", "--print-address", "--config-file", config,
+                              stdout=subprocess.PIPE)
+        address = self._read_announcement(process.stdout.fileno(), "the session bus")
+        process.stdout.close()
+        self.environment["DBUS_SESSION_BUS_ADDRESS"] = address
+        session = _connect(address)
+        answer = session.call_sync("org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress",
+                                   None, None, Gio.DBusCallFlags.NONE, int(LIMIT * 1000), None)
+        session.close_sync(None)
+        self._bus = _connect(answer.unpack()[0])
+
+    # Accessibility: what the program shows.
+
+    def ask(self, owner, path, interface, method, arguments=None):
+        """Calls a method on the accessibility bus."""
+        return self._bus.call_sync(owner, path, interface, method, arguments, None,
+                                   Gio.DBusCallFlags.NONE, int(LIMIT * 1000), None).unpack()
+
+    def application(self, pid):
+        """The owner's name and the path of a process' (or its child's) root object, or None."""
+        try:
+            (applications,) = self.ask("org.a11y.atspi.Registry",
+                                       "/org/a11y/atspi/accessible/root",
+                                       "org.a11y.atspi.Accessible", "GetChildren")
+        except GLib.Error:
+            return None
+        for owner, path in applications:
+            try:
+                (found,) = self.ask("org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                    "org.freedesktop.DBus", "GetConnectionUnixProcessID",
+                                    GLib.Variant("(s)", (owner,)))
+            except GLib.Error:
+                continue
+            if pid in (found, _parent_of(found)):
+                return owner, path
+        return None
+
+    # Windows, pointer and keyboard.
+
+    def windows(self):
+        """The mapped top-level windows, oldest first, with place and size."""
+        found = []
+        for window in self._root.query_tree().children:
+            try:
+                if window.get_attributes().map_state != X.IsViewable:
+                    continue
+                box = window.get_geometry()
+                if window.get_wm_class():
+                    found.append((window, (box.x, box.y, box.width, box.height)))
+            except Exception as error:
+                if type(error).__name__ not in ("BadWindow", "BadDrawable"):
+                    raise  # else it went while we looked
+        return found
+
+    def _atom(self, name):
+        return self._display.intern_atom(name)
+
+    def _protocol_message(self, window, name, *data):
+        data = [self._atom(name), X.CurrentTime, *data]
+        message = event.ClientMessage(window=window, client_type=self._atom("WM_PROTOCOLS"),
+                                      data=(32, data + [0] * (5 - len(data))))
+        window.send_event(message)
+        self._display.flush()
+
+    def close_window(self, window):
+        """What a window manager sends when its close button is pressed."""
+        self._protocol_message(window, "WM_DELETE_WINDOW")
+
+    def ping(self, window, limit=LIMIT):
+        """Waits until the program has taken all earlier input. False if the window went."""
+        self._protocol_message(window, "_NET_WM_PING", window.id)
+        end = time.monotonic() + limit
+        while time.monotonic() < end:
+            while self._display.pending_events():
+                answer = self._display.next_event()
+                if answer.type == X.ClientMessage and answer.data[1][2] == window.id:
+                    return True
+                if answer.type in (X.DestroyNotify, X.UnmapNotify) and answer.window == window:
+                    return False
+            select.select([self._display], [], [], 0.02)
+            if window.id not in [known.id for known, _ in self.windows()]:
+                return False
+        raise TimeoutError("the program does not answer")
+
+    def click(self, x, y):
+        """A click with the first button."""
+        xtest.fake_input(self._display, X.MotionNotify, x=x, y=y)
+        xtest.fake_input(self._display, X.ButtonPress, 1)
+        xtest.fake_input(self._display, X.ButtonRelease, 1)
+        self._display.sync()
+
+    def park_pointer(self):
+        """Moves the pointer away, so that nothing is drawn as pointed at."""
+        xtest.fake_input(self._display, X.MotionNotify, x=1020, y=760)
+        self._display.sync()
+
+    def press(self, *names):
+        """Presses the named keys together: press("Control_L", "a")."""
+        codes = [self._display.keysym_to_keycode(XK.string_to_keysym(name)) for name in names]
+        assert 0 not in codes, names
+        for code in codes:
+            xtest.fake_input(self._display, X.KeyPress, code)
+        for code in reversed(codes):
+            xtest.fake_input(self._display, X.KeyRelease, code)
+        self._display.sync()
+
+    def type(self, text):
+        """Types any text; what has no key goes in by its code point."""
+        for character in text:
+            symbol = ord(character)
+            places = self._display.keysym_to_keycodes(symbol) if 32 <= symbol < 127 else ()
+            for code, level in places:
+                if level <= 1:
+                    self._stroke(code, shifted=level == 1)
+                    break
+            else:
+                self.press("Control_L", "Shift_L", "u")
+                for digit in f"{symbol:x}":
+                    self.press(digit)
+                self.press("space")
+
+    def _stroke(self, code, shifted):
+        shift = self._display.keysym_to_keycode(XK.XK_Shift_L)
+        if shifted:
+            xtest.fake_input(self._display, X.KeyPress, shift)
+        xtest.fake_input(self._display, X.KeyPress, code)
+        xtest.fake_input(self._display, X.KeyRelease, code)
+        if shifted:
+            xtest.fake_input(self._display, X.KeyRelease, shift)
+        self._display.sync()
+
+    def picture(self, box):
+        """The pixels of a part of the screen, four bytes each (blue, green, red, unused)."""
+        x, y, width, height = box
+        return self._root.get_image(x, y, width, height, X.ZPixmap, 0xffffffff).data
+
+
+def _connect(address):
+    flags = (Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT
+             | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION)
+    connection = Gio.DBusConnection.new_for_address_sync(address, flags, None, None)
+    connection.set_exit_on_close(False)
+    return connection
+
+
+def _parent_of(pid):
+    try:
+        with open(f"/proc/{pid}/stat", encoding="utf-8", errors="replace") as file:
+            return int(file.read().rpartition(")")[2].split()[1])
+    except (FileNotFoundError, ProcessLookupError):
+        return 0

@@ -1,0 +1,97 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: MIT
+"""Takes a picture of the window in every state: gallery.py PROGRAM FOLDER."""
+import os
+import shutil
+import subprocess
+import sys
+import tempfile
+
+from desktop import Desktop
+from program import Program
+from recorder import Recorder
+
+ETHERNET = """[connection]
+id=ethernet
+type=ethernet
+interface-name=eth0
+[ipv4]
+method=manual
+address1=192.168.1.10/24,192.168.1.1
+dns=8.8.8.8
+"""
+WIFI = """[connection]
+id=Hotspot
+type=wifi
+interface-name=wlan0
+[wifi]
+mode=ap
+ssid=Workshop
+band=bg
+channel=6
+[wifi-security]
+psk=correct horse 42
+[ipv4]
+address1=10.42.0.1/24,10.42.0.1
+"""
+
+
+def take_all(program, picture):
+    """Goes through all states of the window."""
+    picture("ethernet-static")
+    program.fill("IP Address", "192.168.1")
+    program.fill("Default Gateway", "")
+    program.button("Save And Exit")
+    picture("ethernet-dialog")
+    program.button("OK")
+    program.pick("Dynamic IP")
+    picture("ethernet-dynamic")
+    program.show_page("Wifi")
+    picture("wifi-access-point")
+    program.fill("Password", "short")
+    program.fill("Subnet Mask", "255.0.255.0")
+    program.button("Save And Exit")
+    picture("wifi-dialog")
+    program.button("OK")
+    program.fill("Password", "correct horse 42")
+    program.pick("Client")
+    picture("wifi-client")
+    program.pick("Show Password")
+    picture("wifi-client-password-shown")
+    program.pick("Disabled")
+    picture("wifi-disabled")
+    program.close()
+
+
+def shrink(path):
+    """Few colours are enough for a picture of a window, and take little room."""
+    convert = shutil.which("convert")
+    if convert:
+        subprocess.run([convert, path, "-strip", "+dither", "-colors", "64", "-define",
+                        "png:compression-level=9", "PNG8:" + path], check=True)
+
+
+def main():
+    program_path, target = sys.argv[1:]
+    os.makedirs(target, exist_ok=True)
+    with tempfile.TemporaryDirectory(prefix="zor-gallery-") as folder:
+        recorder = Recorder(folder)
+        for name, content in (("ethernet", ETHERNET), ("wlan0", WIFI)):
+            with open(os.path.join(folder, name + ".nmconnection"), "w", encoding="utf-8") as file:
+                file.write(content)
+        environment = {"PATH": recorder.bin + ":" + os.environ["PATH"],
+                       "ZOR_NETWORKMANAGER_DEBUG_PATH": folder}
+        with Desktop() as desktop, Program(desktop, [os.path.realpath(program_path), "1"],
+                                           environment) as program:
+            def picture(name):
+                path = os.path.join(target, name + ".png")
+                program.screenshot(path)
+                shrink(path)
+                print(path, os.path.getsize(path), "bytes", flush=True)
+
+            take_all(program, picture)
+            sys.exit(program.finish())
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,114 @@
+# SPDX-License-Identifier: MIT
+"""What the tests of the whole program share: a desktop, private folders, runs and comparisons."""
+import os
+import shutil
+import stat
+import sys
+import tempfile
+import unittest
+
+import isolation
+import tap
+from recorder import Recorder
+
+try:
+    import desktop
+    from program import Program
+    _MISSING = desktop.missing_tools()
+except (ImportError, ValueError) as error:
+    _MISSING = str(error)
+
+TESTS = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+SAMPLES = os.path.join(TESTS, "keyfiles", "samples")
+UPDATE_RECORD = "/tmp/ethernetUpdateSettings"
+
+
+def main():
+    """Runs the tests of the calling file: FILE PROGRAM [TEST...]."""
+    program = os.path.realpath(sys.argv[1])
+    reason = _MISSING and f"not installed: {_MISSING}"
+    reason = reason or isolation.enter(os.path.dirname(TESTS), os.path.dirname(program))
+    if reason and os.environ.get("CI"):
+        sys.exit(f"cannot run here: {reason}")
+    if reason:
+        tap.skip_all(reason)
+    del sys.argv[1]
+    with desktop.Desktop() as ProgramCase.desktop:
+        ProgramCase.program = program
+        tap.main()
+
+
+class ProgramCase(unittest.TestCase):
+    """A test that runs the program, with the two sample keyfiles in a folder of its own."""
+
+    maxDiff = None
+
+    def setUp(self):
+        self.folder = tempfile.mkdtemp(prefix="zor-test-")
+        self.addCleanup(shutil.rmtree, self.folder)
+        self.recorder = Recorder(self.folder)
+        self.connections = os.path.join(self.folder, "connections")
+        self.use_samples(self.connections)
+        for left_over in (UPDATE_RECORD,):
+            if os.path.lexists(left_over):
+                os.remove(left_over)
+
+    def use_samples(self, folder):
+        """Makes the folder anew with the samples alone in it."""
+        shutil.rmtree(folder, ignore_errors=True)
+        os.mkdir(folder, 0o700)
+        for name in os.listdir(SAMPLES):
+            self.put(name, read(os.path.join(SAMPLES, name)), folder)
+
+    def put(self, name, content, folder=None):
+        """Writes a keyfile; returns its path."""
+        path = os.path.join(folder or self.connections, name)
+        with open(path, "wb") as file:
+            file.write(content if isinstance(content, bytes) else content.encode())
+        os.chmod(path, 0o600)
+        return path
+
+    def path(self, name):
+        """The path of a keyfile."""
+        return os.path.join(self.connections, name)
+
+    def run_program(self, *arguments, environment=None, **options):
+        """Starts the program; it ends with the test at the latest."""
+        environment = {
+            "PATH": self.recorder.bin + ":" + os.environ["PATH"],
+            "ZOR_NETWORKMANAGER_DEBUG_PATH": self.connections,
+            "G_DEBUG": "fatal-warnings",  # a warning of the toolkit is our mistake
+            **(environment or {})}
+        program = Program(self.desktop, [self.program, *arguments], environment, **options)
+        self.addCleanup(program.__exit__)
+        return program
+
+    def run_debug(self, **options):
+        """Starts the program in debug mode."""
+        return self.run_program("1", **options)
+
+    def assert_ended(self, program, output, errors="", calls=(), status=0):
+        """Waits for the end; compares both streams, the requests and the status."""
+        self.assertEqual(program.finish(), status, program.errors)
+        self.assertEqual(program.output, output)
+        self.assertEqual(program.errors, errors)
+        # The last two requests of a run overlap: no order is promised.
+        self.assertCountEqual(self.recorder.calls(), [list(call) for call in calls])
+
+    def assert_keyfile(self, path, content):
+        """Compares a keyfile, which must be private."""
+        self.assertEqual(read(path).decode("utf-8", "surrogateescape"), content)
+        self.assertEqual(stat.S_IMODE(os.stat(path).st_mode), 0o600)
+
+    def assert_samples_untouched(self, folder=None):
+        """No file was changed, made or removed."""
+        folder = folder or self.connections
+        self.assertEqual(sorted(os.listdir(folder)), sorted(os.listdir(SAMPLES)))
+        for name in os.listdir(SAMPLES):
+            self.assertEqual(read(os.path.join(folder, name)), read(os.path.join(SAMPLES, name)))
+
+
+def read(path):
+    """The bytes of a file."""
+    with open(path, "rb") as file:
+        return file.read()
