@@ -8,12 +8,13 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <iostream>
 #include <string_view>
 #include <system_error>
 
 #include "ini/ini.h"
 #include "settings/file.h"
-#include "settings/text.h"
+#include "settings/log.h"
 
 namespace {
 

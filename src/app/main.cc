@@ -12,7 +12,7 @@
 #include <utility>
 
 #include "app/NetworkManagerConfig.h"
-#include "settings/text.h"
+#include "settings/log.h"
 #include "window/NetworkManagerWindow.h"
 
 namespace {

@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "settings/text.h"
+#include "settings/log.h"
 
 void EthernetUpdateRecord::clearOctets() {
   address = {};
@@ -32,8 +32,8 @@ std::string firstDnsServer(std::string_view dns) {
   return std::string(dns.substr(0, dns.find_first_of(SEPARATORS)));
 }
 
-std::string createStoredEthernetAddress(std::string_view address, std::string_view mask,
-                                        std::string_view gateway, EthernetUpdateRecord& record) {
+std::string formatEthernetAddress(std::string_view address, std::string_view mask,
+                                  std::string_view gateway, EthernetUpdateRecord& record) {
   record.clearOctets();
   const int prefix = subnetMaskToCidrPrefix(mask);
   if (prefix < 0) {

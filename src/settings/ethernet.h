@@ -40,8 +40,8 @@ std::string firstDnsServer(std::string_view dns);
  * record. The texts go in as they were entered. A bad one is reported on standard error; the result
  * is then empty and the octets are 0.
  */
-std::string createStoredEthernetAddress(std::string_view address, std::string_view mask,
-                                        std::string_view gateway, EthernetUpdateRecord& record);
+std::string formatEthernetAddress(std::string_view address, std::string_view mask,
+                                  std::string_view gateway, EthernetUpdateRecord& record);
 
 /**
  * The keyfile values of the wired connection, in the order in which they are written; none for an

@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cstddef>
 
+#include "settings/log.h"
 #include "settings/text.h"
 
 namespace {

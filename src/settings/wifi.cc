@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "settings/ipv4.h"
+#include "settings/log.h"
 #include "settings/text.h"
 
 bool isValidWifiPassword(std::string_view password) {
@@ -15,7 +16,7 @@ bool isValidWifiPassword(std::string_view password) {
          password.find_first_not_of(ALLOWED) == std::string_view::npos;
 }
 
-std::string createStoredApAddress(std::string_view address, std::string_view mask) {
+std::string formatApAddress(std::string_view address, std::string_view mask) {
   address = trim(address);
   const int prefix = subnetMaskToCidrPrefix(mask);
   if (prefix < 0 || !validateIpAddress(address)) {

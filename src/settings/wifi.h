@@ -35,7 +35,7 @@ bool isValidWifiPassword(std::string_view password);
  * last field, whatever the mask. Logs the check of the address; a bad address or mask is reported
  * on standard error and gives empty text.
  */
-std::string createStoredApAddress(std::string_view address, std::string_view mask);
+std::string formatApAddress(std::string_view address, std::string_view mask);
 
 /**
  * The keyfile values of the wireless connection, in the order in which they are written; none for

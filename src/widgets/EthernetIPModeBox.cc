@@ -2,7 +2,7 @@
 #include "widgets/EthernetIPModeBox.h"
 
 #include "settings/ethernet.h"
-#include "settings/text.h"
+#include "settings/log.h"
 #include "widgets/layout.h"
 
 EthernetIPModeBox::EthernetIPModeBox(NetworkManagerConfig& paths)

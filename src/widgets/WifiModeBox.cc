@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "widgets/WifiModeBox.h"
 
-#include "settings/text.h"
+#include "settings/log.h"
 #include "settings/wifi.h"
 #include "widgets/layout.h"
 

@@ -3,7 +3,7 @@
 
 #include <initializer_list>
 
-#include "settings/text.h"
+#include "settings/log.h"
 #include "settings/wifi.h"
 #include "widgets/layout.h"
 

@@ -131,8 +131,8 @@ class NetworkManagerWindow : public Gtk::Window {
   std::string ethernetPath;
 
   // The stored form of the addresses; empty when the entries make no address.
-  std::string ethernetAddress;
-  std::string apAddress;
+  std::string storedEthernetAddress;
+  std::string storedApAddress;
 
   std::string selectedWifiMode;
   std::string selectedEthernetMode;

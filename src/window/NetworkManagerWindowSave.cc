@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "settings/keyfile.h"
-#include "settings/text.h"
+#include "settings/log.h"
 #include "settings/wifi.h"
 #include "window/NetworkManagerWindow.h"
 

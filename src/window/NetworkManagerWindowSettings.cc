@@ -5,6 +5,7 @@
 
 #include "settings/file.h"
 #include "settings/ipv4.h"
+#include "settings/log.h"
 #include "settings/text.h"
 #include "settings/wifi.h"
 #include "window/NetworkManagerWindow.h"
@@ -75,7 +76,7 @@ void NetworkManagerWindow::createEthernetAddress() {
   ethernetSubnetMask = entries.getSubnetMask();
   ethernetIpAddress = entries.getIpAddress();
   ethernetGateway = entries.getDefaultGateway();
-  ethernetAddress = createStoredEthernetAddress(ethernetIpAddress.raw(), ethernetSubnetMask.raw(),
+  storedEthernetAddress = formatEthernetAddress(ethernetIpAddress.raw(), ethernetSubnetMask.raw(),
                                                 ethernetGateway.raw(), ethernetUpdateRecord);
 }
 
@@ -89,7 +90,7 @@ void NetworkManagerWindow::writeEthernetSettingsToFile(const std::string& mode) 
     ethernetUpdateRecord.mode = EthernetUpdateRecord::DYNAMIC;
     ethernetUpdateRecord.clearOctets();
   }
-  writeKeyfile(ethernetPath, ethernetKeyfileEntries(mode, ethernetAddress, dns));
+  writeKeyfile(ethernetPath, ethernetKeyfileEntries(mode, storedEthernetAddress, dns));
 }
 
 void NetworkManagerWindow::writeEthernetUpdateFile() {
@@ -120,7 +121,7 @@ void NetworkManagerWindow::populateWifiSettingsFromFile() {
 }
 
 void NetworkManagerWindow::createApAddress() {
-  apAddress = createStoredApAddress(wifiIpAddress.raw(), wifiSubnetMask.raw());
+  storedApAddress = formatApAddress(wifiIpAddress.raw(), wifiSubnetMask.raw());
 }
 
 void NetworkManagerWindow::writeWifiSettingsToFile(const std::string& mode) {
@@ -131,7 +132,7 @@ void NetworkManagerWindow::writeWifiSettingsToFile(const std::string& mode) {
   if (mode == WIFI_AP_MODE) {
     settings.channel = wifiGrid.getAPCredentials().getChannel();
     createApAddress();
-    settings.storedAddress = apAddress;
+    settings.storedAddress = storedApAddress;
   }
   writeKeyfile(wifiPath, wifiKeyfileEntries(mode, settings));
 }

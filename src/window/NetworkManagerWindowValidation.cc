@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "settings/ipv4.h"
+#include "settings/log.h"
 #include "settings/text.h"
 #include "settings/validation.h"
 #include "settings/wifi.h"

@@ -13,6 +13,7 @@
 #include "app/NetworkManagerConfig.h"
 #include "settings/ethernet.h"
 #include "settings/keyfile.h"
+#include "settings/log.h"
 #include "settings/text.h"
 #include "settings/wifi.h"
 
@@ -52,13 +53,13 @@ void saveWifi(std::string_view mode, const WifiSettings& settings) {
 void saveStatic(const Texts& texts) {
   EthernetUpdateRecord unused;
   const std::string stored =
-      createStoredEthernetAddress(texts.at(0), texts.at(1), texts.at(2), unused);
+      formatEthernetAddress(texts.at(0), texts.at(1), texts.at(2), unused);
   saveEthernet(ETHERNET_STATIC_MODE, stored, std::string(trim(texts.at(3))));
 }
 
 void saveAccessPoint(const Texts& texts) {
   WifiSettings settings{"wlan0", texts.at(0), texts.at(1), texts.at(2), ""};
-  settings.storedAddress = createStoredApAddress(texts.at(3), texts.at(4));
+  settings.storedAddress = formatApAddress(texts.at(3), texts.at(4));
   saveWifi(WIFI_AP_MODE, settings);
 }
 

@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "settings/keyfile.h"
+
+/** Keyfile values as lines, to be compared with a table. */
+inline std::vector<std::string> describe(const std::vector<KeyfileEntry>& entries) {
+  std::vector<std::string> lines;
+  for (const auto& [section, key, value] : entries)
+    lines.push_back(std::string(section) + " | " + std::string(key) + " | " + value);
+  return lines;
+}

@@ -1,0 +1,131 @@
+// SPDX-License-Identifier: MIT
+#include "settings/file.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <string>
+
+#include "support/child.h"
+#include "support/files.h"
+
+using namespace std::string_literals;
+
+namespace {
+
+class Files : public testing::Test {
+ protected:
+  TemporaryDirectory directory;
+  std::string file = directory.file("file");
+};
+
+TEST_F(Files, KeepEveryByte) {
+  const std::string bytes = "a\0\r\n\xFF"s + std::string(10000, 'x');
+  for (const Access access : {Access::PRIVATE, Access::SHARED}) {
+    EXPECT_TRUE(writeFile(file, bytes, access));
+    EXPECT_BYTES_EQ(bytes, readBytes(file));
+    EXPECT_BYTES_EQ(bytes, readFile(file));
+    EXPECT_TRUE(writeFile(file, "short", access));
+    EXPECT_BYTES_EQ("short", readFile(file));
+  }
+}
+
+TEST_F(Files, PrivateOnesAreForTheOwnerWhateverTheUmask) {
+  for (const mode_t mask : {0000, 0022, 0777}) {
+    EXPECT_EQ(0, inChild([&] {
+                umask(mask);
+                EXPECT_TRUE(writeFile(file, "psk", Access::PRIVATE));
+                EXPECT_EQ(0600U, modeOf(file));
+                chmod(file.c_str(), 0644);
+                EXPECT_TRUE(writeFile(file, "psk", Access::PRIVATE));
+                EXPECT_EQ(0600U, modeOf(file));
+                unlink(file.c_str());
+              }));
+  }
+}
+
+TEST_F(Files, SharedOnesAreAsTheUmaskSaysAndKeepTheirMode) {
+  EXPECT_EQ(0, inChild([&] {
+              umask(0027);
+              EXPECT_TRUE(writeFile(file, "record", Access::SHARED));
+              EXPECT_EQ(0640U, modeOf(file));
+              chmod(file.c_str(), 0604);
+              EXPECT_TRUE(writeFile(file, "record", Access::SHARED));
+              EXPECT_EQ(0604U, modeOf(file));
+            }));
+}
+
+TEST_F(Files, UnreadableOnesAreEmpty) {
+  EXPECT_EQ("", readFile(file));
+  EXPECT_EQ("", readFile(directory.path));
+  EXPECT_EQ("", readFile(""));
+}
+
+TEST_F(Files, UnwritableOnesAreReported) {
+  for (const Access access : {Access::PRIVATE, Access::SHARED}) {
+    EXPECT_FALSE(writeFile(directory.path, "x", access));
+    EXPECT_FALSE(writeFile(directory.file("missing/file"), "x", access));
+    EXPECT_FALSE(writeFile("", "x", access));
+  }
+}
+
+TEST_F(Files, FifosAreNotWaitedFor) {
+  ASSERT_EQ(0, mkfifo(file.c_str(), 0600));
+  EXPECT_EQ(0, inChild([&] {
+              EXPECT_EQ("", readFile(file));
+              EXPECT_FALSE(writeFile(file, "x", Access::PRIVATE));
+              EXPECT_FALSE(writeFile(file, "x", Access::SHARED));
+            }));
+}
+
+TEST_F(Files, OnlyRegularOnesGetAnotherMode) {
+  ASSERT_EQ(0, mkfifo(file.c_str(), 0600));
+  ASSERT_EQ(0, chmod(file.c_str(), 0644));
+  const int reader = open(file.c_str(), O_RDONLY | O_NONBLOCK);
+  EXPECT_TRUE(writeFile(file, "x", Access::PRIVATE));
+  EXPECT_EQ(0644U, modeOf(file));
+  close(reader);
+}
+
+TEST_F(Files, FullDiskIsReported) {
+  for (const Access access : {Access::PRIVATE, Access::SHARED}) {
+    EXPECT_EQ(0, inChild([&] {
+                std::signal(SIGXFSZ, SIG_IGN);
+                rlimit limit{};
+                getrlimit(RLIMIT_FSIZE, &limit);
+                const rlimit small{10, limit.rlim_max};
+                setrlimit(RLIMIT_FSIZE, &small);
+                const bool few = writeFile(file, "12345", access);
+                const bool some = writeFile(file, "123456789012", access);
+                const bool many = writeFile(file, std::string(100000, 'x'), access);
+                setrlimit(RLIMIT_FSIZE, &limit);
+                EXPECT_TRUE(few);
+                EXPECT_FALSE(some);
+                EXPECT_FALSE(many);
+              }));
+  }
+}
+
+TEST_F(Files, DescriptorsAreClosedAgain) {
+  const auto nextDescriptor = [] {
+    const int descriptor = dup(0);
+    close(descriptor);
+    return descriptor;
+  };
+  ASSERT_EQ(0, mkfifo(directory.file("fifo").c_str(), 0600));
+  EXPECT_EQ(0, inChild([&] {
+              const int before = nextDescriptor();
+              for (const std::string& path : {file, directory.path, directory.file("fifo")}) {
+                (void)writeFile(path, "x", Access::PRIVATE);
+                (void)writeFile(path, "x", Access::SHARED);
+                (void)readFile(path);
+              }
+              EXPECT_EQ(before, nextDescriptor());
+            }));
+}
+
+}  // namespace

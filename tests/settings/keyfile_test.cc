@@ -1,0 +1,118 @@
+// SPDX-License-Identifier: MIT
+#include "settings/keyfile.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/time.h>
+
+#include <chrono>
+#include <csignal>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "support/capture.h"
+#include "support/child.h"
+#include "support/files.h"
+
+using namespace std::string_literals;
+
+namespace {
+
+class KeyfileQuotes : public testing::Test {
+ protected:
+  TemporaryDirectory directory;
+  std::string file = directory.file("wlan0.nmconnection");
+
+  void removeQuotes() {
+    EXPECT_EQ(Output{}, capture([&] { removeKeyfileValueQuotes(file); }));
+  }
+
+  std::string cleaned(const std::string& bytes) {
+    writeBytes(file, bytes);
+    removeQuotes();
+    return readBytes(file);
+  }
+};
+
+TEST_F(KeyfileQuotes, AreRemovedFromTheFourKeys) {
+  EXPECT_BYTES_EQ("group=ccmp;\npairwise=ccmp;\nproto=rsn;\npermissions=user:zor:;\n",
+                  cleaned("group=\"ccmp;\"\npairwise=\"ccmp;\"\nproto=\"rsn;\"\n"
+                          "permissions=\"user:zor:;\"\n"));
+}
+
+TEST_F(KeyfileQuotes, StayInOtherLines) {
+  const std::string bytes =
+      "[s]\n\npsk=\"a;b\"\nssid=\"\"\ngroup =\"x\"\nGROUP=\"x\"\nprot=\"x\"\n\xFF\"\0\"\r\n"s;
+  EXPECT_BYTES_EQ(bytes, cleaned(bytes));
+}
+
+TEST_F(KeyfileQuotes, AreRemovedWhereverALineHoldsOneOfTheKeys) {
+  EXPECT_BYTES_EQ("psk=a;group=\\b\nssid=xproto=\n; permissions=\nmypairwise=x\n",
+                  cleaned("psk=\"a;group=\\\"b\"\nssid=\"x\"proto=\n; \"permissions=\n"
+                          "mypairwise=\"x\"\n"));
+}
+
+TEST_F(KeyfileQuotes, EveryLineEndsInLineFeedAfterwards) {
+  EXPECT_BYTES_EQ("a\n\nb\n", cleaned("a\n\nb"));
+  EXPECT_BYTES_EQ("group=x\n", cleaned("group=\"x\""));
+  EXPECT_BYTES_EQ("a\n\n", cleaned("a\n\n"));
+  EXPECT_BYTES_EQ("\n", cleaned("\n"));
+  EXPECT_BYTES_EQ("", cleaned(""));
+}
+
+TEST_F(KeyfileQuotes, LinesMayBeLong) {
+  const std::string longText(100000, 'x');
+  EXPECT_BYTES_EQ("group=" + longText + "\npsk=\"" + longText + "\"\n",
+                  cleaned("group=\"" + longText + "\"\npsk=\"" + longText + "\"\n"));
+}
+
+TEST_F(KeyfileQuotes, MissingFileIsCreatedEmpty) {
+  removeQuotes();
+  EXPECT_BYTES_EQ("", readBytes(file));
+  EXPECT_EQ(0600U, modeOf(file));
+}
+
+TEST_F(KeyfileQuotes, WrittenFileIsPrivate) {
+  cleaned("psk=secret\n");
+  EXPECT_EQ(0600U, modeOf(file));
+}
+
+TEST_F(KeyfileQuotes, UnwritableFileStaysAndUnreadableOneIsEmptied) {
+  for (const auto& [mode, expected] :
+       std::vector<std::pair<mode_t, std::string>>{{0400, "proto=\"rsn;\"\n"}, {0200, ""}}) {
+    writeBytes(file, "proto=\"rsn;\"\n");
+    directory.giveToOrdinaryUser();
+    chmod(file.c_str(), mode);
+    EXPECT_EQ(0, asOrdinaryUser([&] { removeQuotes(); }));
+    chmod(file.c_str(), 0600);
+    EXPECT_BYTES_EQ(expected, readBytes(file));
+  }
+}
+
+TEST_F(KeyfileQuotes, DirectoriesAndFifosAreLeftAlone) {
+  std::filesystem::create_directory(file);
+  removeQuotes();
+  EXPECT_TRUE(std::filesystem::is_directory(file));
+  file = directory.file("fifo");
+  ASSERT_EQ(0, mkfifo(file.c_str(), 0600));
+  EXPECT_EQ(0, inChild([&] { removeQuotes(); }));
+  EXPECT_TRUE(std::filesystem::is_fifo(file));
+}
+
+TEST_F(KeyfileQuotes, PauseLasts50MillisecondsWhateverSignalsArrive) {
+  using std::chrono::steady_clock;
+  EXPECT_EQ(0, inChild([&] {
+              // A signal every 5 ms, delivered to a handler, interrupts any sleep.
+              struct sigaction action {};
+              action.sa_handler = [](int) {};
+              sigaction(SIGALRM, &action, nullptr);
+              const itimerval often{{0, 5000}, {0, 5000}};
+              setitimer(ITIMER_REAL, &often, nullptr);
+              const auto start = steady_clock::now();
+              removeKeyfileValueQuotes(file);
+              EXPECT_LE(std::chrono::milliseconds(50), steady_clock::now() - start);
+            }));
+}
+
+}  // namespace
