@@ -253,8 +253,7 @@ bool find_section(line_reader& line, int idx) {
   return false;
 }
 
-/** Reads on to the next key line of the section; NULL at its end. Returns where the separator is.
- */
+/** Reads on to the next key line of the section. Returns its separator, or NULL at the end. */
 char* next_key(line_reader& line) {
   while (line.next() && !is_header(line.text)) {
     char* ep = find_separator(line.text);

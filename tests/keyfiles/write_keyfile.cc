@@ -52,8 +52,7 @@ void saveWifi(std::string_view mode, const WifiSettings& settings) {
 
 void saveStatic(const Texts& texts) {
   EthernetUpdateRecord unused;
-  const std::string stored =
-      formatEthernetAddress(texts.at(0), texts.at(1), texts.at(2), unused);
+  const std::string stored = formatEthernetAddress(texts.at(0), texts.at(1), texts.at(2), unused);
   saveEthernet(ETHERNET_STATIC_MODE, stored, std::string(trim(texts.at(3))));
 }
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "settings/log.h"
 #include "settings/text.h"
+#include "settings/log.h"
 
 #include <gtest/gtest.h>
 

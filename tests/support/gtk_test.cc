@@ -13,7 +13,6 @@
 #include <gtkmm/notebook.h>
 #include <gtkmm/stringlist.h>
 #include <sys/file.h>
-#include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -54,33 +53,37 @@ class Toolkit : public testing::Environment {
 [[maybe_unused]] const testing::Environment* const TOOLKIT =
     testing::AddGlobalTestEnvironment(new Toolkit);
 
-/** Sends a descriptor into memory while it lives. */
+/** A new name in the folder for temporary files, for mkstemp() and mkdtemp(). */
+std::string temporaryName(const std::string& name) {
+  return std::filesystem::temp_directory_path() / (name + "-XXXXXX");
+}
+
+/** Sends a descriptor into a file while it lives. A program that dies leaves the file behind. */
 class Redirection {
  public:
   explicit Redirection(int redirected)
       : number(redirected),
         saved(fcntl(number, F_DUPFD_CLOEXEC, 0)),
-        memory(memfd_create("captured", MFD_CLOEXEC)) {
-    dup2(memory, number);
+        name(temporaryName("captured")),
+        file(mkostemp(name.data(), O_CLOEXEC)) {
+    if (dup2(file, number) < 0) throw std::runtime_error("cannot capture what is printed");
   }
   ~Redirection() {
     dup2(saved, number);
     close(saved);
-    close(memory);
+    close(file);
+    unlink(name.c_str());
   }
   Redirection(const Redirection&) = delete;
   Redirection& operator=(const Redirection&) = delete;
 
-  std::string text() const {
-    std::string bytes(static_cast<std::size_t>(lseek(memory, 0, SEEK_END)), '\0');
-    bytes.resize(static_cast<std::size_t>(pread(memory, bytes.data(), bytes.size(), 0)));
-    return bytes;
-  }
+  std::string text() const { return readBytes(name); }
 
  private:
   int number;
   int saved;
-  int memory;
+  std::string name;
+  int file;
 };
 
 std::string quoted(const Glib::ustring& text) { return "\"" + text.raw() + "\""; }
@@ -285,9 +288,8 @@ std::string describe(Gtk::Widget& widget, int levels) {
 void click(Gtk::Widget& button) { g_signal_emit_by_name(button.gobj(), "clicked"); }
 
 KeyfileTest::KeyfileTest() {
-  std::string pattern = std::filesystem::temp_directory_path() / "zor-gtk-test-XXXXXX";
-  if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no temporary folder");
-  folder = pattern;
+  folder = temporaryName("gtk-test");
+  if (mkdtemp(folder.data()) == nullptr) throw std::runtime_error("no temporary folder");
   std::filesystem::permissions(folder, std::filesystem::perms(0755));
   keyfileFolder = folder + "/keyfiles";
   binFolder = folder + "/bin";
