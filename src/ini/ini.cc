@@ -315,9 +315,7 @@ struct copier {
   bool failed = false;  // whether the source did not give a block a second time
 
   void keep_line() {
-    if (pending + line.length > INI_BUFFERSIZE - 1) {
-      cache_flush(&pending);
-    }
+    if (pending + line.length > INI_BUFFERSIZE - 1) cache_flush(&pending);
     pending += line.length;
   }
 
@@ -415,8 +413,7 @@ bool name_temporary(char (&temporary)[PATH_MAX], const char* Filename) {
   return true;
 }
 
-/** Rewrites the file through a temporary one; a failure leaves the file alone and nothing behind.
- */
+/** Rewrites the file through a temporary one. A failure leaves everything as it was. */
 bool rewrite(const char* Section, const char* Key, const char* Value, const char* Filename) {
   char temporary[PATH_MAX];
   if (!name_temporary(temporary, Filename)) return false;
