@@ -98,6 +98,18 @@ TEST_F(Settings, AddressIsWrittenAsItWasTyped) {
   EXPECT_EQ(readBytes(UpdateRecordLock::PATH), "00 0A 00 00 02 FF FF FE 00 0A 00 01 FF ");
 }
 
+TEST_F(Settings, DynamicAddressForgetsTheOctetsOfAStaticOne) {
+  const UpdateRecordLock lock;
+  open(STATIC_KEYFILE, "", ETHERNET);
+  fillEthernet("10.0.0.2", "255.0.0.0", "10.0.0.1", "");
+  printedBy([this] {
+    window->writeEthernetSettingsToFile("manual");
+    window->writeEthernetSettingsToFile("auto");
+    window->writeEthernetUpdateFile();
+  });
+  EXPECT_EQ(readBytes(UpdateRecordLock::PATH), "01 00 00 00 00 00 00 00 00 00 00 00 00 ");
+}
+
 TEST_F(Settings, UnknownModesWriteNothing) {
   open(STATIC_KEYFILE, AP_KEYFILE, ETHERNET);
   EXPECT_EQ(printedBy([this] { window->writeEthernetSettingsToFile("ap"); }), "");
