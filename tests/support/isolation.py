@@ -7,6 +7,7 @@ them what it likes: nothing on the machine changes, and tests run beside one ano
 import os
 import subprocess
 import sys
+import tempfile
 
 SYSTEM_CONNECTIONS = "/etc/NetworkManager/system-connections"
 _MARK = "ZOR_TEST_NAMESPACE"
@@ -44,6 +45,26 @@ def _cover_network_manager():
     os.mkdir(SYSTEM_CONNECTIONS, 0o700)
 
 
+def _unshare():
+    """The command that starts a program in a mount namespace. Raises OSError where there is none."""
+    command = ["unshare", "--mount"]
+    if os.geteuid() != 0:
+        command.append("--map-root-user")
+    # A root that is no mount of its own, as in a chroot, cannot be made private. Then the namespace
+    # will do as it is, provided that what is mounted in it does not show outside.
+    for propagation in "private", "unchanged":
+        command_here = [*command, "--propagation", propagation]
+        with tempfile.TemporaryDirectory() as folder:
+            probe = subprocess.run([*command_here, "mount", "-t", "tmpfs", "tmpfs", folder],
+                                   capture_output=True, text=True, check=False)
+            shows = os.path.ismount(folder)
+            if shows:
+                subprocess.run(["umount", folder], check=True)
+        if probe.returncode == 0 and not shows:
+            return command_here
+    raise OSError(f"no mount namespace: {probe.stderr.strip() or 'mounts show outside'}")
+
+
 def enter(*kept):
     """Moves the program into its namespace by starting it again. Returns why it can not, if so."""
     if os.environ.get(_MARK) == "entered":
@@ -52,13 +73,10 @@ def enter(*kept):
         _cover_network_manager()
         os.environ["TMPDIR"] = "/tmp"
         return None
-    command = ["unshare", "--mount", "--propagation", "private"]
-    if os.geteuid() != 0:
-        command.append("--map-root-user")
-    probe = subprocess.run([*command, "mount", "-t", "tmpfs", "tmpfs", "/tmp"],
-                           capture_output=True, text=True, check=False)
-    if probe.returncode != 0:
-        return f"no mount namespace: {probe.stderr.strip()}"
+    try:
+        command = _unshare()
+    except OSError as error:
+        return str(error)
     os.environ[_MARK] = "entered"
     sys.stdout.flush()
     os.execvp(command[0], [*command, sys.executable, *sys.argv])
