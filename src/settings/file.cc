@@ -35,3 +35,12 @@ bool writeFile(const std::string& path, std::string_view content, Access access)
   const bool written = std::fwrite(content.data(), 1, content.size(), file) == content.size();
   return std::fclose(file) == 0 && written;
 }
+
+void flushToDisk(const std::string& path) {
+  for (const std::string& name : {path, path.substr(0, path.rfind('/') + 1)}) {
+    const int descriptor = open_private(name.c_str(), O_RDONLY);
+    if (descriptor < 0) continue;
+    fsync(descriptor);
+    close(descriptor);
+  }
+}

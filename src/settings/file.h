@@ -18,3 +18,9 @@ std::string readFile(const std::string& path);
  * Returns false when it could not be opened or not be written to the end.
  */
 bool writeFile(const std::string& path, std::string_view content, Access access);
+
+/**
+ * Has a file and its folder's list of names written to the disk, so that what was done to them
+ * outlives a power cut. A file that is gone counts as done; a failure changes nothing.
+ */
+void flushToDisk(const std::string& path);

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "settings/file.h"
 #include "settings/keyfile.h"
 #include "settings/log.h"
 #include "settings/wifi.h"
@@ -32,6 +33,7 @@ bool NetworkManagerWindow::saveEthernet() {
   writeEthernetSettingsToFile(selectedEthernetMode);
   writeEthernetUpdateFile();
   removeKeyfileValueQuotes(ethernetPath);
+  flushToDisk(ethernetPath);
   return true;
 }
 
@@ -52,6 +54,7 @@ bool NetworkManagerWindow::saveWifi() {
   }
   writeWifiSettingsToFile(selectedWifiMode);
   removeKeyfileValueQuotes(wifiPath);
+  flushToDisk(wifiPath);
   return true;
 }
 

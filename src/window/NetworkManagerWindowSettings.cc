@@ -185,5 +185,6 @@ void NetworkManagerWindow::removeWifiSettingsFile() {
   logLine("Removing existing Wi-Fi settings file at ", wifiPath);
   resetWifiCredentials();
   unlink(wifiPath.c_str());
+  flushToDisk(wifiPath);
   wifiPath.clear();
 }

@@ -17,6 +17,13 @@ NOT_FOUND = f"Failed to execute {NAME}: No such file or directory\n"
 CALLING = "Calling permissions handler action: "
 
 
+def disable_wifi(program):
+    """Saves "Disabled"."""
+    program.show_page("Wifi")
+    program.pick("Disabled")
+    program.button("Save And Exit")
+
+
 class PermissionsHandler(program_case.ProgramCase):
 
     def setUp(self):
@@ -28,16 +35,51 @@ class PermissionsHandler(program_case.ProgramCase):
         with open(self.recorder.path, "w", encoding="utf-8") as file:
             file.write("#!/bin/sh\n" + script)
 
-    def vectors(self, act, *arguments):
-        """All its argument vectors of a run, with the name that it is given."""
+    def trace(self, calls, act, *arguments):
+        """The trace of a run's system calls, with the paths of descriptors."""
         log = os.path.join(self.folder, "trace")
         program = self.run_program(*arguments, wrapper=[
-            "strace", "-f", "-s", "200", "-o", log, "-e", "trace=execve", "-e", "signal=none"])
+            "strace", "-f", "-y", "-s", "200", "-o", log,
+            "-e", f"trace={calls}", "-e", "signal=none"])
         act(program)
         self.assertEqual(program.finish(), 0)
-        trace = program_case.read(log).decode()
-        found = re.findall(rf'execve\("{re.escape(self.recorder.path)}", (\[.*?\]),', trace)
-        return sorted(found)
+        return program_case.read(log).decode()
+
+    def vectors(self, act, *arguments):
+        """All its argument vectors of a run, with the name that it is given."""
+        trace = self.trace("execve", act, *arguments)
+        return sorted(re.findall(rf'execve\("{re.escape(self.recorder.path)}", (\[.*?\]),', trace))
+
+    def steps_of_save(self, name, act):
+        """What a save does to a keyfile from its last write on, and the request, in this order."""
+        trace = self.trace("write,?unlink,unlinkat,fsync,execve", act, "1")
+        path, folder = re.escape(self.path(name)), re.escape(self.connections)
+        kinds = {
+            "write": rf"write\(\d+<{path}>",
+            "unlink": rf'unlink(at)?\(.*"{path}"',
+            "flush file": rf"fsync\(\d+<{path}>",
+            "flush folder": rf"fsync\(\d+<{folder}>",
+            "request": rf'execve\("{re.escape(self.recorder.path)}"'}
+        steps = [kind for line in trace.splitlines()
+                 for kind, pattern in kinds.items() if re.search(pattern, line)]
+        return steps[max(steps.index("request") - 3, 0):]
+
+    def test_wired_save_is_on_the_disk_before_the_request(self):
+        steps = self.steps_of_save("ethernet.nmconnection",
+                                   lambda program: program.button("Save And Exit"))
+        self.assertEqual(steps, ["write", "flush file", "flush folder", "request"])
+
+    def test_wireless_save_is_on_the_disk_before_the_request(self):
+        def save(program):
+            program.show_page("Wifi")
+            program.button("Save And Exit")
+
+        steps = self.steps_of_save("wlan0.nmconnection", save)
+        self.assertEqual(steps, ["write", "flush file", "flush folder", "request"])
+
+    def test_removal_is_on_the_disk_before_the_request(self):
+        steps = self.steps_of_save("wlan0.nmconnection", disable_wifi)
+        self.assertEqual(steps, ["unlink", "flush folder", "request"])
 
     def test_vectors_of_a_production_run(self):
         self.assertEqual(self.vectors(lambda program: program.button("Exit Without Saving")),
@@ -49,12 +91,7 @@ class PermissionsHandler(program_case.ProgramCase):
                          [f'["{NAME}", "finalize_ethernet", "ethernet"]'])
 
     def test_vector_without_an_id(self):
-        def disable(program):
-            program.show_page("Wifi")
-            program.pick("Disabled")
-            program.button("Save And Exit")
-
-        self.assertEqual(self.vectors(disable, "1"), [f'["{NAME}", "finalize_wifi"]'])
+        self.assertEqual(self.vectors(disable_wifi, "1"), [f'["{NAME}", "finalize_wifi"]'])
 
     def test_found_in_a_later_folder_of_the_path(self):
         empty = os.path.join(self.folder, "empty")
