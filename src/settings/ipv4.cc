@@ -77,16 +77,20 @@ std::string cidrPrefixToSubnetMask(std::uint32_t prefix) {
   return text;
 }
 
+int maskToCidrPrefix(std::uint32_t mask) {
+  // Negation flips the bits above the lowest one-bit: what it shares with the inverse is a gap.
+  if (((~mask + 1) & ~mask) != 0) return -1;
+  int prefix = 0;
+  for (; mask != 0; mask <<= 1) ++prefix;
+  return prefix;
+}
+
 int subnetMaskToCidrPrefix(std::string_view mask) {
   Ipv4Octets octets{};
   if (!parseIpv4Octets(mask, octets)) return -1;
   std::uint32_t bits = 0;
   for (const std::uint8_t octet : octets) bits = bits << OCTET_BITS | octet;
-  // Negation keeps the lowest one-bit and what is below it: a zero-bit above that is a gap.
-  if (((~bits + 1) & ~bits) != 0) return -1;
-  int prefix = 0;
-  for (; bits != 0; bits <<= 1) ++prefix;
-  return prefix;
+  return maskToCidrPrefix(bits);
 }
 
 bool isValidSubnetMask(std::string_view mask) { return subnetMaskToCidrPrefix(mask) >= 0; }

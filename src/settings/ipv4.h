@@ -25,6 +25,9 @@ bool parseCidrPrefix(std::string_view text, std::uint32_t& prefix);
 /** The dotted mask of a prefix length; empty, with a line on standard error, for one above 32. */
 std::string cidrPrefixToSubnetMask(std::uint32_t prefix);
 
+/** The prefix length, 0 to 32, of a mask, first octet on top; -1 for one with gaps. */
+int maskToCidrPrefix(std::uint32_t mask);
+
 /** The prefix length, 0 to 32, of a dotted mask; -1 for text that is none or has gaps. */
 int subnetMaskToCidrPrefix(std::string_view mask);
 
