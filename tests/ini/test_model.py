@@ -12,6 +12,7 @@ import itertools
 import os
 import pathlib
 import random
+import re
 import subprocess
 import sys
 import tempfile
@@ -178,13 +179,25 @@ def reduced(case, limit=2000):
             return case
 
 
+def shown(argument):
+    """An argument as text, with long repetitions counted."""
+    if not isinstance(argument, bytes):
+        return repr(argument)
+    parts = []
+    for other, _, run, unit in re.findall(rb"((?:(?!(.{1,2}?)\2{19}).)+)|((.{1,2}?)\4{19,})", argument,
+                                       re.DOTALL):
+        parts.append(repr(other) if other else f"{unit!r} * {len(run) // len(unit)}")
+    return " + ".join(parts) or repr(b"")
+
+
 def report(case):
     """A reduced case as text."""
     case = reduced(case)
     found = difference(case)
-    lines = [f"file: {case.data!r}"]
-    lines += [f"operation: {operation}" for operation in case.operations]
-    return "\n".join([*lines, f"differs in: {found.operation}", f"  expected: {found.expected}",
+    lines = ["file: " + shown(case.data)]
+    lines += [f"operation: {name} " + ", ".join(map(shown, arguments))
+              for name, *arguments in case.operations]
+    return "\n".join([*lines, f"differs in: {found.operation[0]}", f"  expected: {found.expected}",
                       f"  actual:   {found.actual}"])
 
 
@@ -398,6 +411,22 @@ class ModelTest(unittest.TestCase):
                         ("gets", b"s", b"a", b"!", 600), ("browse", 100), ("getsection", 1, 600),
                         ("puts", b"s", b"b", b"new"), ("puts", b"s", b"a", b"new"),
                         ("puts", b"s", b"a", None), ("puts", b"s", None, None)]))
+        self.compare(cases)
+
+    def test_every_length_of_a_key_around_the_buffer(self):
+        """What room a long key leaves for a value, with quotes and without."""
+        cases = [Case(b"", [("puts", None, b"k" * length, value)])
+                 for length in range(495, 520)
+                 for value in (b"", b"v", b"value", b"v;", b";" * 20, b'"' * 20, b"v ")]
+        self.compare(cases)
+
+    def test_every_length_of_a_number_around_the_buffer(self):
+        """Numbers are read from the first 63 bytes of a value."""
+        cases = []
+        for length in range(55, 70):
+            for start in (b"", b"-", b"0x", b"."):
+                data = b"k=" + start + (b"0" * 50 + b"123456789" * 3)[:length - len(start)]
+                cases.append(Case(data, [("getl", None, b"k", 0), ("getf", None, b"k", 0.0)]))
         self.compare(cases)
 
 
