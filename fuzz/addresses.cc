@@ -1,12 +1,16 @@
 // SPDX-License-Identifier: MIT
 // The arithmetic of addresses against its definitions. The input is the text of an address, a mask,
-// a prefix or a stored address; its first four bytes are a mask too.
+// a prefix or a stored address, or of a whole form: address, mask and gateway with "|" between
+// them; its first four bytes are a mask too.
 #include <iostream>
+#include <numeric>
 #include <sstream>
 
 #include "fuzz/support.h"
+#include "settings/ethernet.h"
 #include "settings/ipv4.h"
 #include "settings/ipv4_definitions.h"
+#include "settings/wifi.h"
 
 namespace {
 
@@ -71,12 +75,53 @@ void checkNumber(std::uint32_t number) {
   }
 }
 
+std::int64_t sumOf(const EthernetUpdateRecord::Octets& octets) {
+  return std::accumulate(octets.begin(), octets.end(), std::int64_t{0});
+}
+
+/** A form becomes a stored address that splits into the same form again, or none. */
+void checkForm(const std::string& address, const std::string& mask, const std::string& gateway) {
+  definitions::Octets octets{};
+  const bool hasAddress = definitions::parseOctets(address, octets);
+  const bool hasGateway = definitions::parseOctets(gateway, octets);
+  const int prefix = definitions::prefixOfMaskText(mask);
+
+  EthernetUpdateRecord record;
+  std::string stored;
+  const std::string lines =
+      printed([&] { stored = formatEthernetAddress(address, mask, gateway, record); });
+  if (hasAddress && hasGateway && prefix >= 0) {
+    REQUIRE(lines.empty());
+    REQUIRE(stored == address + "/" + std::to_string(prefix) + "," + gateway);
+    const definitions::Split split = definitions::split(stored, "", "");
+    REQUIRE(split.address == definitions::trimmed(address));
+    REQUIRE(split.gateway == definitions::trimmed(gateway));
+    REQUIRE(split.mask ==
+            definitions::dotted(definitions::maskNumber(static_cast<unsigned>(prefix))));
+  } else {
+    REQUIRE(stored.empty() && !lines.empty());
+    REQUIRE(sumOf(record.address) + sumOf(record.subnetMask) + sumOf(record.gateway) == 0);
+  }
+  REQUIRE(record.toText().size() == 39);
+
+  printed([&] { stored = formatApAddress(address, mask); });
+  REQUIRE(stored.empty() != (hasAddress && prefix >= 0));
+  if (stored.empty()) return;
+  const definitions::Split split = definitions::split(stored, "", "");
+  REQUIRE(split.address == definitions::trimmed(address));
+  REQUIRE(split.gateway.substr(split.gateway.rfind('.')) == ".1");
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string text = textOf(data, size);
   checkPieces(text);
   checkSplits(text);
+  std::istringstream form(text);
+  std::array<std::string, 3> fields;
+  for (std::string& field : fields) std::getline(form, field, '|');
+  checkForm(fields[0], fields[1], fields[2]);
   std::uint32_t number = 0;
   for (std::size_t at = 0; at < 4 && at < size; ++at) number = number << 8 | data[at];
   checkNumber(number);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Finding the keyfiles, reading all that the pages show, and removing the quotes. The input is the
-// keyfiles of a folder, with "@@" and an LF between them.
+// Finding the keyfiles, reading all that the pages show, saving it and removing the quotes. The
+// input is the keyfiles of a folder, with "@@" and an LF between them.
+#include <algorithm>
 #include <ctime>
 #include <iostream>
 #include <set>
@@ -12,6 +13,7 @@
 #include "settings/ethernet.h"
 #include "settings/ipv4.h"
 #include "settings/keyfile.h"
+#include "settings/wifi.h"
 
 /** No pause between reading and writing: it would allow no more than twenty inputs a second. */
 extern "C" int nanosleep(const timespec* /*pause*/, timespec* /*rest*/) { return 0; }
@@ -19,6 +21,8 @@ extern "C" int nanosleep(const timespec* /*pause*/, timespec* /*rest*/) { return
 namespace {
 
 constexpr std::size_t VALUE_MAX = 99;
+
+bool isBlank(char c) { return c >= 1 && c <= ' '; }
 
 std::string readValue(const std::string& section, const std::string& key, const std::string& file) {
   const auto& config = NetworkManagerConfig::getInstance();
@@ -58,6 +62,28 @@ void readAll(const std::string& file) {
   std::string apMask;
   splitApAddress(stored, apAddress, apMask);
   REQUIRE(apAddress == address && apMask == mask);
+}
+
+/** Saves what was read, in one of the modes: all of them would take too long. */
+void save(const std::string& file, std::size_t mode) {
+  const auto& config = NetworkManagerConfig::getInstance();
+  const std::string stored = readValue("ipv4", "address1", file);
+  const std::string dns = readValue("ipv4", "dns", file);
+  const WifiSettings wifi = {
+      readValue("connection", "interface-name", file), readValue("wifi", "ssid", file),
+      readValue("wifi-security", "psk", file), readValue("wifi", "channel", file), stored};
+  const std::array entries = {ethernetKeyfileEntries(ETHERNET_STATIC_MODE, stored, dns),
+                              ethernetKeyfileEntries(ETHERNET_DYNAMIC_MODE, stored, dns),
+                              wifiKeyfileEntries(WIFI_AP_MODE, wifi),
+                              wifiKeyfileEntries(WIFI_CLIENT_MODE, wifi)};
+  for (const KeyfileEntry& entry : entries.at(mode % entries.size())) {
+    const std::string section(entry.section);
+    const std::string key(entry.key);
+    REQUIRE(config.writeIniString(section, key, entry.value, file) == 1);
+    // Blanks around a value are lost, unless it is quoted.
+    if (std::none_of(entry.value.begin(), entry.value.end(), isBlank))
+      REQUIRE(readValue(section, key, file) == entry.value);
+  }
 }
 
 /** What removing the quotes makes of a file, line by line. */
@@ -117,8 +143,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string& file = files[index];
     readAll(file);
     REQUIRE(isStillOld(file) && readBytes(file) == contents[index]);
+    if (index == 0) save(file, contents[index].size());
+    const std::string saved = readBytes(file);
     removeKeyfileValueQuotes(file);
-    REQUIRE(readBytes(file) == withoutQuotes(contents[index]));
+    REQUIRE(readBytes(file) == withoutQuotes(saved));
     REQUIRE((statusOf(file).st_mode & 0777) == 0600);
     REQUIRE(unlink(file.c_str()) == 0);
   }

@@ -184,8 +184,8 @@ def shown(argument):
     if not isinstance(argument, bytes):
         return repr(argument)
     parts = []
-    for other, _, run, unit in re.findall(rb"((?:(?!(.{1,2}?)\2{19}).)+)|((.{1,2}?)\4{19,})", argument,
-                                       re.DOTALL):
+    pattern = rb"((?:(?!(.{1,2}?)\2{19}).)+)|((.{1,2}?)\4{19,})"
+    for other, _, run, unit in re.findall(pattern, argument, re.DOTALL):
         parts.append(repr(other) if other else f"{unit!r} * {len(run) // len(unit)}")
     return " + ".join(parts) or repr(b"")
 
