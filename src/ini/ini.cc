@@ -188,6 +188,9 @@ std::size_t build_key_line(char* line, const char* Key, const char* Value) {
 
 // ---- Files ------------------------------------------------------------------------------------
 
+/** How often an operation is tried that fails, and not because there is no such file. */
+constexpr int TRIES = 2;
+
 /** A buffered file whose buffer is on the stack, like everything else here. */
 class stream {
  public:
@@ -207,13 +210,15 @@ class stream {
   stream& operator=(const stream&) = delete;
   ~stream() { close(); }
 
+  bool failed() const { return std::ferror(file) != 0; }
+
   /** Writes out what is buffered. Returns whether all went well since the file was opened. */
   bool close() {
     if (file == NULL) return false;
-    const bool failed = std::ferror(file) != 0;
+    const bool complete = !failed();
     const bool closed = std::fclose(file) == 0;
     file = NULL;
-    return closed && !failed;
+    return closed && complete;
   }
 
  private:
@@ -294,11 +299,21 @@ bool getkeystring(line_reader& line, const char* Section, const char* Key, int i
   return false;
 }
 
+bool is_missing(int error) { return error == ENOENT || error == ENOTDIR; }
+
 bool read_value(const char* Section, const char* Key, char* Buffer, int BufferSize,
                 const char* Filename) {
-  const input source(Filename);
-  line_reader line{source.file};
-  return source.file != NULL && getkeystring(line, Section, Key, -1, Buffer, BufferSize);
+  // To the caller a failure looks like a key that is not there, and what is shown instead may be
+  // saved: a failure that passes is not to be seen.
+  for (int tries = 0; tries < TRIES; ++tries) {
+    const input source(Filename);
+    if (source.file == NULL && is_missing(errno)) return false;
+    if (source.file == NULL) continue;
+    line_reader line{source.file};
+    if (getkeystring(line, Section, Key, -1, Buffer, BufferSize)) return true;
+    if (!source.failed()) return false;
+  }
+  return false;
 }
 
 // ---- Changes ----------------------------------------------------------------------------------
@@ -413,6 +428,24 @@ bool name_temporary(char (&temporary)[PATH_MAX], const char* Filename) {
   return true;
 }
 
+/**
+ * Gives the temporary file the name of the one that it takes the place of. Where it cannot be moved
+ * any more it is copied: the next value is written under both names again.
+ */
+void replace(const char* temporary, const char* Filename) {
+  (void)std::remove(Filename);
+  if (std::rename(temporary, Filename) == 0) return;
+  stream target(Filename, "wb", O_WRONLY | O_CREAT | O_EXCL);
+  bool dispensable = target.file == NULL && errno == EEXIST;  // the old file could not be removed
+  input source(temporary);
+  if (target.file != NULL && source.file != NULL) {
+    copier copy{{source.file}, target.file};
+    copy.copy_rest(0);
+    dispensable = source.close() && !copy.failed && target.close();
+  }
+  if (dispensable) (void)unlink(temporary);
+}
+
 /** Rewrites the file through a temporary one. A failure leaves everything as it was. */
 bool rewrite(const char* Section, const char* Key, const char* Value, const char* Filename) {
   char temporary[PATH_MAX];
@@ -433,9 +466,7 @@ bool rewrite(const char* Section, const char* Key, const char* Value, const char
     (void)unlink(temporary);
     return false;
   }
-  // Should one of these fail, the value is in one of the two files all the same.
-  (void)std::remove(Filename);
-  (void)std::rename(temporary, Filename);
+  replace(temporary, Filename);
   return true;
 }
 
@@ -467,6 +498,31 @@ bool patch(const char* Filename, long offset, const char* line, std::size_t leng
     if (pwrite(descriptor, old, length, offset) != size) errno = EIO;
   }
   return close(descriptor) == 0 && patched;
+}
+
+bool put(const char* Section, const char* Key, const char* Value, const char* Filename) {
+  input source(Filename);
+  if (source.file == NULL) {
+    // A file that is there, but cannot be read, must not be taken for a missing one.
+    if (!is_missing(errno)) return false;
+    return Key == NULL || Value == NULL || create(Section, Key, Value, Filename);
+  }
+
+  if (Key != NULL) {
+    char stored[INI_BUFFERSIZE];
+    line_reader line{source.file};
+    const bool found = getkeystring(line, Section, Key, -1, stored, sizeof stored);
+    if (!source.close()) return false;
+    if (Value == NULL && !found) return true;
+    if (Value != NULL && found) {
+      if (std::strcmp(stored, Value) == 0) return true;
+      char text[INI_BUFFERSIZE];
+      const std::size_t length = build_key_line(text, Key, Value);
+      if (length == static_cast<std::size_t>(line.length))
+        return patch(Filename, line.start, text, length);
+    }
+  }
+  return rewrite(Section, Key, Value, Filename);
 }
 
 }  // namespace
@@ -571,28 +627,9 @@ int ini_browse(ini_callback Callback, void* UserData, const char* Filename) {
 
 int ini_puts(const char* Section, const char* Key, const char* Value, const char* Filename) {
   assert(Filename != NULL);
-  input source(Filename);
-  if (source.file == NULL) {
-    // A file that is there, but cannot be read, must not be taken for a missing one.
-    if (errno != ENOENT && errno != ENOTDIR) return 0;
-    return Key == NULL || Value == NULL || create(Section, Key, Value, Filename);
-  }
-
-  if (Key != NULL) {
-    char stored[INI_BUFFERSIZE];
-    line_reader line{source.file};
-    const bool found = getkeystring(line, Section, Key, -1, stored, sizeof stored);
-    if (!source.close()) return 0;
-    if (Value == NULL && !found) return 1;
-    if (Value != NULL && found) {
-      if (std::strcmp(stored, Value) == 0) return 1;
-      char text[INI_BUFFERSIZE];
-      const std::size_t length = build_key_line(text, Key, Value);
-      if (length == static_cast<std::size_t>(line.length))
-        return patch(Filename, line.start, text, length);
-    }
-  }
-  return rewrite(Section, Key, Value, Filename);
+  for (int tries = 0; tries < TRIES; ++tries)
+    if (put(Section, Key, Value, Filename)) return 1;
+  return 0;
 }
 
 int ini_putl(const char* Section, const char* Key, long Value, const char* Filename) {

@@ -4,36 +4,83 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
-#include <cstdio>
+#include <cerrno>
 
 #include "ini/private_file.h"
 
-std::string readFile(const std::string& path) {
+namespace {
+
+/** Writes from the start of a file on, however many calls that takes. */
+bool writeAll(int descriptor, std::string_view content) {
+  while (!content.empty()) {
+    const ssize_t length = write(descriptor, content.data(), content.size());
+    if (length < 0 && errno == EINTR) continue;
+    if (length <= 0) return false;
+    content.remove_prefix(static_cast<std::size_t>(length));
+  }
+  return true;
+}
+
+/** Whether an operation succeeds, be it on a second try: some failures pass. */
+template <typename Operation>
+bool succeeds(Operation operation) {
+  return operation() || operation();
+}
+
+}  // namespace
+
+std::optional<std::string> readFile(const std::string& path) {
   std::string content;
-  const int descriptor = open_private(path.c_str(), O_RDONLY);
-  if (descriptor < 0) return content;
-  std::array<char, 4096> block{};
-  ssize_t length = 0;
-  while ((length = read(descriptor, block.data(), block.size())) > 0)
-    content.append(block.data(), static_cast<std::size_t>(length));
-  close(descriptor);
+  const bool complete = succeeds([&] {
+    content.clear();
+    const int descriptor = open_private(path.c_str(), O_RDONLY);
+    if (descriptor < 0) return false;
+    std::array<char, 4096> block{};
+    ssize_t length = 0;
+    while ((length = read(descriptor, block.data(), block.size())) > 0)
+      content.append(block.data(), static_cast<std::size_t>(length));
+    close(descriptor);
+    return length == 0;
+  });
+  if (!complete) return std::nullopt;
   return content;
 }
 
 bool writeFile(const std::string& path, std::string_view content, Access access) {
   constexpr int FLAGS = O_WRONLY | O_CREAT | O_TRUNC;
   constexpr mode_t READABLE = 0666;
-  const int descriptor = access == Access::PRIVATE
-                             ? open_private(path.c_str(), FLAGS)
-                             : open(path.c_str(), FLAGS | O_CLOEXEC | O_NONBLOCK, READABLE);
-  std::FILE* file = descriptor < 0 ? nullptr : fdopen(descriptor, "wb");
-  if (file == nullptr) {
-    if (descriptor >= 0) close(descriptor);
-    return false;
-  }
-  const bool written = std::fwrite(content.data(), 1, content.size(), file) == content.size();
-  return std::fclose(file) == 0 && written;
+  return succeeds([&] {
+    const int descriptor = access == Access::PRIVATE
+                               ? open_private(path.c_str(), FLAGS)
+                               : open(path.c_str(), FLAGS | O_CLOEXEC | O_NONBLOCK, READABLE);
+    if (descriptor < 0) return false;
+    const bool written = writeAll(descriptor, content);
+    return close(descriptor) == 0 && written;
+  });
+}
+
+bool overwriteFile(const std::string& path, std::string_view old, std::string content) {
+  const std::size_t length = content.size();
+  // Not truncated first: what is cut off afterwards is then nothing but empty lines.
+  content.resize(std::max(length, old.size()), '\n');
+  return succeeds([&] {
+    const int descriptor = open_private(path.c_str(), O_WRONLY | O_CREAT);
+    if (descriptor < 0) return false;
+    const bool written = writeAll(descriptor, content);
+    if (!written) {
+      (void)lseek(descriptor, 0, SEEK_SET);
+      (void)writeAll(descriptor, old);
+    }
+    const std::size_t kept = written ? length : old.size();
+    const bool cut = ftruncate(descriptor, static_cast<off_t>(kept)) == 0;
+    return close(descriptor) == 0 && written && cut;
+  });
+}
+
+bool removeFile(const std::string& path) {
+  return succeeds([&] { return unlink(path.c_str()) == 0 || errno == ENOENT; });
 }
 
 void flushToDisk(const std::string& path) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -10,14 +11,29 @@ enum class Access {
   SHARED,   // as the umask says; the mode of a file that is there stays
 };
 
-/** The bytes of a file, up to where it can be read at once: a FIFO is not waited for. */
-std::string readFile(const std::string& path);
+// What fails is tried once more before it counts as failed.
+
+/**
+ * The bytes of a file, up to where it can be read at once: a FIFO is not waited for. Nothing when
+ * it cannot be opened or not be read to the end.
+ */
+std::optional<std::string> readFile(const std::string& path);
 
 /**
  * Writes a whole file, creating or truncating it. Never waits, not even for the reader of a FIFO.
- * Returns false when it could not be opened or not be written to the end.
+ * Returns false when it cannot be opened or not be written to the end.
  */
 bool writeFile(const std::string& path, std::string_view content, Access access);
+
+/**
+ * Writes new bytes over the old ones of a private file, creating it where it is missing. A full
+ * disk or a kill leaves the old bytes or the new ones, these perhaps with empty lines behind them.
+ * Returns whether the new ones are there.
+ */
+bool overwriteFile(const std::string& path, std::string_view old, std::string content);
+
+/** Removes a file. Returns false when it is still there. */
+bool removeFile(const std::string& path);
 
 /**
  * Has a file and its folder's list of names written to the disk, so that what was done to them

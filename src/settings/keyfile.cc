@@ -39,7 +39,7 @@ std::string withoutQuotes(std::string_view content) {
 }  // namespace
 
 void removeKeyfileValueQuotes(const std::string& path) {
-  const std::string content = withoutQuotes(readFile(path));
+  const std::string content = readFile(path).value_or("");
   std::this_thread::sleep_for(std::chrono::milliseconds(50));
-  writeFile(path, content, Access::PRIVATE);
+  overwriteFile(path, content, withoutQuotes(content));
 }

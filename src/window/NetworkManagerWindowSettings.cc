@@ -1,6 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include <unistd.h>
-
 #include <stdexcept>
 
 #include "settings/file.h"
@@ -161,7 +159,7 @@ void NetworkManagerWindow::resetWifiFileOnModeChange() {
   const std::string stored = config->readIniString("wifi", "mode", "", wifiPath);
   logLine("existing wifi mode: ", stored, " selected mode: ", selectedWifiMode);
   if (stored == selectedWifiMode) return;
-  unlink(wifiPath.c_str());
+  removeFile(wifiPath);
   config->createDefaultWifiFile();
   wifiPath = config->getWifiConnectionPath();
 }
@@ -170,7 +168,7 @@ void NetworkManagerWindow::resetEthernetFileOnModeChange() {
   const std::string stored = config->readIniString("ipv4", "method", "", ethernetPath);
   logLine("existing ethernet mode: ", stored, " selected mode: ", selectedEthernetMode);
   if (stored == selectedEthernetMode) return;
-  unlink(ethernetPath.c_str());
+  removeFile(ethernetPath);
   config->createDefaultEthernetFile();
   ethernetPath = config->getEthernetConnectionPath();
 }
@@ -184,7 +182,7 @@ void NetworkManagerWindow::resetWifiCredentials() {
 void NetworkManagerWindow::removeWifiSettingsFile() {
   logLine("Removing existing Wi-Fi settings file at ", wifiPath);
   resetWifiCredentials();
-  unlink(wifiPath.c_str());
+  removeFile(wifiPath);
   flushToDisk(wifiPath);
   wifiPath.clear();
 }

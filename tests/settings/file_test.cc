@@ -28,9 +28,9 @@ TEST_F(Files, KeepEveryByte) {
   for (const Access access : {Access::PRIVATE, Access::SHARED}) {
     EXPECT_TRUE(writeFile(file, bytes, access));
     EXPECT_BYTES_EQ(bytes, readBytes(file));
-    EXPECT_BYTES_EQ(bytes, readFile(file));
+    EXPECT_BYTES_EQ(bytes, readFile(file).value());
     EXPECT_TRUE(writeFile(file, "short", access));
-    EXPECT_BYTES_EQ("short", readFile(file));
+    EXPECT_BYTES_EQ("short", readFile(file).value());
   }
 }
 
@@ -59,10 +59,10 @@ TEST_F(Files, SharedOnesAreAsTheUmaskSaysAndKeepTheirMode) {
             }));
 }
 
-TEST_F(Files, UnreadableOnesAreEmpty) {
-  EXPECT_EQ("", readFile(file));
-  EXPECT_EQ("", readFile(directory.path));
-  EXPECT_EQ("", readFile(""));
+TEST_F(Files, UnreadableOnesAreReported) {
+  EXPECT_EQ(std::nullopt, readFile(file));
+  EXPECT_EQ(std::nullopt, readFile(directory.path));
+  EXPECT_EQ(std::nullopt, readFile(""));
 }
 
 TEST_F(Files, UnwritableOnesAreReported) {
@@ -76,7 +76,7 @@ TEST_F(Files, UnwritableOnesAreReported) {
 TEST_F(Files, FifosAreNotWaitedFor) {
   ASSERT_EQ(0, mkfifo(file.c_str(), 0600));
   EXPECT_EQ(0, inChild([&] {
-              EXPECT_EQ("", readFile(file));
+              EXPECT_EQ(std::string(), readFile(file));
               EXPECT_FALSE(writeFile(file, "x", Access::PRIVATE));
               EXPECT_FALSE(writeFile(file, "x", Access::SHARED));
             }));
@@ -110,6 +110,32 @@ TEST_F(Files, FullDiskIsReported) {
   }
 }
 
+TEST_F(Files, OverwrittenOnesAreWhole) {
+  overwriteFile(file, "", "made\n");
+  EXPECT_BYTES_EQ("made\n", readBytes(file));
+  EXPECT_EQ(0600U, modeOf(file));
+  const ino_t inode = inodeOf(file);
+  for (const std::string& bytes : {"longer than before\n"s, "short\n"s, ""s}) {
+    overwriteFile(file, readBytes(file), bytes);
+    EXPECT_BYTES_EQ(bytes, readBytes(file));
+  }
+  EXPECT_EQ(inode, inodeOf(file));
+}
+
+TEST_F(Files, OverwrittenOnesStayOnAFullDisk) {
+  writeBytes(file, "old bytes\n");
+  EXPECT_EQ(0, inChild([&] {
+              std::signal(SIGXFSZ, SIG_IGN);
+              rlimit limit{};
+              getrlimit(RLIMIT_FSIZE, &limit);
+              const rlimit small{10, limit.rlim_max};
+              setrlimit(RLIMIT_FSIZE, &small);
+              overwriteFile(file, "old bytes\n", "too long for the disk\n");
+              setrlimit(RLIMIT_FSIZE, &limit);
+            }));
+  EXPECT_BYTES_EQ("old bytes\n", readBytes(file));
+}
+
 TEST_F(Files, DescriptorsAreClosedAgain) {
   const auto nextDescriptor = [] {
     const int descriptor = dup(0);
@@ -123,6 +149,7 @@ TEST_F(Files, DescriptorsAreClosedAgain) {
                 (void)writeFile(path, "x", Access::PRIVATE);
                 (void)writeFile(path, "x", Access::SHARED);
                 (void)readFile(path);
+                overwriteFile(path, "", "x");
               }
               EXPECT_EQ(before, nextDescriptor());
             }));

@@ -1,0 +1,455 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: MIT
+"""What a save leaves on the disk when a system call of it fails, or is the last one.
+
+usage: faults.py [--table | --sample N] PROGRAM PRESS DISCOVER [SCENARIO...]
+
+The real program saves, again and again, traced. In each run exactly one of the system calls that
+the save makes fails with an error, or the program is killed in its place; besides, whole runs take
+place on a full or read-only file system. Then the bytes on the disk are looked up among those that
+the rules of writing allow at that point; what is not among them is LOST. Reports each scenario as
+a test (TAP), with one error for each call, in turn (--sample: every N-th of these runs alone); with
+--table it takes every error and prints (call, errors, what is on disk, verdict).
+"""
+import argparse
+import collections
+import itertools
+import json
+import os
+import re
+import shutil
+import signal
+import subprocess
+import sys
+import tempfile
+import traceback
+
+HERE = os.path.dirname(os.path.abspath(__file__))
+TESTS = os.path.dirname(HERE)
+sys.path[:0] = [os.path.join(TESTS, "support"), os.path.join(TESTS, "ini")]
+import isolation
+import model
+import tap
+from power_cut import Disk
+from recorder import NAME as HANDLER
+from saves import SCENARIOS
+
+RECORD = "/tmp/ethernetUpdateSettings"
+LIMIT = 30 * float(os.environ.get("MESON_TEST_TIMEOUT_MULTIPLIER", "1"))
+KINDS = ("faults", "kills")
+WORKERS = 2 * len(os.sched_getaffinity(0))  # a save sleeps for a part of its time
+
+# What can go wrong with a call on a file that has been in use all along.
+ERRORS = {
+    "read": ["EIO", "EINTR"], "pread64": ["EIO", "EINTR"],
+    "write": ["ENOSPC", "EIO", "EINTR"], "pwrite64": ["ENOSPC", "EIO", "EINTR"],
+    "open": ["EIO", "EACCES", "EMFILE", "EINTR"],
+    "create": ["ENOSPC", "EIO", "EACCES", "EROFS", "EMFILE", "EINTR"],
+    "close": ["EIO", "ENOSPC", "EINTR"], "fsync": ["EIO", "ENOSPC"],
+    "ftruncate": ["EIO", "ENOSPC", "EINTR"], "lseek": ["EIO"], "fcntl": ["EIO"],
+    "newfstatat": ["EIO"], "fstat": ["EIO"], "fchmod": ["EIO", "EACCES", "EROFS"],
+    "unlink": ["EIO", "EACCES", "EROFS"], "unlinkat": ["EIO", "EACCES", "EROFS"],
+    "rename": ["EIO", "EACCES", "EROFS", "ENOSPC"],
+    "execve": ["ENOENT", "EACCES", "EIO", "ENOMEM"], "clone": ["EAGAIN", "ENOMEM"]}
+FILE_CALLS = ("access,openat,read,write,close,lseek,fcntl,?fstat,newfstatat,?unlink,unlinkat,"
+              "?rename,?renameat,fsync,?fchmod,pread64,pwrite64,ftruncate,execve")
+
+
+# ---- One run
+
+class Runner:
+    """Runs the program in a folder of its own, under a tracer that makes calls fail."""
+
+    def __init__(self, scenario, program, press, discover):
+        self.scenario = scenario
+        self.program, self.press, self.discover = program, press, discover
+        self.folder = tempfile.mkdtemp(prefix="zor-faults-")
+        self.connections = self.path("connections")
+        self.keyfile = os.path.join(self.connections, scenario.name)
+        self.temporary = self.keyfile[:-1] + "~"
+        self.handler = self.path("bin", HANDLER)
+        os.mkdir(self.connections)
+        os.mkdir(self.path("bin"))
+        with open(self.handler, "w", encoding="utf-8") as file:
+            file.write(f"#!/bin/sh\necho \"$*\" >> {self.path('requests')}\n")
+        os.chmod(self.handler, 0o755)
+        self.environment = {
+            **os.environ, "PATH": self.path("bin") + ":" + os.environ["PATH"],
+            "ZOR_NETWORKMANAGER_DEBUG_PATH": self.connections,
+            # The tracer allows no leak check, and the runtime does not come first.
+            "ASAN_OPTIONS": os.environ.get("ASAN_OPTIONS", "")
+                            + ":verify_asan_link_order=0:detect_leaks=0"}
+
+    def path(self, *names):
+        """A path in the folder."""
+        return os.path.join(self.folder, *names)
+
+    def prepare(self):
+        """Makes everything as it is before a save."""
+        names = [os.path.join(self.connections, name) for name in os.listdir(self.connections)]
+        for path in (*names, self.path("requests"), RECORD):
+            if os.path.exists(path):
+                os.remove(path)
+        with open(self.keyfile, "wb") as file:
+            file.write(self.scenario.old)
+        os.chmod(self.keyfile, 0o600)
+
+    def run(self, injection=None, short_write=None, strings=0):
+        """Saves once. Returns the status and the trace from the start of the save on."""
+        paths = [self.keyfile, self.temporary, self.connections, RECORD, self.path("out"),
+                 self.handler]
+        calls = FILE_CALLS
+        if injection and injection.startswith("inject=clone"):
+            paths, calls = [], "access,clone"  # which names no file
+        given = {"LD_PRELOAD": self.press, "ZOR_PRESS": "\n".join(self.scenario.actions),
+                 "ZOR_PRESS_MARK": self.keyfile}
+        if short_write:
+            given["ZOR_SHORT_WRITE"] = short_write
+        options = ["-f", "-qq", "-y", "-s", str(strings), "-o", self.path("trace"),
+                   "-e", "signal=none", "-e", f"trace={calls}"]
+        options += [word for path in paths for word in ("-P", path)]
+        options += [word for item in given.items() for word in ("-E", "=".join(item))]
+        options += ["-e", injection] if injection else []
+        with open(self.path("out"), "wb") as out, open(self.path("err"), "wb") as err:
+            status = subprocess.run(
+                ["strace", *options, self.program, "1"], stdin=subprocess.DEVNULL, stdout=out,
+                stderr=err, env=self.environment, check=False, timeout=LIMIT).returncode
+        trace = (content(self.path("trace")) or b"").decode().splitlines()
+        started = [" access(" in line for line in trace]
+        assert any(started), f"no save: {status} {content(self.path('err'))} {trace}"
+        self.before = trace[:started.index(True)]
+        return status, trace[started.index(True) + 1:]
+
+    def calls(self):
+        """The calls of an undisturbed save: name, its number among those of its name, its line."""
+        self.prepare()
+        status, trace = self.run()
+        assert status == 0, content(self.path("err"))
+        self.expected_errors = errors_in(self)
+        main = self.before[0].split()[0]
+        counts = collections.Counter(
+            name_of(line) for line in self.before if line.split()[0] == main)
+        calls = []
+        for line in trace:
+            process, _, call = line.partition(" ")
+            name = name_of(line)
+            if process != main and name == "execve":
+                calls.append((name, 1, call.strip()))
+            elif process == main and name.isalnum():
+                counts[name] += 1
+                calls.append((name, counts[name], call.strip()))
+        return calls
+
+    def found(self):
+        """The keyfile that the next start finds."""
+        result = subprocess.run([self.discover], env=self.environment, capture_output=True,
+                                check=True, text=True)
+        title = {"ethernet": "Ethernet", "wifi": "Wifi"}[self.scenario.kind]
+        path = re.search(rf"^{title} Connection Path: (.*)$", result.stdout, re.M)[1]
+        return os.path.basename(path)
+
+
+def content(path):
+    """The bytes of a file, or None."""
+    try:
+        with open(path, "rb") as file:
+            return file.read()
+    except FileNotFoundError:
+        return None
+
+
+def errors_in(runner):
+    """What the program wrote on standard error, as lines."""
+    return content(runner.path("err")).decode().splitlines()
+
+
+def name_of(line):
+    """The name of the call in a line of a trace."""
+    return line.partition(" ")[2].strip().partition("(")[0]
+
+
+def kind_of(call):
+    """The key of ERRORS for a call."""
+    name = call.partition("(")[0]
+    if name != "openat":
+        return name
+    return "create" if re.search("O_CREAT|O_RDWR|O_WRONLY", call) else "open"
+
+
+def described(call):
+    """A call as a row shows it: its name and its files."""
+    paths = re.findall(r'[<"](/[^>"]*)[>"]', call.partition(" = ")[0])
+    names = [os.path.basename(path) for path in paths if path != os.getcwd()]
+    kind = {"open": "open to read", "create": "open to write"}.get(kind_of(call), kind_of(call))
+    return " ".join([kind, *names])
+
+
+# ---- Verdicts
+
+def judge_flow(runner, status, forked=True, identity=None):
+    """What was wrong with the flow after the fault: the save ends as if there had been none."""
+    scenario = runner.scenario
+    if identity is None:
+        identity = scenario.values[0][2] if scenario.values else b""
+    allowed = {*runner.expected_errors, "Error: Unable to create the file.",
+               f"Failed to create new Wi-Fi connection file at: {runner.keyfile}"}
+    problems = [line for line in errors_in(runner) if line not in allowed]
+    executed = not (problems and problems[-1].startswith(f"Failed to execute {HANDLER}: "))
+    if not executed:
+        problems.pop()
+    if status != 0:
+        problems.append(f"ended with {status}")
+    request = f"finalize_{scenario.kind} {identity.decode()}".strip()
+    requests = (content(runner.path("requests")) or b"").decode().splitlines()
+    if requests != ([request] if executed and forked else []):
+        problems.append(f"requests: {requests}")
+    return problems
+
+
+def judge_fault(runner, status, forked=True):
+    """What is on the disk after a fault, and what is wrong."""
+    problems = judge_flow(runner, status, forked)
+    keyfile_now = content(runner.keyfile)
+    disk = runner.scenario.after_fault().get(keyfile_now, "LOST")
+    if os.path.exists(runner.temporary):
+        disk += ", and a temporary file"
+        problems.append("a temporary file")
+    return disk, problems + ([repr(keyfile_now)] if disk == "LOST" else [])
+
+
+def judge_kill(runner, status):
+    """What is on the disk after a kill, and what is wrong."""
+    labels = runner.scenario.after_kill()
+    keyfile_now, temporary = content(runner.keyfile), content(runner.temporary)
+    disk = labels.get(keyfile_now, "LOST")
+    place = runner.scenario.name
+    if keyfile_now is None and temporary and runner.scenario.values:
+        # Between the removal of the old file and the move of the new one.
+        disk = "in the temporary file: " + labels.get(temporary, "LOST")
+    elif temporary is not None:
+        disk += "; temporary file: " + (labels.get(temporary, "LOST") if temporary else "empty")
+    elif not keyfile_now:
+        place = ""
+    problems = []
+    if status not in (-signal.SIGKILL, 128 + signal.SIGKILL):
+        problems.append(f"ended with {status}")
+    found = runner.found()
+    # Where both files are whole, either may be found.
+    if found != place and not (temporary and found == os.path.basename(runner.temporary)):
+        problems.append(f"the next start finds {found!r}")
+    if "LOST" in disk:
+        problems.append(f"{keyfile_now!r} {temporary!r}")
+    return disk, problems
+
+
+# ---- Cases
+
+def run_call(runner, name, number, line, error):
+    """One call fails, or is the last one."""
+    runner.prepare()
+    effect = "signal=KILL" if error == "KILL" else f"error={error}"
+    status, trace = runner.run(f"inject={name}:{effect}" + (f":when={number}" if number else ""))
+    if error == "KILL":
+        disk, problems = judge_kill(runner, status)
+        hit = [call for call in trace if call.endswith("= ?")]
+    else:
+        disk, problems = judge_fault(runner, status, name != "clone")
+        hit = [call for call in trace if call.endswith("(INJECTED)")]
+    if [described(call.partition(" ")[2].strip()) for call in hit] != [described(line)]:
+        problems.append(f"hit {hit} and not {line}")
+    return disk, problems
+
+
+def run_short_write(runner, number, writes):
+    """One write takes half of the bytes."""
+    runner.prepare()
+    status, trace = runner.run(short_write=str(number))
+    disk, problems = judge_fault(runner, status)
+    if sum(is_direct_write(call.partition(" ")[2].strip()) for call in trace) <= writes:
+        problems.append("no write was short")
+    return disk, problems
+
+
+def is_direct_write(call):
+    """Whether a call is a write that does not come out of a stream of the C library."""
+    return (kind_of(call) == "pwrite64"
+            or (kind_of(call) == "write" and not re.search(r"~>|/out>", call)))
+
+
+def run_power_cut(runner):
+    """The power is cut when the privileged program is started."""
+    runner.prepare()
+    disk = Disk(runner.connections)
+    _, trace = runner.run(strings=1 << 20)
+    for line in itertools.takewhile(lambda line: name_of(line) != "execve", trace):
+        disk.apply(line)
+    keyfile_now = disk.after_power_cut(runner.keyfile)
+    problems = [] if keyfile_now == content(runner.keyfile) else ["not what was saved"]
+    return runner.scenario.after_fault().get(keyfile_now, "LOST"), problems
+
+
+def run_on(runner, medium):
+    """A whole run on a file system that is full or read-only from the start."""
+    def mount(*arguments):
+        subprocess.run(["mount", *arguments, runner.connections], check=True)
+
+    # A page is the least that it can hold, and what the keyfile takes.
+    mount("-t", "tmpfs", "-o", f"size={os.sysconf('SC_PAGE_SIZE')},mode=0700", "tmpfs")
+    try:
+        runner.prepare()
+        if medium == "read-only":
+            mount("-o", "remount,ro")
+        status, _ = runner.run()
+        keyfile_now = content(runner.keyfile)
+        identity = b""
+        if keyfile_now and runner.scenario.values:
+            identity = model.gets(keyfile_now, b"connection", b"id", b"", 100)
+        problems = judge_flow(runner, status, identity=identity)
+        if medium == "read-only" and keyfile_now == runner.scenario.old:
+            disk = "old"
+        elif not runner.scenario.values and keyfile_now is None:
+            disk = "new (removed)"
+        elif keyfile_now == runner.scenario.on_full_disk():
+            disk = "default, new where it fits" if runner.scenario.changes_mode \
+                else "old, new where it fits"
+        else:
+            disk = "LOST"
+            problems.append(repr(keyfile_now))
+        if os.path.exists(runner.temporary):
+            problems.append("a temporary file")
+        return disk, problems
+    finally:
+        subprocess.run(["umount", runner.connections], check=True)
+
+
+def cases(runner, every):
+    """All runs to make: kind, call, error, and what runs it."""
+    calls = runner.calls()
+    result = []
+    for turn, (name, number, line) in enumerate(calls):
+        errors = ERRORS[kind_of(line)]
+        for error in errors if every else [errors[turn % len(errors)]]:
+            result.append(("faults", described(line), error,
+                           lambda *call: run_call(runner, *call), (name, number, line, error)))
+    for error in ERRORS["clone"]:
+        result.append(("faults", "clone", error,
+                       lambda *call: run_call(runner, *call), ("clone", 0, "clone(", error)))
+    writes = [line for _, _, line in calls if is_direct_write(line)]
+    for number, line in enumerate(writes, 1):
+        result.append(("faults", described(line), "short",
+                       lambda *call: run_short_write(runner, *call), (number, len(writes))))
+    result.append(("faults", "start of the privileged program", "power cut",
+                   lambda: run_power_cut(runner), ()))
+    for medium in ("full", "read-only"):
+        result.append(("faults", "whole run", medium,
+                       lambda *call: run_on(runner, *call), (medium,)))
+    for name, number, line in calls:
+        if name != "execve":  # which is another process
+            result.append(("kills", described(line), "KILL",
+                           lambda *call: run_call(runner, *call), (name, number, line, "KILL")))
+    return result
+
+
+def work(part, parts, sample, title, *programs):
+    """A worker: runs every so many-th case of a scenario; prints a row for each."""
+    scenario = next(one for one in SCENARIOS if one.title == title)
+    runner = Runner(scenario, *programs)
+    chosen = cases(runner, sample == 0)[::sample or 1]
+    for index, (kind, call, error, run, arguments) in enumerate(chosen):
+        if index % parts != part:
+            continue
+        try:
+            disk, problems = run(*arguments)
+        except (AssertionError, OSError, subprocess.SubprocessError):
+            disk, problems = "unknown", [traceback.format_exc()]
+        verdict = "LOST" if "LOST" in disk else "wrong" if problems else "kept"
+        print(json.dumps([index, kind, call, error, disk, verdict, problems]), flush=True)
+    shutil.rmtree(runner.folder)
+
+
+# ---- All of them
+
+def run_scenario(scenario, sample, programs):
+    """The rows of a scenario, in the order of its calls; sample 0 takes every error."""
+    workers = [subprocess.Popen(
+        [sys.executable, __file__, "--worker", str(part), str(WORKERS), str(sample),
+         scenario.title, *programs], stdout=subprocess.PIPE, text=True)
+        for part in range(WORKERS)]
+    rows = sorted(json.loads(line) for worker in workers for line in worker.stdout)
+    statuses = [worker.wait() for worker in workers]
+    assert not any(statuses), f"workers ended with {statuses}"
+    assert [row[0] for row in rows] == list(range(len(rows))), "a row is missing"
+    return [row[1:] for row in rows]
+
+
+def print_table(scenario, rows):
+    """One line for all runs that have call, outcome and verdict in common."""
+    for kind in KINDS:
+        groups = {}
+        for row_kind, call, error, disk, verdict, problems in rows:
+            if row_kind == kind:
+                disk = re.sub(r"\d+ of", "some of", disk)
+                errors = groups.setdefault((call, disk, verdict, *problems), [])
+                errors.append(error)
+        print(f"\n{scenario.title}: {kind}\n")
+        print(f"{'call':51} {'error':37} {'runs':>4}  {'verdict':7}  on disk")
+        for (call, disk, verdict, *problems), errors in groups.items():
+            kinds = " ".join(dict.fromkeys(errors))
+            print(f"{call:51} {kinds:37} {len(errors):4}  {verdict:7}  {disk}", *problems)
+    sys.stdout.flush()
+
+
+def report_point(number, title, rows):
+    """A point of the Test Anything Protocol."""
+    bad = [row for row in rows if row[4] != "kept"]
+    for row in bad:
+        print("\n".join(f"# {text}" for text in str(row).splitlines()))
+    print(f"{'not ok' if bad or not rows else 'ok'} {number} - {title}", flush=True)
+    return bool(bad)
+
+
+def main():
+    """Runs the scenarios, each with as many workers as the machine can do with."""
+    if sys.argv[1] == "--worker":
+        part, parts, sample, title, *programs = sys.argv[2:]
+        # Of the temporary folders these are needed in the private one.
+        kept = [os.environ["HOME"], os.environ.get("XAUTHORITY", "/x")]
+        reason = isolation.enter(os.path.dirname(TESTS), *map(os.path.dirname, programs),
+                                 *map(os.path.dirname, kept))
+        if reason:
+            sys.exit(reason)
+        work(int(part), int(parts), int(sample), title, *programs)
+        return
+
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--table", action="store_true")
+    parser.add_argument("--sample", type=int, default=1)
+    parser.add_argument("programs", nargs=3, type=os.path.realpath)
+    parser.add_argument("scenarios", nargs="*")
+    arguments = parser.parse_args()
+    missing = None if shutil.which("strace") else "strace is not installed"
+    if missing and os.environ.get("CI"):
+        sys.exit(f"cannot run here: {missing}")
+    if missing:
+        tap.skip_all(missing)
+    points, failed = 0, False
+    for scenario in SCENARIOS:
+        if arguments.scenarios and scenario.title not in arguments.scenarios:
+            continue
+        rows = run_scenario(scenario, 0 if arguments.table else arguments.sample,
+                            arguments.programs)
+        if arguments.table:
+            print_table(scenario, rows)
+            failed |= any(row[4] != "kept" for row in rows)
+            continue
+        for kind in KINDS:
+            points += 1
+            some = [row for row in rows if row[0] == kind]
+            failed |= report_point(points, f"{scenario.title}: {len(some)} {kind}", some)
+    if not arguments.table:
+        print(f"1..{points}")
+    sys.exit(1 if failed else 0)
+
+
+if __name__ == "__main__":
+    main()
