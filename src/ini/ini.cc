@@ -3,6 +3,7 @@
 
 #include <fcntl.h>
 #include <strings.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -15,6 +16,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <string_view>
+#include <utility>
 
 #include "ini/private_file.h"
 
@@ -155,19 +157,6 @@ char* find_separator(char* line) {
   return ep != NULL ? ep : std::strchr(line, ':');
 }
 
-/** Reads what fgets() would; the result counts NUL bytes too and is 0 at the end of the file. */
-int read_line(char* buffer, int size, FILE* file) {
-  int length = 0;
-  while (length < size - 1) {
-    const int byte = getc_unlocked(file);
-    if (byte == EOF) break;
-    buffer[length++] = static_cast<char>(byte);
-    if (byte == '\n') break;
-  }
-  buffer[length] = '\0';
-  return length;
-}
-
 /** Builds the line of a key, LF included, and returns its length, at most INI_BUFFERSIZE - 1. */
 std::size_t build_key_line(char* line, const char* Key, const char* Value) {
   assert(Key != NULL && Value != NULL);
@@ -191,20 +180,37 @@ std::size_t build_key_line(char* line, const char* Key, const char* Value) {
 /** How often an operation is tried that fails, and not because there is no such file. */
 constexpr int TRIES = 2;
 
+/** A keyfile is read and written in one piece; long files lose by smaller buffers. */
+constexpr std::size_t STREAM_BUFFERSIZE = 32768;
+
+/** How a stream will be used. */
+enum class access_order {
+  SEQUENTIAL,
+  SEEKING,  // back and forth in the buffer; one more system call when it is opened
+};
+
 /** A buffered file whose buffer is on the stack, like everything else here. */
 class stream {
  public:
   FILE* file = NULL;
 
-  stream(const char* Filename, const char* mode, int flags) {
-    const int descriptor = open_private(Filename, flags);
+  /** Takes over a descriptor; a negative one leaves file NULL and errno alone. */
+  stream(int opened, const char* mode, access_order order = access_order::SEQUENTIAL)
+      : descriptor(opened) {
     if (descriptor < 0) return;
-    file = fdopen(descriptor, mode);
+    if (order == access_order::SEQUENTIAL) {
+      // Unlike fdopen() this asks for nothing that open_private() has decided.
+      file = fopencookie(this, mode, {read_bytes, write_bytes, NULL, close_file});
+    } else {
+      file = fdopen(descriptor, mode);
+    }
     if (file == NULL) {
       ::close(descriptor);
-    } else {
-      (void)setvbuf(file, buffer, _IOFBF, sizeof buffer);
+      return;
     }
+    (void)setvbuf(file, buffer, _IOFBF, sizeof buffer);
+    // Told where it is, stdio seeks in the buffer without a system call.
+    if (order == access_order::SEEKING) (void)std::fseek(file, 0, SEEK_SET);
   }
   stream(const stream&) = delete;
   stream& operator=(const stream&) = delete;
@@ -222,46 +228,172 @@ class stream {
   }
 
  private:
-  char buffer[4096];  // a whole keyfile in one read; smaller ones cost long files dearly
+  static ssize_t read_bytes(void* cookie, char* bytes, std::size_t size) {
+    auto& self = *static_cast<stream*>(cookie);
+    if (self.ended) return 0;
+    const ssize_t length = read(self.descriptor, bytes, size);
+    self.ended = length >= 0 && static_cast<std::size_t>(length) < size;
+    return length;
+  }
+
+  static ssize_t write_bytes(void* cookie, const char* bytes, std::size_t size) {
+    const auto& self = *static_cast<stream*>(cookie);
+    std::size_t written = 0;
+    while (written < size) {
+      const ssize_t length = write(self.descriptor, bytes + written, size - written);
+      if (length <= 0) break;
+      written += static_cast<std::size_t>(length);
+    }
+    return static_cast<ssize_t>(written);
+  }
+
+  static int close_file(void* cookie) { return ::close(static_cast<stream*>(cookie)->descriptor); }
+
+  int descriptor;
+  bool ended = false;  // a read that is cut short is the last one that gets anything
+  char buffer[STREAM_BUFFERSIZE];
 };
+
+/** The size of a file, so that no read has to find its end; LONG_MAX if it is not known. */
+long size_of(FILE* file) {
+  struct stat status {};
+  if (fstat(fileno(file), &status) != 0 || status.st_size == 0) return LONG_MAX;
+  return static_cast<long>(status.st_size);
+}
 
 struct input : stream {
-  explicit input(const char* Filename) : stream(Filename, "rb", O_RDONLY) {}
+  explicit input(const char* Filename, access_order order = access_order::SEQUENTIAL)
+      : stream(open_private(Filename, O_RDONLY), "rb", order) {}
 };
 
-/** Walks over the lines of a file and knows where each of them is. */
-struct line_reader {
-  FILE* file = NULL;
+/** Walks over the lines of a file, in the place that they were read to. */
+class line_reader {
+ public:
+  FILE* file;
   long start = 0;  // offset of the current line in the file
   int length = 0;  // its bytes, LF included; 0 past the end
-  char text[INI_BUFFERSIZE] = "";
+  long end;        // offset of the end of the file; LONG_MAX as long as it is not known
+
+  explicit line_reader(FILE* source, long size = LONG_MAX) : file(source), end(size) {}
+  line_reader(const line_reader&) = delete;
+  line_reader& operator=(const line_reader&) = delete;
 
   bool next() {
+    if (terminated) *behind() = held;
+    terminated = false;
+    line += length;
     start += length;
-    length = read_line(text, INI_BUFFERSIZE, file);
+    length = length_from(line);
+    if (length == 0) {
+      char* known = refill();
+      length = length_from(known);
+      // As much as can be held at a time, or the end of the file, ends a line too.
+      if (length == 0) length = static_cast<int>(filled - line);
+    }
     return length > 0;
   }
+
+  /** Goes on to the next line whose first visible byte is "[". */
+  bool next_header() {
+    while (next()) {
+      if (first() == '[') return true;
+      // One look at all that was read passes over many lines: up to the one that holds a "[".
+      const std::size_t rest = static_cast<std::size_t>(filled - behind());
+      const void* bracket = std::memchr(behind(), '[', rest);
+      const char* limit = bracket != NULL ? static_cast<const char*>(bracket) : filled;
+      const void* newline = memrchr(behind(), '\n', static_cast<std::size_t>(limit - behind()));
+      if (newline != NULL) length = static_cast<int>(static_cast<const char*>(newline) + 1 - line);
+    }
+    return false;
+  }
+
+  /** The first byte of the line that shows, or any one that does not. Cheaper than the text. */
+  char first() const {
+    const char* p = line;
+    while (p + 1 < line + length && is_space(*p)) ++p;
+    return *p;
+  }
+
+  /** The line as a string, which may be written to. */
+  char* text() {
+    if (!terminated) held = std::exchange(*behind(), '\0');
+    terminated = true;
+    return line;
+  }
+
+  /** Reads from a place on, as often as wanted; the walk over the lines goes on all the same. */
+  std::size_t read_at(long offset, char* block, std::size_t size) {
+    if (!seek(offset)) return 0;
+    const std::size_t got = fread_unlocked(block, 1, size, file);
+    at += static_cast<long>(got);
+    return got;
+  }
+
+ private:
+  static constexpr std::ptrdiff_t CAPACITY = INI_BUFFERSIZE - 1;
+
+  char* behind() { return line + length; }
+
+  /** Offset of what has not been read yet. */
+  long position() const { return start + (filled - line); }
+
+  bool seek(long offset) {
+    char skipped[INI_BUFFERSIZE];
+    const long ahead = offset - at;
+    at = offset;
+    // A short way is read over: a seek is a system call even within the buffer.
+    if (ahead < 0 || ahead > INI_BUFFERSIZE) return std::fseek(file, offset, SEEK_SET) == 0;
+    const auto size = static_cast<std::size_t>(ahead);
+    return size == 0 || fread_unlocked(skipped, 1, size, file) == size;
+  }
+
+  /** Bytes up to the first LF from a place on; 0 if there is none. */
+  int length_from(const char* place) const {
+    const auto* newline = static_cast<const char*>(
+        std::memchr(place, '\n', static_cast<std::size_t>(filled - place)));
+    return newline != NULL ? static_cast<int>(newline + 1 - line) : 0;
+  }
+
+  /** Moves what is there of the line to the front and reads on. Returns where that begins. */
+  char* refill() {
+    const std::ptrdiff_t kept = filled - line;
+    std::memmove(bytes, line, static_cast<std::size_t>(kept));
+    line = bytes;
+    filled = bytes + kept;
+    const auto wanted = static_cast<std::size_t>(std::min<long>(CAPACITY - kept, end - position()));
+    const std::size_t got = wanted > 0 ? read_at(position(), filled, wanted) : 0;
+    filled += got;
+    if (got < wanted) end = position();
+    return bytes + kept;
+  }
+
+  char bytes[INI_BUFFERSIZE];
+  char* line = bytes;
+  char* filled = bytes;     // end of what was read
+  long at = 0;              // offset where the stream stands
+  bool terminated = false;  // whether a NUL stands behind the line, in place of the byte held
+  char held = '\0';
 };
 
 /** Reads on up to the header of a section; the unnamed one starts where the file does. */
 bool find_section(line_reader& line, const char* Section) {
   if (is_unnamed(Section)) return true;
-  while (line.next())
-    if (is_section(line.text, Section)) return true;
+  while (line.next_header())
+    if (is_section(line.text(), Section)) return true;
   return false;
 }
 
 /** The same for the section with an index, from 0. */
 bool find_section(line_reader& line, int idx) {
-  while (line.next())
-    if (is_header(line.text) && idx-- == 0) return true;
+  while (line.next_header())
+    if (is_header(line.text()) && idx-- == 0) return true;
   return false;
 }
 
 /** Reads on to the next key line of the section. Returns its separator, or NULL at the end. */
 char* next_key(line_reader& line) {
-  while (line.next() && !is_header(line.text)) {
-    char* ep = find_separator(line.text);
+  while (line.next() && !is_header(line.text())) {
+    char* ep = find_separator(line.text());
     if (ep == NULL) continue;
     assert(*ep == '=' || *ep == ':');
     return ep;
@@ -286,7 +418,7 @@ bool getkeystring(line_reader& line, const char* Section, const char* Key, int i
   assert(Key != NULL || idxKey >= 0);
   const auto capacity = static_cast<std::size_t>(BufferSize);
   while (char* ep = next_key(line)) {
-    const std::string_view name = trimmed(line.text, ep);
+    const std::string_view name = trimmed(line.text(), ep);
     if (Key == NULL && idxKey-- == 0) {
       ini_strncpy(Buffer, name.data(), std::min(name.size() + 1, capacity), QUOTE_NONE);
       return true;
@@ -309,7 +441,7 @@ bool read_value(const char* Section, const char* Key, char* Buffer, int BufferSi
     const input source(Filename);
     if (source.file == NULL && is_missing(errno)) return false;
     if (source.file == NULL) continue;
-    line_reader line{source.file};
+    line_reader line(source.file);
     if (getkeystring(line, Section, Key, -1, Buffer, BufferSize)) return true;
     if (!source.failed()) return false;
   }
@@ -334,10 +466,7 @@ struct copier {
     pending += line.length;
   }
 
-  /**
-   * Copies the pending block; the source is then where it was, behind the current line. Returns
-   * whether the block ended in LF.
-   */
+  /** Copies the pending block. Returns whether it ended in LF. */
   bool cache_flush(int* size) {
     assert(*size <= INI_BUFFERSIZE);
     if (*size == 0) return false;
@@ -345,10 +474,8 @@ struct copier {
     const int pos = std::min(*size, INI_BUFFERSIZE - 1);
     assert(pos > 0 && pos <= INI_BUFFERSIZE);
     const auto length = static_cast<std::size_t>(pos);
-    failed |= std::fseek(line.file, mark, SEEK_SET) != 0;
-    failed |= std::fread(block, 1, length, line.file) != length;
-    failed |= std::fseek(line.file, line.start + line.length, SEEK_SET) != 0;
-    std::fwrite(block, 1, length, target);
+    failed |= line.read_at(mark, block, length) != length;
+    fwrite_unlocked(block, 1, length, target);
     mark += pos;
     *size = 0;
     return block[length - 1] == '\n';
@@ -357,9 +484,13 @@ struct copier {
   /** Copies all that follows an offset. */
   void copy_rest(long offset) {
     char block[INI_BUFFERSIZE];
-    failed |= std::fseek(line.file, offset, SEEK_SET) != 0;
-    while (const std::size_t length = std::fread(block, 1, sizeof block, line.file))
-      std::fwrite(block, 1, length, target);
+    while (offset < line.end) {
+      const auto wanted = std::min<long>(sizeof block, line.end - offset);
+      const auto length = line.read_at(offset, block, static_cast<std::size_t>(wanted));
+      if (length == 0) break;
+      fwrite_unlocked(block, 1, length, target);
+      offset += static_cast<long>(length);
+    }
   }
 
   void write_header(const char* Section) const {
@@ -368,7 +499,7 @@ struct copier {
 
   void write_key(const char* Key, const char* Value) const {
     char text[INI_BUFFERSIZE];
-    std::fwrite(text, 1, build_key_line(text, Key, Value), target);
+    fwrite_unlocked(text, 1, build_key_line(text, Key, Value), target);
   }
 };
 
@@ -376,7 +507,7 @@ struct copier {
 void copy_without_section(copier& copy) {
   line_reader& line = copy.line;
   copy.cache_flush(&copy.pending);
-  while (line.next() && !is_header(line.text)) continue;
+  while (line.next() && !is_header(line.text())) continue;
   copy.copy_rest(line.start);
 }
 
@@ -384,9 +515,9 @@ void copy_without_section(copier& copy) {
 void copy_with_key(copier& copy, const char* Key, const char* Value) {
   line_reader& line = copy.line;
   while (line.next()) {
-    const bool header = is_header(line.text);
-    char* ep = header ? NULL : find_separator(line.text);
-    if (header || (ep != NULL && same_name(trimmed(line.text, ep), Key))) {
+    const bool header = is_header(line.text());
+    char* ep = header ? NULL : find_separator(line.text());
+    if (header || (ep != NULL && same_name(trimmed(line.text(), ep), Key))) {
       copy.cache_flush(&copy.pending);
       if (Value != NULL) copy.write_key(Key, Value);
       copy.copy_rest(header ? line.start : line.start + line.length);
@@ -404,7 +535,7 @@ void copy_changed(copier& copy, const char* Section, const char* Key, const char
   line_reader& line = copy.line;
   bool found = is_unnamed(Section);
   while (!found && line.next()) {
-    found = is_section(line.text, Section);
+    found = line.first() == '[' && is_section(line.text(), Section);
     if (!found || Key != NULL) copy.keep_line();  // not the header of a section to delete
   }
   if (found && Key == NULL) return copy_without_section(copy);
@@ -415,6 +546,11 @@ void copy_changed(copier& copy, const char* Section, const char* Key, const char
   if (!ended_in_lf) std::fputc('\n', copy.target);  // an empty file does not end in LF either
   copy.write_header(Section);
   copy.write_key(Key, Value);
+}
+
+/** Creates a file that is not there yet; -1, with errno set, if it is. */
+int create_private(const char* Filename) {
+  return open_private(Filename, O_WRONLY | O_CREAT | O_EXCL);
 }
 
 /** The name with "~" as its last byte; a name that has it already gets one more. */
@@ -435,11 +571,11 @@ bool name_temporary(char (&temporary)[PATH_MAX], const char* Filename) {
 void replace(const char* temporary, const char* Filename) {
   (void)std::remove(Filename);
   if (std::rename(temporary, Filename) == 0) return;
-  stream target(Filename, "wb", O_WRONLY | O_CREAT | O_EXCL);
+  stream target(create_private(Filename), "wb");
   bool dispensable = target.file == NULL && errno == EEXIST;  // the old file could not be removed
-  input source(temporary);
+  input source(temporary, access_order::SEEKING);
   if (target.file != NULL && source.file != NULL) {
-    copier copy{{source.file}, target.file};
+    copier copy{line_reader(source.file, size_of(source.file)), target.file};
     copy.copy_rest(0);
     dispensable = source.close() && !copy.failed && target.close();
   }
@@ -450,15 +586,17 @@ void replace(const char* temporary, const char* Filename) {
 bool rewrite(const char* Section, const char* Key, const char* Value, const char* Filename) {
   char temporary[PATH_MAX];
   if (!name_temporary(temporary, Filename)) return false;
+  int descriptor = create_private(temporary);
   // What stands under that name is a leftover, perhaps one that others can read or a link.
-  (void)unlink(temporary);
-  stream target(temporary, "wb", O_WRONLY | O_CREAT | O_EXCL);
+  if (descriptor < 0 && errno == EEXIST && unlink(temporary) == 0)
+    descriptor = create_private(temporary);
+  stream target(descriptor, "wb");
   if (target.file == NULL) return false;
 
-  input source(Filename);
+  input source(Filename, access_order::SEEKING);
   bool complete = false;
   if (source.file != NULL) {
-    copier copy{{source.file}, target.file};
+    copier copy{line_reader(source.file, size_of(source.file)), target.file};
     copy_changed(copy, Section, Key, Value);
     complete = source.close() && !copy.failed;
   }
@@ -471,9 +609,9 @@ bool rewrite(const char* Section, const char* Key, const char* Value, const char
 }
 
 bool create(const char* Section, const char* Key, const char* Value, const char* Filename) {
-  stream target(Filename, "wb", O_WRONLY | O_CREAT | O_TRUNC);
+  stream target(open_private(Filename, O_WRONLY | O_CREAT | O_TRUNC), "wb");
   if (target.file == NULL) return false;
-  copier copy{{NULL}, target.file};
+  copier copy{line_reader(NULL), target.file};
   copy.write_header(Section);
   copy.write_key(Key, Value);
   if (target.close()) return true;
@@ -510,7 +648,7 @@ bool put(const char* Section, const char* Key, const char* Value, const char* Fi
 
   if (Key != NULL) {
     char stored[INI_BUFFERSIZE];
-    line_reader line{source.file};
+    line_reader line(source.file);
     const bool found = getkeystring(line, Section, Key, -1, stored, sizeof stored);
     if (!source.close()) return false;
     if (Value == NULL && !found) return true;
@@ -573,9 +711,9 @@ int ini_getsection(int idx, char* Buffer, int BufferSize, const char* Filename) 
   if (Buffer == NULL || BufferSize < 1 || idx < 0) return 0;
   *Buffer = '\0';
   const input source(Filename);
-  line_reader line{source.file};
+  line_reader line(source.file);
   if (source.file != NULL && find_section(line, idx)) {
-    const std::string_view name = header_name(line.text);
+    const std::string_view name = header_name(line.text());
     const auto capacity = static_cast<std::size_t>(BufferSize);
     ini_strncpy(Buffer, name.data(), std::min(name.size() + 1, capacity), QUOTE_NONE);
   }
@@ -586,14 +724,14 @@ int ini_getkey(const char* Section, int idx, char* Buffer, int BufferSize, const
   if (Buffer == NULL || BufferSize < 1 || idx < 0) return 0;
   *Buffer = '\0';
   const input source(Filename);
-  line_reader line{source.file};
+  line_reader line(source.file);
   if (source.file != NULL) getkeystring(line, Section, NULL, idx, Buffer, BufferSize);
   return static_cast<int>(std::strlen(Buffer));
 }
 
 int ini_hassection(const char* Section, const char* Filename) {
   const input source(Filename);
-  line_reader line{source.file};
+  line_reader line(source.file);
   return source.file != NULL && find_section(line, Section);
 }
 
@@ -608,7 +746,7 @@ int ini_browse(ini_callback Callback, void* UserData, const char* Filename) {
   // The section's name and, behind it, the line: a long name leaves less room for the line.
   char buffer[INI_BUFFERSIZE] = "";
   std::size_t used = 1;
-  while (read_line(buffer + used, static_cast<int>(sizeof buffer - used), source.file) > 0) {
+  while (fgets_unlocked(buffer + used, static_cast<int>(sizeof buffer - used), source.file)) {
     char* line = buffer + used;
     if (const std::string_view name = header_name(line); name.data() != NULL) {
       ini_strncpy(buffer, name.data(), name.size() + 1, QUOTE_NONE);

@@ -7,7 +7,8 @@
 int open_private(const char* Filename, int Flags) {
   constexpr mode_t PRIVATE = S_IRUSR | S_IWUSR;
   const int descriptor = open(Filename, Flags | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, PRIVATE);
-  if (descriptor < 0 || (Flags & O_ACCMODE) == O_RDONLY) return descriptor;
+  const bool made = (Flags & O_EXCL) != 0;  // with the mode above
+  if (descriptor < 0 || made || (Flags & O_ACCMODE) == O_RDONLY) return descriptor;
 
   // Only a file's mode, not that of a device that a link leads to. Who may write a file without
   // owning it cannot change its mode: then it stays as it is.

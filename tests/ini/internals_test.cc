@@ -28,7 +28,7 @@ class Internals : public testing::Test {
 using InternalsDeathTest = Internals;
 
 TEST_F(InternalsDeathTest, BlockFlushKnowsItsLimits) {
-  copier copy;
+  copier copy{line_reader(NULL)};
   int size = INI_BUFFERSIZE + 1;
   EXPECT_DEATH(copy.cache_flush(&size), failureOf("*size <= INI_BUFFERSIZE"));
   size = -1;
