@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: MIT
+// Boost's property_tree. Saving truncates the file in place, and forgets its comments.
+#include <boost/property_tree/ini_parser.hpp>
+#include <boost/property_tree/ptree.hpp>
+
+#include "contenders/contenders.h"
+
+namespace {
+
+using boost::property_tree::ptree;
+
+bool readValue(const char* path, const char* section, const char* key, char* value,
+               std::size_t size) {
+  ptree file;
+  read_ini(path, file);
+  const auto group = file.find(section);
+  if (group == file.not_found()) return false;
+  const auto found = group->second.find(key);
+  if (found == group->second.not_found()) return false;
+  const std::string& text = found->second.data();
+  copyValue(value, size, text.data(), text.size());
+  return true;
+}
+
+bool writeValue(const char* path, const char* section, const char* key, const char* value) {
+  ptree file;
+  read_ini(path, file);
+  const auto group = file.find(section);
+  if (group == file.not_found()) return false;
+  group->second.put(key, value);
+  write_ini(path, file);
+  return true;
+}
+
+}  // namespace
+
+const Contender BOOST = {"Boost", readValue, writeValue};

@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: MIT
+// SimpleIni. Saving truncates the file in place: a full disk or a kill loses it.
+// For the header; the class for bytes converts nothing in any case.
+#define SI_NO_CONVERSION
+#include <SimpleIni.h>
+
+#include <cstring>
+
+#include "contenders/contenders.h"
+
+namespace {
+
+bool readValue(const char* path, const char* section, const char* key, char* value,
+               std::size_t size) {
+  CSimpleIniA file;
+  file.LoadFile(path);
+  const char* found = file.GetValue(section, key);
+  if (found != nullptr) copyValue(value, size, found, std::strlen(found));
+  return found != nullptr;
+}
+
+bool writeValue(const char* path, const char* section, const char* key, const char* value) {
+  CSimpleIniA file;
+  file.SetSpaces(false);
+  file.LoadFile(path);
+  file.SetValue(section, key, value);
+  return file.SaveFile(path, false) == SI_OK;
+}
+
+}  // namespace
+
+const Contender SIMPLEINI = {"SimpleIni", readValue, writeValue};
