@@ -46,14 +46,14 @@ CLIENT_VALUES = [
     ("connection", "id", "ZOR"), ("connection", "type", "wifi"),
     ("connection", "autoconnect", "true"), ("connection", "interface-name", "wlan0"),
     ("connection", "permissions", "user:zor:;"), ("wifi", "mode", "infrastructure"),
-    ("wifi", "ssid", "Attic"), ("wifi-security", "auth-alg", "open"),
+    ("wifi", "ssid", "Basement"), ("wifi-security", "auth-alg", "open"),
     ("wifi-security", "key-mgmt", "wpa-psk"), ("wifi-security", "psk", "another horse"),
     ("ipv4", "method", "auto"), ("ipv6", "addr-gen-mode", "stable-privacy"),
     ("ipv6", "method", "auto")]
 AP_VALUES = [
     ("connection", "id", "Hotspot"), ("connection", "type", "wifi"),
     ("connection", "autoconnect", "true"), ("connection", "interface-name", "wlan0"),
-    ("wifi", "mode", "ap"), ("wifi", "ssid", "Attic"), ("wifi", "band", "bg"),
+    ("wifi", "mode", "ap"), ("wifi", "ssid", "Basement"), ("wifi", "band", "bg"),
     ("wifi", "channel", "0"), ("wifi-security", "group", "ccmp;"),
     ("wifi-security", "key-mgmt", "wpa-psk"), ("wifi-security", "pairwise", "ccmp;"),
     ("wifi-security", "proto", "rsn;"), ("wifi-security", "psk", "another horse"),
@@ -62,7 +62,7 @@ AP_VALUES = [
 
 FILL_WIRED = ("fill IP Address=192.168.7.20", "fill Subnet Mask=255.255.255.0",
               "fill Default Gateway=192.168.7.1", "fill DNS Server=8.8.4.4")
-FILL_WIFI = ("fill SSID=Attic", "fill Password=another horse")
+FILL_WIFI = ("fill SSID=Basement", "fill Password=another horse")
 SAVE = "press Save And Exit"
 
 

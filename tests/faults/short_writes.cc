@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Stands in front of the C library's functions: the write with the number ZOR_SHORT_WRITE, from 1,
 // among those to regular files takes only half of the bytes, as a disk that is nearly full would.
-// What goes through a stream is not seen here; of that the C library writes the rest by itself.
+// Standard output is not seen here: of a line the C library writes the rest by itself.
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>

@@ -1,0 +1,5 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+/** The exit status of the stand-in for the privileged program. */
+inline constexpr int HANDLER_STATUS = 42;

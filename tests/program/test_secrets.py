@@ -1,0 +1,441 @@
+# SPDX-License-Identifier: MIT
+"""No password is ever in a file that others may read, nor in an argument or the environment.
+
+Each run is traced, and the trace replayed into a model of the files: who may read each of them, and
+whether a password was written to it. The rule has to hold after every single system call, for all
+processes of the run, wherever they write.
+"""
+import os
+import re
+import stat
+import sys
+
+sys.path.insert(0, os.path.join(os.path.dirname(__file__), "..", "support"))
+import program_case
+
+OLD = "Qz7-Vx_9 Kw3 Jm5"
+NEW = "Hb2_Tn8-Yc6 Lp41"  # as long as the old one
+LONGER = NEW + " Rd0_Gs-9"
+ADDRESS = ("10.42.0.1", "255.255.255.0")
+# Only the line of the password differs from what a save writes, so that it is patched in place.
+CLIENT = """[connection]
+id=ZOR
+type=wifi
+interface-name=wlan0
+autoconnect=true
+permissions="user:zor:;"
+
+[wifi]
+ssid=Workshop
+mode=infrastructure
+
+[wifi-security]
+auth-alg=open
+key-mgmt=wpa-psk
+psk={password}
+
+[ipv4]
+method=auto
+
+[ipv6]
+addr-gen-mode=stable-privacy
+method=auto
+"""
+ACCESS_POINT = """[connection]
+id=Hotspot
+type=wifi
+interface-name=wlan0
+
+[wifi]
+ssid=Workshop
+mode=ap
+band=bg
+channel=6
+
+[wifi-security]
+key-mgmt=wpa-psk
+psk={password}
+
+[ipv4]
+method=shared
+address1=10.42.0.1/24,10.42.0.1
+"""
+# A wired connection has secrets too, which a save must keep.
+ETHERNET = """[connection]
+id=ethernet
+type=ethernet
+
+[802-1x]
+eap=peap;
+password={password}
+
+[ipv4]
+method={method}
+address1=192.168.1.10/24,192.168.1.1
+"""
+
+TRACED = """open openat openat2 creat write writev pwrite64 pwritev pwritev2 truncate ftruncate
+chmod fchmod fchmodat fchmodat2 rename renameat renameat2 link linkat unlink unlinkat umask
+sendfile sendfile64 copy_file_range splice execve execveat""".split()
+WRITES = {"write", "writev", "pwrite64", "pwritev", "pwritev2"}
+COPIES = {"sendfile", "sendfile64", "copy_file_range", "splice"}
+
+PIECE = 6  # bytes of a password that are not to be seen either
+
+
+def contains(text, password):
+    """Whether any piece of a password is in a text: it may have been written in parts."""
+    return any(password[at:at + PIECE] in text for at in range(len(password) - PIECE + 1))
+
+
+class File:
+    """A file, whatever its names."""
+
+    def __init__(self, mode, secret=False):
+        self.mode = mode
+        self.secret = secret  # it holds a password that is to be kept from others
+
+    def is_shown(self):
+        return self.secret and self.mode & (stat.S_IRWXG | stat.S_IRWXO) != 0
+
+
+class Files:
+    """All files of a machine's /tmp, where everything happens that a run does."""
+
+    def __init__(self, passwords):
+        self.passwords = passwords
+        self.umask = os.umask(0)
+        os.umask(self.umask)
+        self.by_path = {}
+        self.removed = {}
+        self.writes = 0  # of a password
+        by_inode = {}
+        for path, status, content in regular_files():
+            file = File(stat.S_IMODE(status.st_mode), self.is_secret(content))
+            self.by_path[path] = by_inode.setdefault(status.st_ino, file)
+
+    def is_secret(self, text):
+        return any(contains(text, password) for password in self.passwords)
+
+    def replay(self, name, arguments, result):
+        """Does what one successful system call did."""
+        if name == "umask":
+            self.umask = int(arguments, 8)
+        elif name.startswith(("open", "creat")):
+            self._open(name, arguments, result)
+        elif name in WRITES:
+            self._write(arguments)
+        elif name in COPIES:
+            files = [self._described(text) for text in descriptors(arguments)]
+            secret = any(file.secret for file in files)
+            for file in files:
+                file.secret |= secret
+        elif name.endswith("truncate"):
+            file = self._named(arguments)
+            file.secret &= not arguments.endswith(", 0")
+        elif "chmod" in name:
+            mode = re.search(r", (0\d*)(, \w+)?$", arguments)
+            self._named(arguments).mode = int(mode[1], 8)
+        elif name.startswith("unlink"):
+            (path,) = paths(arguments)
+            self._remove(path)
+        elif name.startswith(("rename", "link")):
+            old, new = paths(arguments)
+            if old in self.by_path:
+                self._remove(new)
+                self.by_path[new] = self.by_path[old]
+                if name.startswith("rename"):
+                    del self.by_path[old]
+
+    def _open(self, name, arguments, path):
+        file = self.by_path.get(path)
+        if file is None and ("O_CREAT" in arguments or name == "creat"):
+            mode = re.search(r"(?:mode=|, )(0\d*)(?:, \w+=.*)?}?(?:, \d+)?$", arguments)
+            file = self.by_path[path] = File(int(mode[1], 8) & ~self.umask)
+        if file and ("O_TRUNC" in arguments or name == "creat"):
+            file.secret = False
+
+    def _write(self, arguments):
+        target, text = arguments.split(">", 1)
+        if self.is_secret(text) and not re.search(r"<(socket|pipe|anon_inode|/dev/pts/)", target):
+            self.writes += 1
+            self._described(descriptors(arguments)[0]).secret = True
+
+    def _remove(self, path):
+        if path in self.by_path:
+            self.removed[path] = self.by_path.pop(path)
+
+    def _named(self, arguments):
+        names = paths(arguments)
+        # A file whose name was not followed here cannot be private for sure.
+        return (self.by_path.setdefault(os.path.realpath(names[0]), File(0o777)) if names
+                else self._described(descriptors(arguments)[0]))
+
+    def _described(self, path):
+        if path.endswith("(deleted)"):
+            return self.removed.get(path.removesuffix("(deleted)"), File(0o777))
+        return self.by_path.setdefault(path, File(0o777))
+
+
+def regular_files():
+    """Path, status and text of all files in /tmp, without what is mounted there."""
+    device = os.stat("/tmp").st_dev
+    for folder, folders, names in os.walk("/tmp"):
+        folders[:] = [name for name in folders
+                      if os.lstat(os.path.join(folder, name)).st_dev == device]
+        for name in names:
+            path = os.path.join(folder, name)
+            status = os.lstat(path)
+            if stat.S_ISREG(status.st_mode):
+                yield path, status, program_case.read(path).decode("latin-1")
+
+
+def paths(arguments):
+    """The absolute paths among the arguments of a call."""
+    found = re.findall(r'(?:(?:AT_FDCWD|\d+)<([^>]*)>, )?"((?:[^"\\]|\\.)*)"', arguments)
+    return [os.path.normpath(os.path.join(folder or os.getcwd(), path)) for folder, path in found]
+
+
+def descriptors(arguments):
+    """The paths of the open files among the arguments of a call."""
+    return [path + deleted
+            for path, deleted in re.findall(r"\b\d+<([^>]*)>(\(deleted\))?", arguments)]
+
+
+def calls(trace):
+    """Name, arguments and result of every successful system call, in the order of their ends."""
+    begun = {}
+    for line in trace.splitlines():
+        process, text = line.split(maxsplit=1)
+        if text.endswith(" <unfinished ...>"):
+            begun[process] = text.removesuffix(" <unfinished ...>")
+            continue
+        resumed = re.match(r"<\.\.\. \w+ resumed>(.*)", text)
+        if resumed:
+            text = begun.pop(process) + resumed[1]
+        call = re.match(r"(\w+)\((.*)\)\s+= (?:0|[1-9]\d*|0[0-7]+)(?:<([^>]*)>)?$", text)
+        if call:
+            yield call[1], call[2], call[3]
+
+
+class Secrets(program_case.ProgramCase):
+
+    def setUp(self):
+        super().setUp()
+        self.keyfile = self.path("wlan0.nmconnection")
+        self.log = os.path.join("/tmp", "trace")
+        self.addCleanup(os.remove, self.log)
+
+    def put_client(self, mode=0o600):
+        self.put("wlan0.nmconnection", CLIENT.format(password=OLD))
+        os.chmod(self.keyfile, mode)
+
+    def put_access_point(self):
+        self.put("wlan0.nmconnection", ACCESS_POINT.format(password=OLD))
+
+    def watch(self, act, passwords=(NEW, OLD), umask="000"):
+        """Runs the program and checks every moment of it. Returns the run and its files."""
+        before = Files(passwords)
+        traced = ",".join("?" + name for name in TRACED)
+        program = self.run_debug(wrapper=[
+            "strace", "-f", "--seccomp-bpf", "-y", "-v", "-s", "100000", "-o", self.log,
+            "-e", "signal=none", "-e", "trace=" + traced,
+            "sh", "-c", f'umask {umask}; exec "$@"', "sh"])
+        act(program)
+        self.assertEqual(program.finish(), 0, program.errors)
+        self.check_trace(before)
+        return program, before
+
+    def check_trace(self, files):
+        executed = []
+        for name, arguments, result in calls(program_case.read(self.log).decode("latin-1")):
+            if name.startswith("exec"):
+                executed.append(arguments)
+                self.assertFalse(files.is_secret(arguments), arguments)
+                continue
+            files.replay(name, arguments, result)
+            for file in [*files.by_path.values(), *files.removed.values()]:
+                self.assertFalse(file.is_shown(), f"{name}({arguments}) in mode {file.mode:o}")
+        self.assertEqual(len([text for text in executed if f'"{self.recorder.path}"' in text]), 1)
+        self.check_end(files)
+
+    def check_end(self, files):
+        """The model must have come to what is really there, or it has missed something."""
+        for path, status, content in regular_files():
+            if path == self.log:
+                continue
+            file = files.by_path.get(path)
+            if files.is_secret(content):
+                self.assertTrue(file and file.secret, path)
+            if path.startswith(self.connections):
+                self.assertEqual(stat.S_IMODE(status.st_mode), file.mode, path)
+
+    def save_client(self, password, pick=False):
+        def act(program):
+            program.show_page("Wifi")
+            if pick:
+                program.pick("Client")
+            program.fill("Password", password)
+            program.button("Save And Exit")
+        return act
+
+    def save_access_point(self, password):
+        def act(program):
+            program.show_page("Wifi")
+            program.pick("Access Point")
+            program.fill("Password", password)
+            program.fill("IP Address", ADDRESS[0])
+            program.fill("Subnet Mask", ADDRESS[1])
+            program.button("Save And Exit")
+        return act
+
+    def assert_saved(self, password, program, files):
+        """The password is in the keyfile, and was seen on its way there."""
+        self.assertIn(f"\npsk={password}\n", program_case.read(self.keyfile).decode())
+        self.assertGreater(files.writes, 0)
+        self.assertEqual(stat.S_IMODE(os.stat(self.keyfile).st_mode), 0o600)
+        self.assertFalse(files.is_secret(program.errors))
+        self.assertFalse(os.path.exists(program_case.UPDATE_RECORD))
+
+    # Wi-Fi. A client's password is not printed, an access point's is in one line.
+
+    def assert_client_saved(self, password, program, files):
+        self.assert_saved(password, program, files)
+        self.assertFalse(files.is_secret(program.output))
+
+    def assert_access_point_saved(self, password, program, files):
+        self.assert_saved(password, program, files)
+        self.assertEqual(
+            [line for line in program.output.splitlines() if files.is_secret(line)],
+            [f"Wifi Password being validated: {password}"])
+
+    def test_client(self):
+        self.put_client()
+        self.assert_client_saved(LONGER, *self.watch(self.save_client(LONGER)))
+
+    def test_client_patched_in_place(self):
+        self.put_client()
+        inode = os.stat(self.keyfile).st_ino
+        self.assert_client_saved(NEW, *self.watch(self.save_client(NEW)))
+        self.assertEqual(os.stat(self.keyfile).st_ino, inode)
+
+    def test_client_in_place_of_an_access_point(self):
+        self.put_access_point()
+        self.assert_client_saved(NEW, *self.watch(self.save_client(NEW, pick=True)))
+
+    def test_access_point(self):
+        self.put_access_point()
+
+        def act(program):
+            program.show_page("Wifi")
+            program.fill("Password", LONGER)
+            program.button("Save And Exit")
+
+        self.assert_access_point_saved(LONGER, *self.watch(act))
+
+    def test_access_point_in_place_of_a_client(self):
+        self.put_client()
+        self.assert_access_point_saved(NEW, *self.watch(self.save_access_point(NEW)))
+
+    def test_access_point_that_fails_validation(self):
+        self.put_client()
+
+        def act(program):
+            program.show_page("Wifi")
+            program.pick("Access Point")
+            program.fill("Password", NEW)
+            program.button("Save And Exit")
+            program.button("OK")
+            program.button("Exit Without Saving")
+
+        _, files = self.watch(act)
+        self.assertEqual(files.writes, 0)
+
+    def test_disabled(self):
+        self.put_client()
+
+        def act(program):
+            program.show_page("Wifi")
+            program.pick("Disabled")
+            program.button("Save And Exit")
+
+        program, files = self.watch(act)
+        self.assertFalse(os.path.exists(self.keyfile))
+        self.assertEqual(files.writes, 0)
+        self.assertFalse(files.is_secret(program.output))
+
+    # Files that careless hands have left. Their old password is known, the new one must not be.
+
+    def test_keyfile_that_everybody_may_read(self):
+        self.put_client(0o644)
+        self.assert_client_saved(LONGER, *self.watch(self.save_client(LONGER), [LONGER], "022"))
+
+    def test_keyfile_that_everybody_may_read_patched_in_place(self):
+        self.put_client(0o666)
+        self.assert_client_saved(NEW, *self.watch(self.save_client(NEW), [NEW]))
+
+    def test_keyfile_with_a_second_name(self):
+        self.put_client(0o644)
+        other = os.path.join(self.folder, "other")
+        os.link(self.keyfile, other)
+        self.assert_client_saved(NEW, *self.watch(self.save_client(NEW), [NEW]))
+        self.assertEqual(stat.S_IMODE(os.stat(other).st_mode), 0o600)
+
+    def test_keyfile_that_is_a_link(self):
+        self.put_client(0o644)
+        target = os.path.join(self.folder, "target")
+        os.rename(self.keyfile, target)
+        os.symlink(target, self.keyfile)
+        self.assert_client_saved(NEW, *self.watch(self.save_client(NEW), [NEW]))
+
+    def test_temporary_file_that_was_left(self):
+        self.put_client()
+        left = self.put("wlan0.nmconnectio~", "left over")
+        os.chmod(left, 0o666)
+        other = os.path.join(self.folder, "other")
+        os.link(left, other)
+        self.assert_client_saved(LONGER, *self.watch(self.save_client(LONGER)))
+        self.assertEqual(program_case.read(other), b"left over")
+
+    # Ethernet
+
+    def save_ethernet(self, stored, label=None):
+        """Saves, in another mode if a label is given; returns the keyfile and the files."""
+        self.put("ethernet.nmconnection", ETHERNET.format(password=OLD, method=stored))
+
+        def act(program):
+            if label:
+                program.pick(label)
+            if label == "Static IP":
+                program.fill("IP Address", "192.168.1.10")
+                program.fill("Subnet Mask", "255.255.255.0")
+                program.fill("Default Gateway", "192.168.1.1")
+            program.button("Save And Exit")
+
+        program, files = self.watch(act)
+        self.assertFalse(files.is_secret(program.output + program.errors))
+        record = program_case.read(program_case.UPDATE_RECORD).decode()
+        self.assertRegex(record, "^([0-9A-F]{2} ){13}$")
+        self.assertEqual(stat.S_IMODE(os.stat(program_case.UPDATE_RECORD).st_mode), 0o666)
+        return program_case.read(self.path("ethernet.nmconnection")).decode(), files
+
+    def test_static_address(self):
+        keyfile, files = self.save_ethernet("manual")
+        self.assertIn(f"\npassword={OLD}\n", keyfile)
+        self.assertGreater(files.writes, 0)
+
+    def test_dynamic_address(self):
+        keyfile, files = self.save_ethernet("auto")
+        self.assertIn(f"\npassword={OLD}\n", keyfile)
+        self.assertGreater(files.writes, 0)
+
+    def test_static_address_in_place_of_a_dynamic_one(self):
+        keyfile, _ = self.save_ethernet("auto", "Static IP")
+        self.assertNotIn(OLD, keyfile)
+
+    def test_dynamic_address_in_place_of_a_static_one(self):
+        keyfile, _ = self.save_ethernet("manual", "Dynamic IP")
+        self.assertNotIn(OLD, keyfile)
+
+
+program_case.main()
