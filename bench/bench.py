@@ -116,6 +116,18 @@ def count_instructions(measure, folder, output):
     return counts
 
 
+def measure_flush(measure, build):
+    """Returns {save: (median seconds of its writes, median seconds of the flush)}, on a disk."""
+    with tempfile.TemporaryDirectory(prefix="bench-", dir=build) as folder:
+        output = os.path.join(folder, "output")
+        subprocess.run([measure, "flush", folder, output], check=True)
+        result = {}
+        for work, _, _, numbers in rows(output):
+            seconds = [float(number) for number in numbers.split()]
+            result[work] = statistics.median(seconds[::2]), statistics.median(seconds[1::2])
+        return result
+
+
 def measure_all(build):
     measure = os.path.join(build, "bench", "measure")
     # A file system in memory: a disk's mood is no part of the comparison.
@@ -135,6 +147,8 @@ def measure_all(build):
                 for work, lines, contender, numbers in rows(output)}
         step("Counting instructions")
         instructions = count_instructions(measure, folder, output)
+    step("Measuring the flush to the disk")
+    flush = measure_flush(measure, build)
     step("Measuring the start of the program")
     begin = start.measure(build)
 
@@ -147,7 +161,8 @@ def measure_all(build):
             numbers["system calls"] = dict(calls[key])
             numbers["heap calls"], numbers["unit heap calls"], numbers["peak heap"] = heap[key]
         works.append(entry)
-    return {"machine": machine(), "processes": PROCESSES, "works": works, "start": begin}
+    return {"machine": machine(), "processes": PROCESSES, "works": works, "start": begin,
+            "flush": flush}
 
 
 def machine():
@@ -190,6 +205,9 @@ def print_tables(result):
     print_table("Heap calls, and those not made by the C library", works,
                 lambda numbers: f"{numbers['heap calls']} {numbers['unit heap calls']}")
     print_table("Peak heap, bytes", works, lambda numbers: str(numbers["peak heap"]))
+    print("\nMilliseconds on the disk, median: a save without its pause, and the flush that ends it")
+    for work, (saved, flushed) in result["flush"].items():
+        print(f"{work:22}{1e3 * saved:10.2f}{1e3 * flushed:10.2f}")
     print_start(result["start"])
 
 

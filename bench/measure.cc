@@ -3,6 +3,7 @@
 //
 //   measure check FOLDER OUTPUT           whether all contenders give right answers
 //   measure time FOLDER OUTPUT SECONDS    CPU time, so long for each kind of work
+//   measure flush FOLDER OUTPUT           seconds of saves, and of the flush that ends each
 //   measure once FOLDER OUTPUT [LINES]    each once, between marks, for tools that count; keyfiles
 //                                         up to so many lines
 //
@@ -21,6 +22,7 @@
 #include <string>
 
 #include "heap.h"
+#include "settings/file.h"
 #include "work.h"
 
 // The quote clean-up's pause takes no CPU time, but half an hour of this program's.
@@ -95,6 +97,29 @@ void measureTime(Work& work, double budget) {
   for (std::size_t i = 0; i < runners.size(); ++i) print(work, *runners[i].contender, numbers[i]);
 }
 
+double wallSeconds() {
+  timespec time{};
+  clock_gettime(CLOCK_MONOTONIC, &time);
+  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
+/** A save by our own functions, and the flush that ends it, several times: here the disk counts. */
+void measureFlush(Work& work) {
+  constexpr unsigned SAVES = 40;
+  for (Runner& runner : runnersFor(work)) {
+    if (std::strcmp(runner.contender->name, "ours") != 0) continue;
+    std::string numbers;
+    for (unsigned turn = 0; turn < SAVES; ++turn) {
+      const double start = wallSeconds();
+      work.run(*runner.contender, runner.path, turn);
+      const double saved = wallSeconds();
+      flushToDisk(runner.path);
+      numbers += std::to_string(saved - start) + " " + std::to_string(wallSeconds() - saved) + " ";
+    }
+    print(work, *runner.contender, numbers);
+  }
+}
+
 /** A system call that strace shows between those of the work. */
 void mark(const std::string& what) { (void)!access(("mark:" + what).c_str(), F_OK); }
 
@@ -135,7 +160,7 @@ bool check(Work& work) {
 
 int main(int argc, char** argv) {
   if (argc < 4) {
-    std::fprintf(stderr, "usage: measure check|time|once FOLDER OUTPUT [NUMBER]\n");
+    std::fprintf(stderr, "usage: measure check|time|flush|once FOLDER OUTPUT [NUMBER]\n");
     return 2;
   }
   output = std::fopen(argv[3], "we");
@@ -147,6 +172,7 @@ int main(int argc, char** argv) {
   for (const auto& work : allWork(argv[2])) {
     if (what == "check") right = check(*work) && right;
     if (what == "time") measureTime(*work, number);
+    if (what == "flush" && work->name.rfind("save", 0) == 0) measureFlush(*work);
     if (what == "once" && work->lines <= number) measureOnce(*work);
   }
   std::fclose(output);

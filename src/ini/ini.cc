@@ -277,6 +277,7 @@ class line_reader {
   explicit line_reader(FILE* source, long size = LONG_MAX) : file(source), end(size) {}
   line_reader(const line_reader&) = delete;
   line_reader& operator=(const line_reader&) = delete;
+  ~line_reader() = default;
 
   bool next() {
     if (terminated) *behind() = held;
@@ -298,7 +299,7 @@ class line_reader {
     while (next()) {
       if (first() == '[') return true;
       // One look at all that was read passes over many lines: up to the one that holds a "[".
-      const std::size_t rest = static_cast<std::size_t>(filled - behind());
+      const auto rest = static_cast<std::size_t>(filled - behind());
       const void* bracket = std::memchr(behind(), '[', rest);
       const char* limit = bracket != NULL ? static_cast<const char*>(bracket) : filled;
       const void* newline = memrchr(behind(), '\n', static_cast<std::size_t>(limit - behind()));

@@ -26,7 +26,8 @@ bool writeAll(int descriptor, std::string_view content) {
 /** Whether an operation succeeds, be it on a second try: some failures pass. */
 template <typename Operation>
 bool succeeds(Operation operation) {
-  return operation() || operation();
+  if (operation()) return true;
+  return operation();
 }
 
 }  // namespace
