@@ -1,3 +1,4 @@
+// SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 // SPDX-License-Identifier: MIT
 // The floor for the start: the tree of widgets that the program shows on the sample keyfiles, by
 // the same toolkit, without files, signals or thought. first_frame.cc shows that the trees are the

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 # SPDX-License-Identifier: MIT
 """Measures everything in one go, prints tables, and writes the numbers to BUILD/bench.json.
 

@@ -1,3 +1,4 @@
+# SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 # SPDX-License-Identifier: MIT
 """Instruction counts by valgrind's callgrind. They do not depend on how busy a machine is."""
 import collections

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 # SPDX-License-Identifier: MIT
 """Fails when an operation takes more instructions than it used to; prints TAP.
 

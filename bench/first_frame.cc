@@ -1,3 +1,4 @@
+// SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 // SPDX-License-Identifier: MIT
 // Preloaded into a program with a window: ends it as soon as its first frame is painted. So it is
 // the same for every program, and none has anything built in for it. With FIRST_FRAME_TREE set the

@@ -1,3 +1,4 @@
+// SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 // SPDX-License-Identifier: MIT
 // Takes the place of the C library's allocation functions in the whole process, and counts.
 #include "heap.h"

@@ -1,3 +1,4 @@
+// SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 // SPDX-License-Identifier: MIT
 // Runs the work in the way of every contender; bench.py makes tables of what this prints.
 //

@@ -1,3 +1,4 @@
+// SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 // SPDX-License-Identifier: MIT
 // The operations whose instructions are watched, each once between two of callgrind's marks:
 //   operations FOLDER

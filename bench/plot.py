@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 # SPDX-License-Identifier: MIT
 """Draws how the cost of an operation grows with its keyfile, one SVG for each kind of work.
 

@@ -1,3 +1,4 @@
+# SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 # SPDX-License-Identifier: MIT
 """The start, from exec to the first painted frame, beside a bare window of the same widgets."""
 import collections

@@ -1,3 +1,4 @@
+// SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 // SPDX-License-Identifier: MIT
 // The arithmetic of addresses against its definitions. The input is the text of an address, a mask,
 // a prefix or a stored address, or of a whole form: address, mask and gateway with "|" between

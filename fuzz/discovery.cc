@@ -1,3 +1,4 @@
+// SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 // SPDX-License-Identifier: MIT
 // Finding the keyfiles, reading all that the pages show, saving it and removing the quotes. The
 // input is the keyfiles of a folder, with "@@" and an LF between them.

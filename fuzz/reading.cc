@@ -1,3 +1,4 @@
+// SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 // SPDX-License-Identifier: MIT
 // Every reading operation, with buffers of any size, on any file. The input is the file.
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 // SPDX-License-Identifier: MIT
 // Gives a fuzzing program the inputs of a folder, one test each: what was found once stays mended.
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 // SPDX-License-Identifier: MIT
 // Sequences of writes. The input is a file and, each behind "@@" and an LF, changes to it: lines
 // "section|key|value", "section|key" (delete the key) or "section" (delete the section). Without

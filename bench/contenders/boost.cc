@@ -1,3 +1,4 @@
+// SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 // SPDX-License-Identifier: MIT
 // Boost's property_tree. Saving truncates the file in place, and forgets its comments.
 #include <boost/property_tree/ini_parser.hpp>

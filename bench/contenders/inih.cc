@@ -1,3 +1,4 @@
+// SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 // SPDX-License-Identifier: MIT
 // inih, a parser with a callback. It only reads, and always to the end of the file.
 #include <ini.h>

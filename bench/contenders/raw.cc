@@ -1,3 +1,4 @@
+// SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 // SPDX-License-Identifier: MIT
 // The floor: the system calls that the work cannot do without, one search in memory, and no rule of
 // the grammar. It is right only for the plain files of this benchmark.

@@ -1,3 +1,4 @@
+// SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 // SPDX-License-Identifier: MIT
 // SimpleIni. Saving truncates the file in place: a full disk or a kill loses it.
 // For the header; the class for bytes converts nothing in any case.

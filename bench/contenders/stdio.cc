@@ -1,3 +1,4 @@
+// SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 // SPDX-License-Identifier: MIT
 // The floor for streams: the same tricks (a buffer on the stack, no locks, a copy that does not
 // look at what it copies), and the least parser that finds a key in the plain files of this

@@ -1,3 +1,4 @@
+// SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 // SPDX-License-Identifier: MIT
 // The object as it is before anything was done with it. A program of its own, since there is only
 // one such object in a process.

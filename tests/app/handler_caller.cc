@@ -1,3 +1,4 @@
+// SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 // SPDX-License-Identifier: MIT
 // Requests an action of the privileged program: handler-caller ACTION ARGUMENT. Goes on afterwards:
 // reports the end of the child on standard output and makes the file that RETURNED names.

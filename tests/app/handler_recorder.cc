@@ -1,3 +1,4 @@
+// SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 // SPDX-License-Identifier: MIT
 // Stands in for the privileged program and writes down what it was given: its arguments one by one,
 // its umask, whether two signals are ignored and whether its caller went on, into the file that

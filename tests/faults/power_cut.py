@@ -1,3 +1,4 @@
+# SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 # SPDX-License-Identifier: MIT
 """What a power cut leaves: a disk that keeps nothing but what was flushed to it."""
 import codecs

@@ -1,3 +1,4 @@
+// SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 // SPDX-License-Identifier: MIT
 // Loaded into the program (LD_PRELOAD), this does in its window what a person would do, one action
 // a line of ZOR_PRESS, as soon as the window shows:

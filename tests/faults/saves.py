@@ -1,3 +1,4 @@
+# SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 # SPDX-License-Identifier: MIT
 """Saves: what is done in the window, and every state of the keyfile that this may lead to.
 

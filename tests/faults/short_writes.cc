@@ -1,3 +1,4 @@
+// SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 // SPDX-License-Identifier: MIT
 // Stands in front of the C library's functions: the write with the number ZOR_SHORT_WRITE, from 1,
 // among those to regular files takes only half of the bytes, as a disk that is nearly full would.

@@ -1,3 +1,4 @@
+// SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 // SPDX-License-Identifier: MIT
 // The unit as a whole, for what it refuses to be given: no caller outside can break most of it.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 // SPDX-License-Identifier: MIT
 // Performs operations on one INI file, a line each on standard input, and answers with a line each.
 // Usage: perform FOLDER, an empty one.

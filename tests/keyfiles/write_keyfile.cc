@@ -1,3 +1,4 @@
+// SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 // SPDX-License-Identifier: MIT
 // Writes a keyfile as the window's save does, without the window: what is given to NetworkManager's
 // parser must be what the program writes, and neither a display nor entries are needed for that.

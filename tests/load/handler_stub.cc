@@ -1,3 +1,4 @@
+// SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 // SPDX-License-Identifier: MIT
 // Stands in for the privileged program where it is started thousands of times: ends at once, with a
 // status that nothing else here has. The only thing that it looks at is that it got an action.

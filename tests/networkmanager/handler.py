@@ -1,3 +1,4 @@
+# SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 # SPDX-License-Identifier: MIT
 """A stand-in for the privileged program, which does what the program asks for.
 

@@ -1,3 +1,4 @@
+# SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 # SPDX-License-Identifier: MIT
 """A device on a network of its own: eth0, a real NetworkManager, a gateway with a DHCP server.
 

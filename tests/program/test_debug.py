@@ -1,3 +1,4 @@
+# SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 # SPDX-License-Identifier: MIT
 """Debug mode as a process: start, pages and modes, every way of leaving, a second instance."""
 import os

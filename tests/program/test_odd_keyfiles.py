@@ -1,3 +1,4 @@
+# SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 # SPDX-License-Identifier: MIT
 """Keyfiles and folders that nobody meant: the window opens all the same, without a warning."""
 import os

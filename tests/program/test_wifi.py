@@ -1,3 +1,4 @@
+# SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 # SPDX-License-Identifier: MIT
 """Saving on the Wifi page with real key and pointer events, and its validation dialog."""
 import os

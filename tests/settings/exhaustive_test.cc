@@ -1,3 +1,4 @@
+// SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 // SPDX-License-Identifier: MIT
 // All masks, all prefixes and all short texts of an octet: their number allows it.
 #include <gtest/gtest.h>

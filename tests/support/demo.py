@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 # SPDX-License-Identifier: MIT
 """Shows the program at work on sample keyfiles: demo.py PROGRAM SAMPLES_DIR.
 

@@ -1,3 +1,4 @@
+# SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 # SPDX-License-Identifier: MIT
 """A private virtual desktop: an X server, a session bus with accessibility, a pointer, a keyboard.
 

@@ -1,3 +1,4 @@
+# SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 # SPDX-License-Identifier: MIT
 """A private /tmp and a private /etc/NetworkManager for the calling program and all it starts.
 

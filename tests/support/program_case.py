@@ -1,3 +1,4 @@
+# SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 # SPDX-License-Identifier: MIT
 """What the tests of the whole program share: a desktop, private folders, runs and comparisons."""
 import os

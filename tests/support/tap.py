@@ -1,3 +1,4 @@
+# SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 # SPDX-License-Identifier: MIT
 """Runs the unittest cases of the calling file and reports them in the Test Anything Protocol."""
 import sys
