@@ -3,6 +3,7 @@
 #include "widgets/APCredentials.h"
 
 #include "settings/text.h"
+#include "widgets/accessible.h"
 #include "widgets/layout.h"
 #include "widgets/text.h"
 
@@ -26,6 +27,8 @@ APCredentials::APCredentials(NetworkManagerConfig& paths)
   ipAddressEntry.set_text("");
   subnetMaskEntry.set_text("");
 
+  nameDropDown(channelDropDown, channelLabel);
+  openAtChoice(channelDropDown);
   channelModel = Gtk::StringList::create(channelNames);
   channelDropDown.set_model(channelModel);
   channelDropDown.set_selected(AUTOMATIC);

@@ -20,6 +20,7 @@ WifiCredentials::WifiCredentials(NetworkManagerConfig& paths)
   loadFromFile();
   passwordEntry.set_visibility(false);
   passwordEntry.set_invisible_char('*');
+  passwordEntry.set_input_purpose(Gtk::InputPurpose::PASSWORD);
 
   grid.attach(ssidLabel, 0, 0);
   grid.attach(ssidEntry, 1, 0);

@@ -49,6 +49,7 @@ void layOutFramedGrid(Gtk::Box& box, Gtk::Label& title, Gtk::Frame& frame, Gtk::
   grid.set_row_homogeneous(true);
   grid.set_margin(MARGIN);
   frame.set_child(grid);
+  title.set_mnemonic_widget(grid);
   showAll({&title, &frame, &grid});
 }
 

@@ -21,7 +21,10 @@ void showAll(std::initializer_list<Gtk::Widget*> widgets);
 void layOutDeviceBox(Gtk::Box& box, Gtk::Grid& grid, Gtk::Label& label, Gtk::Entry& entry,
                      const std::string& interfaceName);
 
-/** Puts a title and, below it, a frame around a grid of equal cells into a vertical box. */
+/**
+ * Puts a title and, below it, a frame around a grid of equal cells into a vertical box; the title
+ * names the grid.
+ */
 void layOutFramedGrid(Gtk::Box& box, Gtk::Label& title, Gtk::Frame& frame, Gtk::Grid& grid);
 
 /** Puts a label into column 0 and its field beside it; the label names the field. */

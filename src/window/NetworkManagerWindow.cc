@@ -6,6 +6,7 @@
 
 #include "settings/log.h"
 #include "settings/wifi.h"
+#include "widgets/accessible.h"
 #include "widgets/layout.h"
 
 namespace {
@@ -75,6 +76,7 @@ void NetworkManagerWindow::buildLayout() {
   notebook.set_tab_pos(Gtk::PositionType::TOP);
   notebook.append_page(ethernetGrid, "Ethernet");
   notebook.append_page(wifiGrid, "Wifi");
+  nameTabs(notebook);
 
   ethernetGrid.set_margin(MARGIN);
   ethernetGrid.set_visible(true);

@@ -5,6 +5,7 @@
 #include "settings/text.h"
 #include "settings/validation.h"
 #include "settings/wifi.h"
+#include "widgets/accessible.h"
 #include "window/NetworkManagerWindow.h"
 
 bool NetworkManagerWindow::validateWifiValues() {
@@ -68,6 +69,7 @@ void NetworkManagerWindow::showInvalidValues(std::unique_ptr<Gtk::MessageDialog>
   dialog = std::make_unique<Gtk::MessageDialog>(*this, message, false, Gtk::MessageType::INFO,
                                                 Gtk::ButtonsType::OK, false);
   dialog->set_secondary_text(detail);
+  nameDialog(*dialog);
   dialog->set_modal(true);
   dialog->set_hide_on_close(true);
   dialog->signal_response().connect(sigc::hide(sigc::mem_fun(*dialog, &Gtk::Widget::hide)));

@@ -20,7 +20,7 @@ gi.require_version("Gio", "2.0")
 from gi.repository import Gio, GLib
 
 LIMIT = 20 * float(os.environ.get("MESON_TEST_TIMEOUT_MULTIPLIER", "1"))
-SCREEN = "1024x768x24"
+SCREEN = (1024, 768)
 
 # Only accessibility is started on demand: a desk's other services would meddle and chat.
 _BUS_CONFIG = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
@@ -67,7 +67,8 @@ def bound_to_us(*command):
 class Desktop:
     """Everything is started by `with Desktop() as desktop` and gone after it."""
 
-    def __init__(self):
+    def __init__(self, screen=SCREEN):
+        self.screen = screen
         self.folder = tempfile.mkdtemp(prefix="zor-desktop-")
         self._processes = []
         self._display = None
@@ -140,7 +141,7 @@ class Desktop:
 
     def _start_x_server(self):
         reader, writer = os.pipe()
-        self._start("Xvfb", "-displayfd", str(writer), "-screen", "0", SCREEN, "-nolisten", "tcp",
+        self._start("Xvfb", "-displayfd", str(writer), "-screen", "0", "{}x{}x24".format(*self.screen), "-nolisten", "tcp",
                     "-noreset", stdout=self._log, pass_fds=[writer])
         os.close(writer)
         name = ":" + self._read_announcement(reader, "the X server")
@@ -252,7 +253,8 @@ class Desktop:
 
     def park_pointer(self):
         """Moves the pointer away, so that nothing is drawn as pointed at."""
-        xtest.fake_input(self._display, X.MotionNotify, x=1020, y=760)
+        width, height = self.screen
+        xtest.fake_input(self._display, X.MotionNotify, x=width - 1, y=height - 1)
         self._display.sync()
 
     def press(self, *names):

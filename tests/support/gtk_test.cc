@@ -130,7 +130,11 @@ std::string entryProperties(const Gtk::Entry& entry) {
     text += " shown-as=" + Glib::ustring(1, entry.get_invisible_char()).raw();
   if (entry.get_max_length() != 0) text += " max-length";
   if (!entry.get_placeholder_text().empty()) text += " placeholder";
-  if (entry.get_input_purpose() != Gtk::InputPurpose::FREE_FORM) text += " input-purpose";
+  if (entry.get_input_purpose() == Gtk::InputPurpose::PASSWORD) {
+    text += " for-a-password";
+  } else if (entry.get_input_purpose() != Gtk::InputPurpose::FREE_FORM) {
+    text += " other-purpose";
+  }
   return text;
 }
 

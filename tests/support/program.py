@@ -16,16 +16,17 @@ from desktop import LIMIT, bound_to_us, wait_until
 TITLE = "ZOR Network Manager"
 _ACCESSIBLE = "org.a11y.atspi.Accessible"
 _WINDOW_COORDINATES = 1  # asking for the screen's makes the toolkit print a warning
-_STATES = {4: "checked", 7: "editable", 16: "modal", 23: "selected", 24: "sensitive",
+_STATES = {4: "checked", 7: "editable", 11: "focusable", 12: "focused", 16: "modal", 23: "selected", 24: "sensitive",
            30: "visible", 43: "read-only"}
 
 
 class Node:
     """One accessible object at the moment of a look: kind, label, states, place, text."""
 
-    def __init__(self, role, name, states, box, text):
+    def __init__(self, role, name, description, states, box, text):
         self.role = role
         self.name = name
+        self.description = description
         self.states = states
         self.box = box
         self.text = text
@@ -90,10 +91,13 @@ class Program:
     """A run of the program. `with Program(...)` makes sure that it ends.
 
     stdout: "pipe", "terminal", or a descriptor to hand over. wrapper: a command in front.
+    scale: how many pixels of the screen are one of the program's.
     """
 
-    def __init__(self, desktop, command, environment=None, stdout="pipe", wrapper=(), cwd=None):
+    def __init__(self, desktop, command, environment=None, stdout="pipe", wrapper=(), cwd=None,
+                 scale=1):
         self.desktop = desktop
+        self.scale = scale
         self._streams = {}
         self._fixed = {}  # what never changes of an accessible object
         handle, opened = stdout, []
@@ -114,7 +118,7 @@ class Program:
             command = bound_to_us(*wrapper, *command)
         self.process = subprocess.Popen(
             command, stdin=subprocess.DEVNULL, stdout=handle, stderr=errors,
-            env={**desktop.environment, **(environment or {})}, cwd=cwd)
+            env={**desktop.environment, "GDK_SCALE": str(scale), **(environment or {})}, cwd=cwd)
         for descriptor in opened:
             os.close(descriptor)
 
@@ -173,8 +177,8 @@ class Program:
         role, interfaces = self._fixed[reference]
         (bits,) = self._ask(reference, _ACCESSIBLE, "GetState")
         states = {name for bit, name in _STATES.items() if bits and bits[bit // 32] >> bit % 32 & 1}
-        (name,) = self._ask(reference, "org.freedesktop.DBus.Properties", "Get",
-                            GLib.Variant("(ss)", (_ACCESSIBLE, "Name")))
+        (known,) = self._ask(reference, "org.freedesktop.DBus.Properties", "GetAll",
+                             GLib.Variant("(s)", (_ACCESSIBLE,)))
         box = text = None
         if "Component" in interfaces:
             (box,) = self._ask(reference, "org.a11y.atspi.Component", "GetExtents",
@@ -182,7 +186,7 @@ class Program:
         if "Text" in interfaces:
             (text,) = self._ask(reference, "org.a11y.atspi.Text", "GetText",
                                 GLib.Variant("(ii)", (0, 1 << 20)))
-        node = Node(role, name, states, box, text)
+        node = Node(role, known["Name"], known["Description"], states, box, text)
         (children,) = self._ask(reference, _ACCESSIBLE, "GetChildren")
         node.children = [self._look_at(child) for child in children]
         self._drop_hidden_pages(node)
@@ -217,7 +221,7 @@ class Program:
                 return None
             before, last = last, tree.dump()
             laid_out = sorted(child.box[2:] for child in tree.children)
-            shown = sorted(box[2:] for window, box in self.desktop.windows()
+            shown = sorted(self._size_of(box) for window, box in self.desktop.windows()
                            if not window.get_attributes().override_redirect)
             return tree if before == last and laid_out == shown else None
 
@@ -225,6 +229,10 @@ class Program:
             return wait_until(at_rest, "the window to come to rest", interval=0.025)
         except TimeoutError as error:
             raise TimeoutError(f"{error}\n{last}\n{self.desktop.windows()}") from None
+
+    def _size_of(self, box):
+        """The size of a place on the screen in the program's pixels."""
+        return box[2] // self.scale, box[3] // self.scale
 
     def window(self):
         """The main window's node."""
@@ -268,12 +276,42 @@ class Program:
                 return top, node
         raise AssertionError(f"no {role} {label!r} in\n{tree.dump()}")
 
-    # Acting, with the pointer and the keyboard alone.
+    def focused(self):
+        """Role and name of what has the keyboard's focus, as a screen reader would tell."""
+        for top in reversed(self.look().children):
+            for node in reversed(list(top.walk())):  # a list's row before the button that opened it
+                if "focused" in node.states:
+                    return node.role, node.name
+        return None
+
+    # Acting, with the keyboard alone.
+
+    def focus(self, role, name):
+        """Presses Tab until the focus is there; fails when it has come round."""
+        seen = []
+        while (place := self.focused()) != (role, name):
+            assert place not in seen, f"no {role} {name!r} among {seen}"
+            seen.append(place)
+            self.desktop.press("Tab")
+
+    def focus_and_press(self, role, name, *keys):
+        """Goes to something, and presses keys together there."""
+        self.focus(role, name)
+        self.desktop.press(*keys)
+
+    def focus_and_type(self, name, text):
+        """Goes to an entry, and types a text in place of what it holds."""
+        self.focus_and_press("text box", name, "Control_L", "a")
+        self.desktop.press("BackSpace")
+        self.desktop.type(text)
+        wait_until(lambda: self.text(name) == text, f"{text!r} in {name!r}")
+
+    # Acting, with the pointer and the keyboard.
 
     def frame_of(self, top):
         """The X window and the place on the screen of a top-level node."""
         for window, box in self.desktop.windows():
-            if box[2:] == top.box[2:]:
+            if self._size_of(box) == top.box[2:]:
                 return window, box
         raise AssertionError(f"no X window for {top.dump()}")
 
@@ -281,7 +319,7 @@ class Program:
         """Clicks in the middle of what bears a label."""
         top, node = self._named(role, label)
         _, (left, above, width, height) = self.frame_of(top)
-        x, y = (node.box[0] + node.box[2] // 2, node.box[1] + node.box[3] // 2)
+        x, y = (self.scale * (node.box[i] + node.box[i + 2] // 2) for i in (0, 1))
         assert 0 < x < width and 0 < y < height, f"{label!r} is out of reach:\n{top.dump()}"
         self.desktop.click(left + x, above + y)
 
@@ -323,7 +361,7 @@ class Program:
         """Presses the close button that a window manager would show."""
         self.desktop.close_window(self.frame_of(self.window())[0])
 
-    def screenshot(self, path):
+    def screenshot(self, path, whole_screen=False):
         """Saves a picture (PNG) of the window, with the dialog in its middle if there is one."""
         self.desktop.park_pointer()
         tree = self.look()
@@ -337,6 +375,8 @@ class Program:
                             y=(box[3] - height) // 2)
             self.look()
             box = (0, 0, max(box[2], width + 2), box[3])
+        if whole_screen:
+            box = (0, 0, *self.desktop.screen)
         last = None
 
         def steady():

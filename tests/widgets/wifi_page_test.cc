@@ -160,7 +160,7 @@ TEST_F(WifiPage, CredentialsStandInOneRowWithThePasswordHidden) {
     (0,0,1,1) Label "SSID" margin=5
     (1,0,1,1) Entry "Home Net"
     (2,0,1,1) Label "Password" margin=5
-    (3,0,1,1) Entry "secret-1" shown-as=*
+    (3,0,1,1) Entry "secret-1" shown-as=* for-a-password
     (4,0,1,1) CheckButton "Show Password"
 )");
 }

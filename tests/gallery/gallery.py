@@ -8,6 +8,7 @@ import subprocess
 import sys
 import tempfile
 
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "support"))
 from desktop import Desktop
 from program import Program
 from recorder import Recorder
@@ -37,7 +38,7 @@ address1=10.42.0.1/24,10.42.0.1
 """
 
 
-def take_all(program, picture):
+def every_state(program, picture):
     """Goes through all states of the window."""
     picture("ethernet-static")
     program.fill("IP Address", "192.168.1")
@@ -61,7 +62,25 @@ def take_all(program, picture):
     picture("wifi-client-password-shown")
     program.pick("Disabled")
     picture("wifi-disabled")
-    program.close()
+
+
+def fullest_states(program, picture):
+    """Shows each page with all that it can hold."""
+    picture("ethernet-static")
+    program.show_page("Wifi")
+    picture("wifi-access-point")
+
+
+SCREEN = (1280, 1024)
+PANEL = (800, 480)
+# The prefix of the names, what is done, and how the program is started.
+RUNS = (
+    ("", every_state, SCREEN, 1, {}),
+    ("dark-", fullest_states, SCREEN, 1, {"GTK_THEME": "Default-dark"}),
+    ("high-contrast-", fullest_states, SCREEN, 1, {"GTK_THEME": "Default-hc"}),
+    ("twice-", fullest_states, SCREEN, 2, {}),
+    ("panel-800x480-", fullest_states, PANEL, 1, {}),
+)
 
 
 def shrink(path):
@@ -72,26 +91,41 @@ def shrink(path):
                         "png:compression-level=9", "PNG8:" + path], check=True)
 
 
-def main():
-    program_path, target = sys.argv[1:]
-    os.makedirs(target, exist_ok=True)
+def take_run(program_path, target, prefix, states, screen, scale, environment):
+    """Starts the program once and yields the paths of the pictures taken."""
+    taken = []
     with tempfile.TemporaryDirectory(prefix="zor-gallery-") as folder:
         recorder = Recorder(folder)
         for name, content in (("ethernet", ETHERNET), ("wlan0", WIFI)):
             with open(os.path.join(folder, name + ".nmconnection"), "w", encoding="utf-8") as file:
                 file.write(content)
         environment = {"PATH": recorder.bin + ":" + os.environ["PATH"],
-                       "ZOR_NETWORKMANAGER_DEBUG_PATH": folder}
-        with Desktop() as desktop, Program(desktop, [os.path.realpath(program_path), "1"],
-                                           environment) as program:
-            def picture(name):
-                path = os.path.join(target, name + ".png")
-                program.screenshot(path)
-                shrink(path)
-                print(path, os.path.getsize(path), "bytes", flush=True)
+                       "ZOR_NETWORKMANAGER_DEBUG_PATH": folder, **environment}
 
-            take_all(program, picture)
-            sys.exit(program.finish())
+        def picture(name):
+            path = os.path.join(target, prefix + name + ".png")
+            program.screenshot(path, whole_screen=screen == PANEL)
+            shrink(path)
+            taken.append(path)
+
+        with Desktop(screen) as desktop, Program(desktop, [os.path.realpath(program_path), "1"],
+                                                 environment, scale=scale) as program:
+            states(program, picture)
+            program.close()
+            status = program.finish()
+            assert status == 0, f"ended with {status}: {program.errors}"
+    return taken
+
+
+def take_all(program_path, target):
+    """Takes all pictures; returns their paths."""
+    os.makedirs(target, exist_ok=True)
+    return [path for run in RUNS for path in take_run(program_path, target, *run)]
+
+
+def main():
+    for path in take_all(*sys.argv[1:]):
+        print(path, os.path.getsize(path), "bytes")
 
 
 if __name__ == "__main__":

@@ -1,0 +1,95 @@
+// SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
+// SPDX-License-Identifier: MIT
+#include "widgets/accessible.h"
+
+#include <gtkmm/box.h>
+#include <gtkmm/listitem.h>
+#include <gtkmm/listview.h>
+#include <gtkmm/signallistitemfactory.h>
+#include <gtkmm/stringobject.h>
+
+namespace {
+
+void setText(Gtk::Widget& widget, Gtk::Accessible::Property property, const Glib::ustring& text) {
+  Glib::Value<Glib::ustring> value;
+  value.init(Glib::Value<Glib::ustring>::value_type());
+  value.set(text);
+  widget.update_property(property, value);
+}
+
+/** Names what can have the focus within a widget. */
+void nameFocusableParts(Gtk::Widget& whole, const Glib::ustring& name) {
+  for (Gtk::Widget* part = whole.get_first_child(); part != nullptr;
+       part = part->get_next_sibling()) {
+    if (part->get_focusable()) setText(*part, Gtk::Accessible::Property::LABEL, name);
+    nameFocusableParts(*part, name);
+  }
+}
+
+/** Makes the label of a row the name of that row, which is around it by the time it gets a text. */
+void nameRow(const Glib::RefPtr<Gtk::ListItem>& item) {
+  Gtk::Widget* content = item->get_child();
+  if (content == nullptr || content->get_parent() == nullptr) return;
+  auto* label = dynamic_cast<Gtk::Label*>(content->get_first_child());
+  if (label != nullptr) label->set_mnemonic_widget(*content->get_parent());
+}
+
+/** The list below a drop-down's button, or null. */
+Gtk::ListView* findList(Gtk::Widget& whole) {
+  for (Gtk::Widget* part = whole.get_first_child(); part != nullptr;
+       part = part->get_next_sibling()) {
+    if (auto* list = dynamic_cast<Gtk::ListView*>(part)) return list;
+    if (auto* list = findList(*part)) return list;
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+void nameDropDown(Gtk::DropDown& dropDown, const Gtk::Label& label) {
+  nameFocusableParts(dropDown, label.get_text());
+  if (const auto factory =
+          std::dynamic_pointer_cast<Gtk::SignalListItemFactory>(dropDown.get_factory()))
+    factory->signal_bind().connect(sigc::ptr_fun(nameRow));
+
+  dropDown.property_selected().signal_changed().connect([&dropDown] {
+    const auto choice = std::dynamic_pointer_cast<Gtk::StringObject>(dropDown.get_selected_item());
+    Gtk::Widget* button = dropDown.get_first_child();
+    if (choice && button != nullptr)
+      setText(*button, Gtk::Accessible::Property::DESCRIPTION, choice->get_string());
+  });
+}
+
+void openAtChoice(Gtk::DropDown& dropDown) {
+  auto* list = findList(dropDown);
+  if (list == nullptr) return;
+  // The popover looks for a place for the focus right after this, unless there is one already.
+  list->signal_map().connect([&dropDown, list] {
+    Gtk::Widget* row = list->get_first_child();
+    for (guint i = 0; row != nullptr && i < dropDown.get_selected(); ++i)
+      row = row->get_next_sibling();
+    if (row != nullptr) row->grab_focus();
+  });
+}
+
+void nameTabs(Gtk::Notebook& notebook) {
+  for (int number = 0; number < notebook.get_n_pages(); ++number) {
+    auto* label = dynamic_cast<Gtk::Label*>(notebook.get_tab_label(*notebook.get_nth_page(number)));
+    if (label == nullptr) continue;
+    label->get_parent()->reset_property(Gtk::Accessible::Property::LABEL);  // "Tab", of each
+    label->set_mnemonic_widget(*label->get_parent());
+  }
+  const auto nameNotebook = [&notebook] {
+    Gtk::Widget* page = notebook.get_nth_page(notebook.get_current_page());
+    if (page != nullptr)
+      setText(notebook, Gtk::Accessible::Property::LABEL, notebook.get_tab_label_text(*page));
+  };
+  nameNotebook();
+  notebook.property_page().signal_changed().connect(nameNotebook);
+}
+
+void nameDialog(Gtk::MessageDialog& dialog) {
+  setText(dialog, Gtk::Accessible::Property::LABEL, dialog.property_text().get_value());
+  Gtk::Widget* button = dialog.get_widget_for_response(Gtk::ResponseType::OK);
+  if (button != nullptr) button->reset_property(Gtk::Accessible::Property::LABEL);
+}

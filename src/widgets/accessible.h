@@ -1,0 +1,27 @@
+// SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <gtkmm/dropdown.h>
+#include <gtkmm/label.h>
+#include <gtkmm/messagedialog.h>
+#include <gtkmm/notebook.h>
+
+// What a screen reader and the keyboard need and the toolkit (4.8) leaves out: it gives some of its
+// widgets no name, or that of their type. A label names what it is the mnemonic label of, also
+// without an underlined letter.
+
+/**
+ * Names the button and the list within a drop-down by its label, and each row by its text; the
+ * choice describes the button. To be called before the drop-down gets its model, and so its rows.
+ */
+void nameDropDown(Gtk::DropDown& dropDown, const Gtk::Label& label);
+
+/** Lets the list open with the focus on the chosen row; at the first, Return would change it. */
+void openAtChoice(Gtk::DropDown& dropDown);
+
+/** Names each tab by its label, and the notebook, which has the tabs' focus, by the current one. */
+void nameTabs(Gtk::Notebook& notebook);
+
+/** Names a dialog by its message, and its button without the mark of a mnemonic. */
+void nameDialog(Gtk::MessageDialog& dialog);

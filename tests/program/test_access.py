@@ -1,0 +1,250 @@
+# SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
+# SPDX-License-Identifier: MIT
+"""The window for a screen reader, which goes by names, and for a person with a keyboard only."""
+import os
+import re
+import sys
+
+sys.path.insert(0, os.path.join(os.path.dirname(__file__), "..", "support"))
+import program_case
+from desktop import wait_until
+
+STATIC = """[connection]
+id=ethernet
+type=ethernet
+interface-name=eth0
+[ipv4]
+method=manual
+address1=192.168.1.10/24,192.168.1.1
+dns=8.8.8.8
+"""
+ACCESS_POINT = """[connection]
+id=Hotspot
+type=wifi
+interface-name=wlan0
+[wifi]
+mode=ap
+ssid=ZOR
+band=bg
+channel=6
+[wifi-security]
+psk=secret 88
+[ipv4]
+address1=10.42.0.1/24,10.42.0.1
+"""
+# In the order in which Tab goes round. A group of buttons is one stop, at the chosen one.
+BUTTONS = [("button", "Save And Exit"), ("button", "Exit Without Saving")]
+ETHERNET_ENTRIES = [("text box", name) for name in ("IP Address", "Subnet Mask", "Default Gateway",
+                                                    "DNS Server")]
+CREDENTIALS = [("text box", "SSID"), ("text box", "Password"), ("checkbox", "Show Password")]
+CHANNEL = "Channel (2.4 GHz)"
+CHANNELS = ["Auto", *map(str, range(1, 12))]
+# What the toolkit calls something that has no name: the name of its class, or that of its role.
+NAME_OF_A_TYPE = re.compile(r"\b(gtkmm__)?G[td]k[A-Z]|^(Tab|Tab list|Button|Entry|Window)$")
+
+
+def modes(tree):
+    """The buttons of the mode's group."""
+    (group,) = [node for node in tree.all("group") if node.name == "Mode"]
+    return group.all("checkbox")
+
+
+def stops(page, mode, *more):
+    return [("group", page), ("text box", "Device"), ("checkbox", mode), *more, *BUTTONS]
+
+
+class AccessCase(program_case.ProgramCase):
+
+    def run_on(self, page, **keyfiles):
+        """Starts on keyfiles given by their name, and goes to a page by keys."""
+        for name, content in keyfiles.items():
+            self.put(name + ".nmconnection", content)
+        program = self.run_debug()
+        self.assertEqual(program.focused(), ("group", "Ethernet"))
+        if page == "Wifi":
+            self.desktop.press("Right")
+            wait_until(lambda: program.page() == page, "the other page")
+        return program
+
+
+class Names(AccessCase):
+
+    def assert_named(self, program):
+        """What can have the focus has a name, which can be read on the screen."""
+        tree = program.look()
+        shown = {node.text for node in tree.walk() if node.role == "label"}
+        for node in tree.walk():
+            if "focusable" in node.states:
+                self.assertTrue(node.name, tree.dump())
+                self.assertNotRegex(node.name, NAME_OF_A_TYPE, tree.dump())
+                self.assertTrue(any(text in node.name for text in shown if text),
+                                f"{node.name!r} is not to be seen in\n{tree.dump()}")
+        return tree
+
+    def assert_fields(self, tree, *names):
+        """Each entry is named by the label in front of it, or above it."""
+        entries = tree.all("text box")
+        self.assertEqual([entry.name for entry in entries], list(names))
+        for entry in entries:
+            label = next(node for node in tree.all("label") if node.text == entry.name)
+            self.assertTrue(label.box[0] + label.box[2] <= entry.box[0]
+                            or label.box[1] + label.box[3] <= entry.box[1], tree.dump())
+
+    def test_ethernet_page(self):
+        program = self.run_on("Ethernet", ethernet=STATIC)
+        tree = self.assert_named(program)
+        self.assert_fields(tree, "Device", "IP Address", "Subnet Mask", "Default Gateway",
+                           "DNS Server")
+        self.assertEqual([tab.name for tab in tree.all("tab")], ["Ethernet", "Wifi"])
+        self.assertEqual([node.name for node in modes(tree)], ["Static IP", "Dynamic IP"])
+
+    def test_wifi_page(self):
+        program = self.run_on("Wifi", wlan0=ACCESS_POINT)
+        tree = self.assert_named(program)
+        self.assert_fields(tree, "Device", "SSID", "Password", "IP Address", "Subnet Mask")
+        self.assertEqual([node.name for node in modes(tree)],
+                         ["Disabled", "Client", "Access Point"])
+        self.assertEqual([node.name for node in tree.all("combo box")], [CHANNEL])
+
+    def test_list_of_channels(self):
+        program = self.run_on("Wifi", wlan0=ACCESS_POINT)
+        self.assertEqual(program.look().find("button", CHANNEL).description, "6")
+        program.focus_and_press("button", CHANNEL, "space")
+        wait_until(lambda: program.look().find("list item"), "the list")
+        tree = self.assert_named(program)
+        self.assertEqual([row.name for row in tree.all("list item")], CHANNELS)
+        self.assertEqual(program.focused(), ("list item", "6"))
+        self.desktop.press("End")
+        self.desktop.press("Return")
+        wait_until(lambda: program.channel() == "11", "the choice")
+        self.assertEqual(program.look().find("button", CHANNEL).description, "11")
+
+    def test_dialogs(self):
+        for page, entry, message in (
+                ("Ethernet", "IP Address", "You entered invalid Ethernet Credentials"),
+                ("Wifi", "Password", "You entered invalid Wifi Credentials")):
+            with self.subTest(page=page):
+                program = self.run_on(page, ethernet=STATIC, wlan0=ACCESS_POINT)
+                program.focus_and_type(entry, "x")
+                program.focus_and_press("button", "Save And Exit", "Return")
+                wait_until(program.dialog, "the dialog")
+                self.assert_named(program)
+                self.assertEqual(program.dialog().name, message)
+                self.assertEqual(program.focused(), ("button", "OK"))
+                program.__exit__()
+
+
+class Keyboard(AccessCase):
+
+    def assert_round(self, program, expected):
+        """Tab goes through all stops and back to the first, Shift+Tab the other way."""
+        for keys, order in ((["Tab"], expected), (["Shift_L", "Tab"], expected[:1] + expected[:0:-1])):
+            program.focus(*expected[0])
+            for stop in order:
+                self.assertEqual(program.focused(), stop)
+                self.desktop.press(*keys)
+            self.assertEqual(program.focused(), expected[0])
+
+    def choose(self, program, mode, *keys):
+        """Moves from the chosen button of the group to another one."""
+        chosen = next(node for node in modes(program.look()) if "checked" in node.states)
+        program.focus("checkbox", chosen.name)
+        for key in keys:
+            self.desktop.press(key)
+        wait_until(lambda: program.is_checked(mode), f"{mode} to be chosen")
+        self.assertEqual(program.focused(), ("checkbox", mode))
+
+    def test_order_on_the_ethernet_page(self):
+        program = self.run_on("Ethernet", ethernet=STATIC)
+        self.assert_round(program, stops("Ethernet", "Static IP", *ETHERNET_ENTRIES))
+        self.choose(program, "Dynamic IP", "Right")
+        self.assert_round(program, stops("Ethernet", "Dynamic IP"))
+
+    def test_order_on_the_wifi_page(self):
+        program = self.run_on("Wifi", wlan0=ACCESS_POINT)
+        self.assert_round(program, stops(
+            "Wifi", "Access Point", *CREDENTIALS, ("text box", "IP Address"),
+            ("text box", "Subnet Mask"), ("button", CHANNEL)))
+        self.choose(program, "Client", "Left")
+        self.assert_round(program, stops("Wifi", "Client", *CREDENTIALS))
+        self.choose(program, "Disabled", "Left")
+        self.assert_round(program, stops("Wifi", "Disabled"))
+
+    def test_pages(self):
+        program = self.run_on("Ethernet")
+        for keys, page in ((["Right"], "Wifi"), (["Left"], "Ethernet"),
+                           (["Control_L", "Next"], "Wifi"), (["Control_L", "Prior"], "Ethernet")):
+            self.desktop.press(*keys)
+            wait_until(lambda: program.page() == page, f"page {page}")
+            self.assertEqual(program.focused(), ("group", page))
+        program.focus("checkbox", "Dynamic IP")
+        self.desktop.press("Control_L", "Next")  # from within a page as well
+        wait_until(lambda: program.page() == "Wifi", "page Wifi")
+
+    def test_static_address(self):
+        program = self.run_on("Ethernet")
+        self.choose(program, "Static IP", "Left")
+        for (_, name), text in zip(ETHERNET_ENTRIES, ("10.20.30.40", "255.255.240.0", "10.20.16.1",
+                                                      "10.20.16.53")):
+            program.focus_and_type(name, text)
+        program.focus_and_press("button", "Save And Exit", "Return")
+        self.assertEqual(program.finish(), 0)
+        saved = program_case.read(self.path("ethernet.nmconnection")).decode()
+        self.assertIn("\nmethod=manual\n", saved)
+        self.assertIn("\naddress1=10.20.30.40/20,10.20.16.1\n", saved)
+        self.assertIn("\ndns=10.20.16.53\n", saved)
+        self.assertEqual(self.recorder.calls(), [["finalize_ethernet", "ethernet"]])
+
+    def test_access_point(self):
+        program = self.run_on("Wifi")
+        self.choose(program, "Access Point", "Right")
+        program.focus_and_type("SSID", "Halvorik AP")
+        program.focus_and_type("Password", "new_pass-1")
+        program.focus_and_press("checkbox", "Show Password", "space")
+        self.assertTrue(program.is_checked("Show Password"))
+        program.focus_and_type("IP Address", "192.168.4.20")
+        program.focus_and_type("Subnet Mask", "255.255.255.0")
+        self.assertEqual(program.look().find("button", CHANNEL).description, "Auto")
+        program.focus_and_press("button", CHANNEL, "space")
+        wait_until(lambda: program.focused() == ("list item", "Auto"), "the list")
+        for _ in range(7):
+            self.desktop.press("Down")
+        self.assertEqual(program.focused(), ("list item", "7"))
+        self.desktop.press("Return")
+        wait_until(lambda: program.focused() == ("button", CHANNEL), "the list to close")
+        program.focus_and_press("button", "Save And Exit", "space")
+        self.assertEqual(program.finish(), 0)
+        saved = program_case.read(self.path("wlan0.nmconnection")).decode()
+        for line in ("ssid=Halvorik AP", "mode=ap", "channel=7", "psk=new_pass-1",
+                     "address1=192.168.4.20/24,192.168.4.1"):
+            self.assertIn(f"\n{line}\n", saved)
+        self.assertEqual(self.recorder.calls(), [["finalize_wifi", "Hotspot"]])
+
+    def test_client_and_disabled(self):
+        program = self.run_on("Wifi", wlan0=ACCESS_POINT)
+        self.choose(program, "Disabled", "Left", "Left")
+        self.choose(program, "Client", "Right")
+        program.focus_and_type("SSID", "Café 7")
+        program.focus_and_press("button", "Save And Exit", "Return")
+        self.assertEqual(program.finish(), 0)
+        self.assertIn("\nssid=Café 7\n", program_case.read(self.path("wlan0.nmconnection")).decode())
+        self.assertEqual(self.recorder.calls(), [["finalize_wifi", "ZOR"]])
+
+    def test_dialog_is_answered_and_the_focus_comes_back(self):
+        for key in ("Return", "space", "Escape"):
+            with self.subTest(key=key):
+                program = self.run_on("Ethernet", ethernet=STATIC)
+                program.focus_and_type("IP Address", "10.0.0")
+                program.focus_and_press("button", "Save And Exit", "Return")
+                wait_until(program.dialog, "the dialog")
+                self.desktop.press(key)
+                wait_until(lambda: not program.dialog(), "the dialog to go")
+                self.assertEqual(program.focused(), ("button", "Save And Exit"))
+                self.assertEqual(program.text("IP Address"), "10.0.0")
+                program.focus_and_press("button", "Exit Without Saving", "Return")
+                self.assertEqual(program.finish(), 0)
+                self.assertEqual(program_case.read(self.path("ethernet.nmconnection")).decode(),
+                                 STATIC)
+
+
+program_case.main()
