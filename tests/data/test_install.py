@@ -1,0 +1,99 @@
+# SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
+# SPDX-License-Identifier: MIT
+"""What `meson install` puts where: test_install.py BUILD_DIRECTORY PROGRAM."""
+import configparser
+import os
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+import xml.etree.ElementTree as xml
+
+HERE = os.path.dirname(os.path.abspath(__file__))
+sys.path.insert(0, os.path.join(HERE, "..", "support"))
+import tap
+
+SOURCE = os.path.dirname(os.path.dirname(HERE))
+BUILD, PROGRAM = sys.argv[1:3]
+del sys.argv[1:3]
+
+FILES = {
+    "bin/zor-network-manager",
+    "share/applications/zor-network-manager.desktop",
+    "share/icons/hicolor/scalable/apps/zor-network-manager.svg",
+    "share/icons/hicolor/symbolic/apps/zor-network-manager-symbolic.svg",
+    "share/man/man1/zor-network-manager.1",
+    "share/man/man8/zor-network-permissions-handler.8",
+    "share/metainfo/org.gtkmm.example.metainfo.xml",
+}
+
+
+def source(name):
+    """The text of a file of the project."""
+    with open(os.path.join(SOURCE, name), encoding="utf-8") as file:
+        return file.read()
+
+
+class Installed(unittest.TestCase):
+
+    maxDiff = None
+
+    @classmethod
+    def setUpClass(cls):
+        cls.root = tempfile.mkdtemp(prefix="zor-install-")
+        cls.addClassCleanup(shutil.rmtree, cls.root)
+        subprocess.run(["meson", "install", "-C", BUILD, "--no-rebuild", "--destdir", cls.root],
+                       check=True, stdout=subprocess.DEVNULL)
+        (cls.prefix,) = [os.path.dirname(folder) for folder, folders, _ in os.walk(cls.root)
+                         if os.path.basename(folder) == "bin"]
+
+    def test_files_and_nothing_else(self):
+        found = {os.path.relpath(os.path.join(folder, name), self.prefix)
+                 for folder, _, names in os.walk(self.root) for name in names}
+        self.assertEqual(found, FILES)
+
+    def test_modes(self):
+        for name in FILES:
+            mode = os.stat(os.path.join(self.prefix, name)).st_mode & 0o7777
+            self.assertEqual(oct(mode), oct(0o755 if name.startswith("bin/") else 0o644), name)
+
+    def test_the_tree_is_valid(self):
+        # Looks for what the metainfo leads to: the desktop entry and its icon.
+        with tempfile.TemporaryDirectory(prefix="zor-tree-") as tree:
+            shutil.copytree(self.prefix, os.path.join(tree, "usr"))
+            done = subprocess.run(["appstreamcli", "validate-tree", "--no-net", "--pedantic",
+                                   "--strict", tree], capture_output=True, text=True, check=False)
+        self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
+
+    def test_the_entry_leads_to_the_program_and_its_window(self):
+        entry = configparser.RawConfigParser()
+        entry.optionxform = str
+        entry.read_string(source("data/zor-network-manager.desktop"))
+        entry = entry["Desktop Entry"]
+        self.assertIn("bin/" + entry["Exec"], FILES)
+        self.assertIn(f"share/icons/hicolor/scalable/apps/{entry['Icon']}.svg", FILES)
+        with open(PROGRAM, "rb") as file:
+            self.assertIn(entry["StartupWMClass"].encode() + b"\0", file.read())
+
+
+class Version(unittest.TestCase):
+
+    def test_is_the_same_everywhere(self):
+        (version,) = re.findall(r"\n  version: '([^']+)'", source("meson.build"))
+        release = xml.fromstring(source("data/org.gtkmm.example.metainfo.xml")).find("releases/release")
+        (package,) = re.findall(r"^zor-network-manager \(([^)-]+)", source("debian/changelog"))
+        self.assertEqual([release.get("version"), package], [version, version])
+
+
+class Dependencies(unittest.TestCase):
+
+    def test_each_has_its_reason(self):
+        (build,) = re.findall(r"^Build-Depends:\n((?:[ #].*\n)+)", source("debian/control"), re.M)
+        needed = re.findall(r"^ ([\w.+-]+)", build, re.M)
+        explained = re.findall(r"^\| `([^`]+)` \| .+ \|$", source("docs/dependencies.md"), re.M)
+        self.assertEqual(sorted(explained), sorted(needed))
+
+
+tap.main()

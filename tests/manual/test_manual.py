@@ -1,0 +1,465 @@
+# SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
+# SPDX-License-Identifier: MIT
+"""What the manual pages say, as far as no other test shows it, and what of it can go stale."""
+import glob
+import os
+import re
+import shutil
+import signal
+import subprocess
+import sys
+import unittest
+
+HERE = os.path.dirname(os.path.abspath(__file__))
+sys.path[:0] = [os.path.join(HERE, "..", "support"), os.path.join(HERE, "..", "program")]
+import program_case
+import transcripts as said
+from desktop import bound_to_us, wait_until
+from isolation import SYSTEM_CONNECTIONS
+from program_case import UPDATE_RECORD, read
+
+SOURCE = os.path.dirname(os.path.dirname(HERE))
+UNLOCK, ROLLBACK = ["unlock"], ["rollback"]
+WINDOW_IS_BUILT = "no manual settings to populate.\n"
+# A report is complete as soon as it has its name. While the shell waits for a command it blocks
+# signals, and for a redirection of its own it opens more: both must not be seen.
+REPORTER = """#!/bin/sh
+report={folder}/$1
+mkdir "$report.part"
+while read -r line; do echo "$line" >> "$report.part/status"; done < /proc/$$/status
+(exec ls -l /proc/$$/fd > "$report.part/descriptors")
+cp /proc/$$/environ /proc/$$/stat "$report.part"
+mv "$report.part" "$report"
+"""
+
+
+def page(name):
+    """The source of a manual page."""
+    return read(os.path.join(SOURCE, "data", "man", name)).decode()
+
+
+PROGRAM_PAGE = page("zor-network-manager.1")
+HANDLER_PAGE = page("zor-network-permissions-handler.8")
+
+
+class ManualCase(program_case.ProgramCase):
+
+    def setUp(self):
+        super().setUp()
+        self.reports = os.path.join(self.folder, "reports")
+        os.mkdir(self.reports)
+
+    def replace_handler(self, script):
+        """Puts a shell script in the recorder's place."""
+        with open(self.recorder.path, "w", encoding="utf-8") as file:
+            file.write(script.format(folder=self.reports))
+
+    def mark(self, name):
+        """The path of a file by which the scripts and the test tell each other something."""
+        return os.path.join(self.reports, name)
+
+    def run_production(self, **options):
+        """Starts the program on the samples, in the system's folder."""
+        self.use_samples(SYSTEM_CONNECTIONS)
+        return self.run_program(**options)
+
+    def assert_requests(self, *calls):
+        # Streams are shared with the requests: they have ended when the program's are closed.
+        self.assertCountEqual(self.recorder.calls(), list(calls))
+
+
+class Inherited(ManualCase):
+    """HOW IT IS CALLED: what a request is given."""
+
+    def reports_of_a_run(self, shell, **options):
+        """Runs production mode, prepared by shell commands; returns its pid and all reports."""
+        self.replace_handler(REPORTER)
+        program = self.run_production(wrapper=["sh", "-c", shell + '"$@"', "sh"], **options)
+        program.look()
+        environment = read(f"/proc/{program.process.pid}/environ")
+        program.button("Save And Exit")
+        self.assertEqual(program.finish(), 0)
+        actions = ("unlock", "finalize_ethernet", "rollback")
+        wait_until(lambda: sorted(os.listdir(self.reports)) == sorted(actions), "three reports")
+        return program.process.pid, environment, [
+            {name: read(os.path.join(self.reports, action, name)).decode()
+             for name in ("environ", "status", "stat", "descriptors")} for action in actions]
+
+    def test_environment_but_for_the_startup_id(self):
+        odd = {"PATH": self.recorder.bin + ":/usr/bin:/bin:relative", "IFS": ".", "ODD": "two\nlines",
+               "DESKTOP_STARTUP_ID": "id"}
+        _, given, reports = self.reports_of_a_run("exec ", environment=odd)
+        expected = sorted(given.decode().split("\0"))
+        self.assertIn("ODD=two\nlines", expected)
+        expected.remove("DESKTOP_STARTUP_ID=id")
+        for report in reports:
+            self.assertEqual(sorted(report["environ"].split("\0")), expected)
+
+    def descriptors(self, report):
+        """Number and target of what was open, without the shell's own script."""
+        found = re.findall(r" (\d+) -> (.*)", report["descriptors"])
+        return {int(number): target for number, target in found if target != self.recorder.path}
+
+    def test_descriptors_are_those_of_the_start(self):
+        _, _, reports = self.reports_of_a_run("exec 7</dev/zero; exec ")
+        for report in reports:
+            descriptors = self.descriptors(report)
+            self.assertEqual(sorted(descriptors), [0, 1, 2, 7])
+            self.assertEqual(descriptors[7], "/dev/zero")
+            self.assertRegex(descriptors[1], "^pipe:")
+
+    def test_closed_streams_are_open_on_the_null_device(self):
+        _, _, reports = self.reports_of_a_run("exec <&- >&- 2>&- ")
+        for report in reports:
+            self.assertEqual(self.descriptors(report), dict.fromkeys(range(3), "/dev/null"))
+
+    def test_signals(self):
+        _, _, reports = self.reports_of_a_run("trap '' HUP USR1 PIPE; exec ")
+
+        def ignored(report, number):
+            (mask,) = re.findall(r"SigIgn:\s(\w+)", report["status"])
+            return int(mask, 16) >> (number - 1) & 1
+
+        for report in reports:
+            self.assertRegex(report["status"], r"\nSigBlk:\s0+\n")
+            self.assertTrue(ignored(report, signal.SIGUSR1))
+            self.assertFalse(ignored(report, signal.SIGPIPE))
+        self.assertEqual([ignored(report, signal.SIGHUP) for report in reports], [1, 0, 0])
+
+    def test_process_group_session_and_parent(self):
+        pid, _, reports = self.reports_of_a_run("exec ")
+        for report in reports:
+            _, _, group, session = report["stat"].rpartition(")")[2].split()[:4]
+            self.assertEqual((int(group), int(session)), (os.getpgrp(), os.getsid(0)))
+        self.assertRegex(reports[0]["status"], rf"\nPPid:\s{pid}\n")
+
+
+class Requests(ManualCase):
+    """ACTIONS: what is asked when, and what is not."""
+
+    def test_finished_ones_remain_as_zombies(self):
+        program = self.run_production()
+        program.look()
+        pid = program.process.pid
+        (child,) = read(f"/proc/{pid}/task/{pid}/children").split()
+        wait_until(lambda: b"\nState:\tZ" in read(f"/proc/{child.decode()}/status"), "a zombie")
+        program.close()
+        self.assertEqual(program.finish(), 0)
+
+    def test_unlock_in_time_and_too_late(self):
+        keyfile = os.path.join(SYSTEM_CONNECTIONS, "ethernet.nmconnection")
+        script = ("#!/bin/sh\n[ $1 = unlock ] || exit 0\n"
+                  "while [ ! -e {folder}/go ]; do sleep 0.01; done\n"
+                  f"mv {{folder}}/kept {keyfile}\n")
+        for in_time in (True, False):
+            with self.subTest(in_time=in_time):
+                self.use_samples(SYSTEM_CONNECTIONS)
+                shutil.move(keyfile, self.mark("kept"))
+                with open(self.mark("kept"), "ab") as file:
+                    file.write(b"\n# ours\n")
+                self.replace_handler(script)
+                if in_time:
+                    open(self.mark("go"), "wb").close()
+                program = self.run_program()
+                program.look()
+                open(self.mark("go"), "wb").close()
+                wait_until(lambda: os.path.exists(keyfile), "the keyfile")
+                found = f"Ethernet Connection Path: {keyfile if in_time else ''}\n"
+                self.assertIn(found, program.output)
+                program.show_page("Wifi")
+                program.show_page("Ethernet")
+                program.button("Save And Exit")
+                self.assertEqual(program.finish(), 0)
+                # A save without a keyfile makes a new one, over one that has come there since.
+                made = "New Ethernet connection file created at: "
+                self.assertEqual(made not in program.output, in_time)
+                self.assertEqual(b"\n# ours\n" in read(keyfile), in_time)
+                os.remove(self.mark("go"))
+
+    def test_finalize_and_rollback_run_at_the_same_time(self):
+        self.replace_handler("""#!/bin/sh
+        case $1 in
+          finalize_*) while [ ! -e {folder}/rollback ]; do sleep 0.01; done; : > {folder}/both ;;
+          rollback) : > {folder}/rollback ;;
+        esac\n""")
+        program = self.run_production()
+        program.button("Save And Exit")
+        self.assertEqual(program.finish(), 0)
+        self.assertTrue(os.path.exists(self.mark("both")))
+
+    def test_none_after_a_kill_or_a_fault(self):
+        for number in (signal.SIGKILL, signal.SIGQUIT, signal.SIGABRT, signal.SIGSEGV):
+            with self.subTest(signal=number):
+                self.recorder = program_case.Recorder(os.path.join(self.folder, str(number)))
+                program = self.run_production(wrapper=["sh", "-c", 'ulimit -c 0; exec "$@"', "sh"])
+                program.look()
+                os.kill(program.process.pid, number)
+                self.assertEqual(program.finish(), -number)
+                self.assert_requests(UNLOCK)
+
+    def test_none_after_a_signal_in_the_pause(self):
+        for name in ("HUP", "INT", "TERM"):
+            with self.subTest(signal=name):
+                self.replace_handler(f"#!/bin/sh\necho $1 >> {{folder}}/{name}\nkill -{name} $PPID\n")
+                # The pause is made longer, so that the signal comes in it on a busy machine too.
+                program = self.run_production(wrapper=[
+                    "strace", "-qq", "-o", "/dev/null", "-e", "trace=clock_nanosleep",
+                    "-e", "inject=clock_nanosleep:delay_enter=2000000"])
+                self.assertEqual(program.finish(), -signal.Signals["SIG" + name])
+                self.assertEqual(program.output, said.PRODUCTION)
+                self.assertEqual(read(self.mark(name)), b"unlock\n")
+
+    def test_none_when_the_x_server_goes(self):
+        # The toolkit ends the process itself. A Wayland compositor that goes has the same effect.
+        reader, writer = os.pipe()
+        server = subprocess.Popen(bound_to_us("Xvfb", "-displayfd", str(writer)),
+                                  pass_fds=[writer], stderr=subprocess.DEVNULL)
+        self.addCleanup(server.wait)
+        self.addCleanup(server.kill)
+        os.close(writer)
+        with open(reader, "rb") as announcement:
+            display = announcement.readline().decode().strip()
+        program = self.run_production(environment={"DISPLAY": ":" + display, "G_DEBUG": ""})
+        program.wait_for_output(WINDOW_IS_BUILT)
+        server.kill()
+        self.assertEqual(program.finish(), 1)
+        self.assert_requests(UNLOCK)
+
+    def test_signal_closes_a_message_too(self):
+        program = self.run_production()
+        program.pick("Static IP")
+        program.button("Save And Exit")
+        self.assertTrue(program.dialog())
+        os.kill(program.process.pid, signal.SIGTERM)
+        self.assertEqual(program.finish(), 0)
+        self.assert_requests(UNLOCK, ROLLBACK)
+
+
+class Files(ManualCase):
+    """THE KEYFILES, THE UPDATE RECORD, FILES."""
+
+    STATIC = ("[connection]\nid=ethernet\ntype=ethernet\n[ipv4]\nmethod=manual\n"
+              "address1=10.0.0.1/24,192.168.1.1\n")
+
+    def save_address(self, address):
+        program = self.run_debug()
+        program.fill("IP Address", address)
+        program.button("Save And Exit")
+        self.assertEqual(program.finish(), 0)
+
+    def test_record_is_as_in_the_example(self):
+        (example,) = re.findall(r"^[0-9A-F]{2}(?: [0-9A-F]{2}){12}$", HANDLER_PAGE, re.M)
+        self.put("ethernet.nmconnection", self.STATIC)
+        self.save_address("192.168.001.010")
+        record = read(UPDATE_RECORD).decode()
+        self.assertEqual(record, example + " ")
+        self.assertEqual(len(record), 39)
+        offsets = re.findall(r"^\.It ([\d, ]+) Ta [\d to]+ Ta (\w+)", HANDLER_PAGE, re.M)
+        fields = [[record[int(at):int(at) + 2] for at in text.split(",")] for text, _ in offsets]
+        self.assertEqual([name for _, name in offsets], ["mode", "address", "subnet", "gateway"])
+        self.assertEqual([[int(field, 16) for field in group] for group in fields],
+                         [[0], [192, 168, 1, 10], [255, 255, 255, 0], [192, 168, 1, 1]])
+        self.assertIn("\naddress1=192.168.001.010/24,", read(self.path("ethernet.nmconnection")).decode())
+
+    def test_link_in_place_of_the_record_is_followed(self):
+        target = os.path.join(self.folder, "target")
+        os.symlink(target, UPDATE_RECORD)
+        self.put("ethernet.nmconnection", self.STATIC)
+        self.save_address("10.0.0.2")
+        self.assertTrue(os.path.islink(UPDATE_RECORD))
+        self.assertEqual(read(target)[:12], b"00 0A 00 00 ")
+
+    def test_rewriting_replaces_a_link(self):
+        target = self.put("target", self.STATIC, self.folder)
+        keyfile = self.path("ethernet.nmconnection")
+        os.remove(keyfile)
+        os.symlink(target, keyfile)
+        self.save_address("10.0.0.234")
+        self.assertFalse(os.path.islink(keyfile))
+        self.assertIn(b"=10.0.0.234/24,", read(keyfile))
+
+    def test_page_that_is_not_shown_is_not_saved(self):
+        program = self.run_debug()
+        program.show_page("Wifi")
+        program.fill("SSID", "forgotten")
+        program.show_page("Ethernet")
+        program.button("Save And Exit")
+        self.assertEqual(program.finish(), 0)
+        self.assertNotIn(b"forgotten", read(self.path("wlan0.nmconnection")))
+
+    def test_nothing_in_the_home_but_a_driver_s_cache(self):
+        home = os.path.join(self.folder, "home")
+        os.mkdir(home)
+        program = self.run_debug(environment={"HOME": home, "XDG_CACHE_HOME": home + "/.cache"})
+        program.button("Save And Exit")
+        self.assertEqual(program.finish(), 0)
+        left = [os.path.join(folder, name) for folder, _, names in os.walk(home) for name in names]
+        self.assertEqual([path for path in left if not path.startswith(home + "/.cache/mesa")], [])
+
+
+class Use(ManualCase):
+    """OPTIONS, EXIT STATUS, KEYBOARD, BUGS."""
+
+    def test_unknown_option(self):
+        program = self.run_production_with("--version")
+        self.assertEqual(program.finish(), 1)
+        self.assertIn("Unknown option --version", program.errors)
+        self.assert_requests(UNLOCK, ROLLBACK)
+
+    def test_help(self):
+        program = self.run_production_with("--help")
+        self.assertEqual(program.finish(), 0)
+        self.assertIn("\nUsage:\n  zor-network-manager [OPTION", program.output)
+        self.assert_requests(UNLOCK, ROLLBACK)
+
+    def run_production_with(self, *arguments):
+        self.use_samples(SYSTEM_CONNECTIONS)
+        return self.run_program(*arguments)
+
+    def test_signal_ends_debug_mode(self):
+        program = self.run_debug()
+        program.look()
+        os.kill(program.process.pid, signal.SIGTERM)
+        self.assertEqual(program.finish(), -signal.SIGTERM)
+        self.assert_requests()
+
+    def test_several_windows_without_a_session_bus(self):
+        environment = {"DBUS_SESSION_BUS_ADDRESS": "disabled:", "GTK_A11Y": "none"}
+        programs = [self.run_debug(environment=environment) for _ in range(2)]
+        wait_until(lambda: len(self.desktop.windows()) == 2, "two windows")
+        for program in programs:
+            program.process.kill()
+            program.finish()
+
+    def test_keys_that_do_nothing_in_an_entry(self):
+        self.put("ethernet.nmconnection", Files.STATIC)
+        program = self.run_debug()
+        for key in ("Return", "Escape"):
+            program.focus_and_press("text box", "IP Address", key)
+            self.assertEqual(program.focused(), ("text box", "IP Address"))
+        self.assertIsNone(program.dialog())
+        self.assertNotIn("being validated", program.output)
+        program.close()
+        self.assertEqual(program.finish(), 0)
+
+    def test_keys_in_the_list_of_channels(self):
+        channel = "Channel (2.4 GHz)"
+        program = self.run_debug()
+        program.show_page("Wifi")
+        program.pick("Access Point")
+        # Key that opens the list, keys in it, what is chosen in the end.
+        for opening, keys, chosen in (("Return", ("End", "Up", "Escape"), "Auto"),
+                                      ("space", ("End", "Up", "Return"), "10"),
+                                      ("Return", ("Home", "Down", "Return"), "1")):
+            program.focus_and_press("button", channel, opening)
+            wait_until(lambda: program.look().find("list item"), "the list")
+            for key in keys:
+                self.desktop.press(key)
+            wait_until(lambda: not program.look().find("list item"), "the list to close")
+            self.assertEqual(program.channel(), chosen)
+        program.close()
+        self.assertEqual(program.finish(), 0)
+
+
+class Pages(unittest.TestCase):
+    """What the pages name stands in the source, and the other way round."""
+
+    @classmethod
+    def setUpClass(cls):
+        names = glob.glob(os.path.join(SOURCE, "src", "**", "*.*"), recursive=True)
+        cls.source = {os.path.relpath(name, SOURCE): read(name).decode() for name in names}
+        cls.literals = {text for source in cls.source.values() for text in literals(source)}
+
+    def assert_in_source(self, text):
+        self.assertTrue(any(text in literal for literal in self.literals), f"{text!r} is not printed")
+
+    def test_what_the_program_prints(self):
+        printed = [text for line in re.findall(r"^\.It (Sy .*)", PROGRAM_PAGE, re.M)
+                   for text in arguments(line, "Sy")]
+        self.assertGreater(len(printed), 40)
+        for text in printed:
+            with self.subTest(text):
+                # perror() adds a colon of its own.
+                self.assert_in_source(text.removesuffix(":"))
+
+    def test_every_error_is_explained(self):
+        calls = [call for source in self.source.values()
+                 for call in re.findall(r"\b(?:logError|perror)\(((?:[^;\"]|\"(?:\\.|[^\"\\])*\")*)\);", source)]
+        texts = [text.strip() for call in calls for text in literals(call)]
+        self.assertGreater(len(texts), 20)
+        listed = "".join(re.findall(r"^\.It Sy .*\n", PROGRAM_PAGE, re.M)).replace("\\(aq", "'")
+        for text in texts:
+            with self.subTest(text):
+                self.assertIn(f'"{text}', listed)
+
+    def test_texts_of_the_window(self):
+        for source in (PROGRAM_PAGE, HANDLER_PAGE):
+            texts = [text for line in re.findall(r"^\.(?:It )?(Dq .*)", source, re.M)
+                     for text in arguments(line, "Dq")]
+            self.assertGreater(len(texts), 3)
+            for text in texts:
+                with self.subTest(text):
+                    self.assertIn(text, self.literals)
+
+    def test_every_action_variable_and_path_is_named(self):
+        everything = "\n".join(self.source.values())
+        names = (re.findall(r'unPermissionsHandler\("(\w+)"', everything)
+                 + re.findall(r'getenv\("(\w+)"\)', everything)
+                 + [text.lstrip("/") for text in self.literals if re.match(r"/[\w./-]{3,}$", text)])
+        for name in ("unlock", "finalize_wifi", "tmp/ethernetUpdateSettings", "wlan0.nmconnection",
+                     "ZOR_NETWORKMANAGER_DEBUG_PATH"):
+            self.assertIn(name, names)
+        for name in names:
+            with self.subTest(name):
+                self.assertIn(name, PROGRAM_PAGE + HANDLER_PAGE)
+        for action in re.findall(r'unPermissionsHandler\("(\w+)"', everything):
+            self.assertRegex(HANDLER_PAGE, rf"\n\.It Cm {action}\b")
+
+    def test_keys_that_are_written(self):
+        ethernet = self.source["src/settings/ethernet.cc"]
+        _, access_point, client = re.split(r"if \(mode == WIFI_(?:AP|CLIENT)_MODE\)",
+                                           self.source["src/settings/wifi.cc"])
+        constants = dict(re.findall(r'string_view (\w+) = "(.*)"', self.source["src/settings/wifi.h"]))
+        for heading, code, mode in (("Wired", ethernet, None),
+                                    ("Access point", access_point, constants["WIFI_AP_MODE"]),
+                                    ("Client", client, constants["WIFI_CLIENT_MODE"])):
+            with self.subTest(heading):
+                constants.update({"mode": mode} if mode else {})
+                table = re.search(rf"^\.Ss {heading}$(.*?)^\.El$", HANDLER_PAGE, re.M | re.S)[1]
+                listed = re.findall(r"^\.It ([\w-]+) Ta ([\w-]+) Ta (.*)", table, re.M)
+                written = re.findall(r'\{"([\w-]+)", "([\w-]+)", (.*?)\}', code)
+                self.assertEqual([row[:2] for row in listed], [row[:2] for row in written])
+                for (_, key, value), (*_, expression) in zip(listed, written):
+                    name = re.sub(r"std::string\((\w+)\)", r"\1", expression)
+                    if name.startswith('"') or name in constants:
+                        self.assertEqual(value, constants.get(name, name.strip('"')), key)
+
+    def test_numbers(self):
+        window = self.source["src/window/NetworkManagerWindow.cc"]
+        sizes = {name: int(value) for name, value in
+                 re.findall(r"constexpr int (\w+(?:WIDTH|HEIGHT)) = (\d+);", window)}
+        width = sizes.pop("WINDOW_WIDTH")
+        self.assertIn(f"needs {width} by {max(sizes.values())} pixels", PROGRAM_PAGE)
+        (pause,) = re.findall(r"milliseconds\((\d+)\)", self.source["src/app/main.cc"])
+        for source in (PROGRAM_PAGE, HANDLER_PAGE):
+            self.assertIn(f"{pause} milliseconds", source)
+        (value,) = re.findall(r"std::array<char, (\d+)> value", self.source["src/app/NetworkManagerConfig.cc"])
+        self.assertIn(f"up to {int(value) - 1} bytes", PROGRAM_PAGE)
+        (line,) = re.findall(r"define INI_BUFFERSIZE (\d+)", self.source["src/ini/ini.h"])
+        self.assertIn(f"lines of a keyfile up to {int(line) - 1} bytes", PROGRAM_PAGE)
+
+
+def literals(code):
+    """The string literals of a piece of C++; neighbours count as one."""
+    one = r'"(?:\\.|[^"\\\n])*"'
+    return [re.sub(r"\\(.)", r"\1", "".join(part[1:-1] for part in re.findall(one, text)))
+            for text in re.findall(rf"{one}(?:\s*{one})*", code)]
+
+
+def arguments(line, macro):
+    """What a macro is applied to on a line of a manual page, without escapes."""
+    quoted = re.findall(rf'\b{macro} (?:"([^"]*)"|(\S+))', line)
+    return [(long or short).replace("\\(aq", "'").strip() for long, short in quoted]
+
+
+program_case.main()
