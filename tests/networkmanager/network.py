@@ -106,15 +106,18 @@ def _write(path, content):
     return path
 
 
-def set_up(gateways):
-    """Lays the cable and starts the daemons. gateways: ADDRESS/PREFIX of what is at its far end."""
+def set_up(gateways, config_dir="/run/none"):
+    """Lays the cable and starts the daemons.
+
+    gateways: ADDRESS/PREFIX of what is at its far end. config_dir: a folder of drop-ins (*.conf).
+    """
     for folder in ("/run", "/var/lib/NetworkManager"):
         _mount_on(folder, "tmpfs", "mode=0755")
     # This network's devices. Read-only tells the daemon that no udev is going to announce them.
     _mount_on("/sys", "sysfs", "ro")
     _write("/proc/sys/net/ipv4/ping_group_range", "0 2147483647")
     _set_up_gateway(gateways)
-    _set_up_daemon()
+    _set_up_daemon(config_dir)
 
 
 def _mount_on(folder, kind, options):
@@ -139,13 +142,13 @@ def _set_up_gateway(gateways):
            f"--dhcp-option=option:dns-server,{LEASED_DNS}")
 
 
-def _set_up_daemon():
+def _set_up_daemon(config_dir):
     os.mkdir(KEYFILES, 0o700)
     os.mkdir("/run/dbus")
     os.environ.pop("DBUS_SYSTEM_BUS_ADDRESS", None)  # the usual place is this network's
     run("dbus-daemon", "--fork", "--config-file", _write("/run/bus.conf", _BUS_CONFIG))
     _start("NetworkManager", "--debug", "--config", _write("/run/daemon.conf", _DAEMON_CONFIG),
-           "--config-dir=/run/none", "--system-config-dir=/run/none")
+           "--config-dir", config_dir, "--system-config-dir=/run/none")
     try:
         wait_until(_is_ready, "the daemon to see the cable", interval=0.1)
     except TimeoutError as error:

@@ -1,0 +1,323 @@
+// SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
+// SPDX-License-Identifier: MIT
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <syslog.h>
+#include <unistd.h>
+
+#include <array>
+#include <charconv>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <exception>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "keyfile.h"
+#include "system.h"
+
+namespace {
+
+// What the window edits. It belongs to the user from "unlock" to "rollback", and it is never more
+// than a copy: NetworkManager reads the installed files.
+constexpr const char* DESK = "/etc/NetworkManager/system-connections";
+// Its group is the one whose members may read the desk also while it is locked.
+constexpr const char* STATE = "/var/lib/zor-network";
+constexpr const char* INSTALLED = "/var/lib/zor-network/connections";
+constexpr const char* RUN = "/run/zor-network";
+// What was on the desk when it was locked: a "rollback" may overtake the "finalize" that it
+// follows. It is there from the first "rollback" after an "unlock" to the next "unlock".
+constexpr const char* SET_ASIDE = "/run/zor-network/set-aside";
+constexpr const char* LOCK = "/run/zor-network/lock";
+constexpr const char* RECORD = "ethernet-settings";  // in RUN
+
+constexpr const char* NMCLI = "/usr/bin/nmcli";
+// Seconds. A DHCP server that does not answer is given up by NetworkManager after 45.
+constexpr unsigned LONGEST_QUESTION = 10;
+constexpr unsigned LONGEST_REQUEST = 60;
+constexpr const char* LONGEST_ACTIVATION = "60";
+
+constexpr std::array<Connection, 2> CONNECTIONS = {ETHERNET, WIFI};
+constexpr std::size_t LONGEST_ID = 99;  // the window cuts it there
+
+constexpr uid_t ROOT = 0;
+
+enum ExitStatus { DONE = 0, NOT_DONE = 1, WRONG_CALL = 2 };
+
+struct Request {
+  std::string_view action;
+  std::string_view id;
+  uid_t user;  // ROOT for one that no user asks for
+};
+
+void note(const std::string& text) { syslog(LOG_NOTICE, "%s", text.c_str()); }
+
+void complain(const std::string& text) {
+  syslog(LOG_ERR, "%s", text.c_str());
+  std::fprintf(stderr, "zor-network-permissions-handler: %s\n", text.c_str());
+}
+
+/** A text of the user's that cannot be mistaken for anything else in a log. */
+std::string quoted(std::string_view text) {
+  std::string result = "\"";
+  for (const char character : text) {
+    const auto byte = static_cast<unsigned char>(character);
+    if (byte >= ' ' && byte <= '~' && byte != '"' && byte != '\\') {
+      result += character;
+    } else {
+      std::array<char, 5> code{};
+      std::snprintf(code.data(), code.size(), "\\x%02x", byte);
+      result += code.data();
+    }
+  }
+  return result + '"';
+}
+
+/** Waits until no other request is at work. The lock goes with the descriptor. */
+Descriptor lock() {
+  Descriptor file(open(LOCK, O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
+  // The kernel ends what takes too long, and with it the lock. Whatever it is doing then, every
+  // change of a file is a whole one, and the next request puts the desk right.
+  alarm(LONGEST_REQUEST);
+  if (flock(file, LOCK_EX | LOCK_NB) != 0) {
+    note("waiting for another request");
+    if (flock(file, LOCK_EX) != 0) throw Refusal("no lock can be had");
+  }
+  alarm(LONGEST_REQUEST);
+  return file;
+}
+
+/** Makes the desk a fresh copy of the installed files: the user's, or locked if that is root. */
+void layOutDesk(uid_t user) {
+  const gid_t readers = groupOf(openTrustedFolder(STATE));
+  const Descriptor installed = openTrustedFolder(INSTALLED);
+  const Descriptor desk = openFolder(DESK);
+  give(desk, {ROOT, readers, 0750});  // nobody else changes it from here on
+
+  std::map<std::string, std::string> contents;
+  for (const Connection& connection : CONNECTIONS) {
+    if (const auto content = take(installed, connection.file, ROOT))
+      contents[connection.file] = *content;
+  }
+  clear(desk, [&](const std::string& name) { return contents.count(name) > 0; });
+  // Each takes the place of the old one at once: the window may be looking for them already.
+  const mode_t fileMode = user == ROOT ? 0640 : 0600;
+  for (const auto& [name, content] : contents)
+    put(desk, name, content, {user, readers, fileMode}, Lasting::NO);
+  if (user != ROOT) give(desk, {user, readers, 0700});
+}
+
+/** Keeps a file of an open desk, as the same user's and by the same rules. */
+void setAside(const Connection& connection) {
+  const Descriptor desk = openFolder(DESK);
+  const uid_t user = ownerOf(desk);
+  if (user == ROOT) return;  // locked already; what is set aside stays
+  makeFolder(SET_ASIDE, 0700);
+  const Descriptor folder = openTrustedFolder(SET_ASIDE);
+  drop(folder, connection.file, Lasting::NO);
+  if (const auto content = take(desk, connection.file, user))
+    put(folder, connection.file, *content, {user, ROOT, 0600}, Lasting::NO);
+}
+
+void forgetSetAside() {
+  makeFolder(SET_ASIDE, 0700);
+  clear(openTrustedFolder(SET_ASIDE), [](const std::string&) { return false; });
+  (void)rmdir(SET_ASIDE);
+}
+
+bool succeeded(const Outcome& outcome) {
+  return WIFEXITED(outcome.status) && WEXITSTATUS(outcome.status) == 0;
+}
+
+/** Whether NetworkManager's own parser takes a file. */
+bool isKeyfile(std::string_view content) {
+  return succeeded(
+      run({NMCLI, "--offline", "connection", "modify", "connection.autoconnect", "yes"}, content,
+          LONGEST_QUESTION));
+}
+
+/**
+ * Has NetworkManager read the installed files. Returns the UUID of the connection that it takes a
+ * file for; empty if it does not take it, which it says in no other way.
+ */
+std::string load(const Connection& connection) {
+  if (!succeeded(run({NMCLI, "connection", "reload"}, "", LONGEST_QUESTION)))
+    throw Refusal("NetworkManager does not answer; it will read the files when it starts");
+  const Outcome list =
+      run({NMCLI, "-t", "-f", "UUID,FILENAME", "connection", "show"}, "", LONGEST_QUESTION);
+  if (!succeeded(list)) throw Refusal("NetworkManager does not tell what it has read");
+  const std::size_t end =
+      list.output.find(std::string(":") + INSTALLED + "/" + connection.file + "\n");
+  if (end == std::string::npos) return {};
+  const std::size_t start = list.output.rfind('\n', end) + 1;
+  return list.output.substr(start, end - start);
+}
+
+/** Hands the window's note about Ethernet on, if it is the user's own and tells the truth. */
+void publishRecord(uid_t user, const Settings& settings) try {
+  const std::string expected = recordOf(settings);
+  const auto record = take(openFolder("/tmp"), "ethernetUpdateSettings", user);
+  if (!record) throw Refusal("it is missing");
+  if (expected.empty() || *record != expected) throw Refusal("it differs from the keyfile");
+  put(openTrustedFolder(RUN), RECORD, expected, {ROOT, ROOT, 0644}, Lasting::NO);
+} catch (const std::exception& error) {  // no reason not to activate
+  complain(std::string("the update record is not handed on: ") + error.what());
+}
+
+void unlock(const Request& request) {
+  const Descriptor locked = lock();
+  forgetSetAside();
+  layOutDesk(request.user);
+  note("unlocked for user " + std::to_string(request.user));
+}
+
+void rollback() {
+  const Descriptor locked = lock();
+  for (const Connection& connection : CONNECTIONS) {
+    try {
+      setAside(connection);
+    } catch (const std::exception& error) {  // the desk is locked all the same
+      complain(std::string("not set aside: ") + error.what());
+    }
+  }
+  layOutDesk(ROOT);
+  note("locked");
+}
+
+/** The folder with the files of the user's session: the desk, or where a rollback has put them. */
+Descriptor openSession(uid_t user) {
+  Descriptor desk = openFolder(DESK);
+  if (ownerOf(desk) == user) return desk;
+  if (ownerOf(desk) != ROOT) throw Refusal("the desk is another user's");
+  if (access(SET_ASIDE, F_OK) != 0) throw Refusal("nothing was unlocked before");
+  return openTrustedFolder(SET_ASIDE);
+}
+
+/** Checks a file of the user's, with all that can be said before it is NetworkManager's. */
+Settings check(const Connection& connection, const std::string& content,
+               const std::optional<std::string>& installed) {
+  Settings settings = readKeyfile(connection, content);
+  // Of two files with one UUID, NetworkManager drops one: it could be an administrator's.
+  const auto uuid = settings.find("connection.uuid");
+  if (uuid != settings.end() &&
+      ("\n" + installed.value_or("")).find("\nuuid=" + uuid->second + "\n") == std::string::npos)
+    throw Refusal("a UUID that the installed file does not have");
+  if (!isKeyfile(content)) throw Refusal("NetworkManager cannot read it");
+  return settings;
+}
+
+/** Replaces or, without a content, removes an installed file; a locked desk is its copy again. */
+void install(const Connection& connection, const std::optional<std::string>& content) {
+  // Better no record than one that is not true any more.
+  if (connection.type == ETHERNET.type) drop(openTrustedFolder(RUN), RECORD, Lasting::NO);
+  const Descriptor folder = openTrustedFolder(INSTALLED);
+  if (content) {
+    put(folder, connection.file, *content, {ROOT, ROOT, 0600}, Lasting::YES);
+  } else {
+    drop(folder, connection.file, Lasting::YES);
+  }
+  if (ownerOf(openFolder(DESK)) == ROOT) layOutDesk(ROOT);
+}
+
+/** Takes a connection's file over. Returns the UUID to activate; empty after a removal. */
+std::string takeOver(const Request& request, const Connection& connection) {
+  const Descriptor locked = lock();
+  const auto content = take(openSession(request.user), connection.file, request.user);
+  const auto before = take(openTrustedFolder(INSTALLED), connection.file, ROOT);
+  if (!content) {
+    // The window disables Wi-Fi by removing its file. Then it has no id to tell.
+    if (connection.type != WIFI.type || !request.id.empty()) throw Refusal("there is no file");
+    install(connection, std::nullopt);
+    note(std::string("removed ") + connection.file);
+    load(connection);
+    return {};
+  }
+  const Settings settings = check(connection, *content, before);
+  install(connection, content);
+  note(std::string("installed ") + connection.file + ", id " + quoted(request.id));
+  std::string uuid = load(connection);
+  if (uuid.empty()) {
+    install(connection, before);
+    load(connection);
+    throw Refusal("NetworkManager does not take it, the one before is back");
+  }
+  if (connection.type == ETHERNET.type) publishRecord(request.user, settings);
+  return uuid;
+}
+
+void finalize(const Request& request, const Connection& connection) {
+  std::string uuid;
+  try {
+    uuid = takeOver(request, connection);
+  } catch (const Refusal& refusal) {
+    throw Refusal(std::string(connection.file) + ": " + refusal.what());
+  }
+  if (uuid.empty()) return;
+  // Other requests need not wait for this. If it fails the file stays: the cable may be out.
+  alarm(0);
+  const Outcome outcome =
+      run({NMCLI, "--wait", LONGEST_ACTIVATION, "connection", "up", "uuid", uuid}, "",
+          LONGEST_REQUEST + LONGEST_QUESTION);
+  if (!succeeded(outcome)) throw Refusal(std::string(connection.file) + " cannot be activated now");
+  note(std::string("activated ") + connection.file);
+}
+
+/** The user that sudo runs us for; ROOT if it is root itself, or not sudo. */
+uid_t callingUser() {
+  const char* const text = std::getenv("SUDO_UID");
+  if (text == nullptr) return ROOT;
+  uid_t user = ROOT;
+  const char* const end = text + std::strlen(text);
+  const auto [last, error] = std::from_chars(text, end, user);
+  if (error != std::errc() || last != end || user == static_cast<uid_t>(-1)) return ROOT;
+  return user;
+}
+
+bool isWellFormed(int count, char** arguments) {
+  if (count < 2) return false;
+  const std::string_view action = arguments[1];
+  if (action == "unlock" || action == "rollback") return count == 2;
+  if (action == "finalize_ethernet" || action == "finalize_wifi")
+    return count == 2 || (count == 3 && std::strlen(arguments[2]) <= LONGEST_ID);
+  return false;
+}
+
+void serve(const Request& request) {
+  if (geteuid() != ROOT || getuid() != ROOT) throw Refusal("only root can do this");
+  if (request.user == ROOT && request.action != "rollback")
+    throw Refusal("no user has asked for this through sudo");
+  makeFolder(RUN, 0755);
+  makeFolder(STATE, 0750);
+  makeFolder(INSTALLED, 0700);
+  if (request.action == "unlock") {
+    unlock(request);
+  } else if (request.action == "rollback") {
+    rollback();
+  } else {
+    finalize(request, request.action == "finalize_ethernet" ? ETHERNET : WIFI);
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const uid_t user = callingUser();
+  forgetCaller();
+  openlog("zor-network-permissions-handler", LOG_PID, LOG_AUTHPRIV);
+  if (!isWellFormed(argc, argv)) {
+    complain("usage: unlock | rollback | finalize_ethernet [ID] | finalize_wifi [ID]");
+    return WRONG_CALL;
+  }
+  try {
+    serve({argv[1], argc > 2 ? argv[2] : "", user});
+    return DONE;
+  } catch (const std::exception& error) {
+    complain(std::string(argv[1]) + ": " + error.what());
+    return NOT_DONE;
+  }
+}

@@ -1,0 +1,230 @@
+// SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
+// SPDX-License-Identifier: MIT
+#include "keyfile.h"
+
+#include <arpa/inet.h>
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstdint>
+#include <cstring>
+#include <set>
+
+#include "system.h"
+
+namespace {
+
+constexpr std::string_view DIGITS = "0123456789";
+constexpr std::string_view NUMBER = "-0123456789";
+constexpr std::string_view UUID = "-0123456789abcdef";
+constexpr std::string_view ADDRESSES = "0123456789./,; ";
+constexpr std::string_view USERS = "abcdefghijklmnopqrstuvwxyz0123456789_-:;";
+// The window reads no more of a value.
+constexpr std::size_t LONGEST_VALUE = 99;
+
+enum class Form {
+  WORD,        // one of some words
+  CHARACTERS,  // any number of some characters
+  TEXT,        // anything that can be printed
+};
+
+struct Setting {
+  std::string_view type;  // of the connection; empty for both
+  std::string_view section;
+  std::string_view key;
+  Form form;
+  std::string_view values;
+};
+
+// What the window writes, and a few values that a first keyfile may have. None of them names a
+// file, a program or another connection, and what an address is worth NetworkManager's own parser
+// says. Only the access point may share its network: that starts servers on the interface.
+constexpr std::array SETTINGS = {
+    Setting{"", "connection", "id", Form::TEXT, ""},
+    Setting{"", "connection", "uuid", Form::CHARACTERS, UUID},
+    Setting{"", "connection", "timestamp", Form::CHARACTERS, DIGITS},
+    Setting{"", "connection", "type", Form::WORD, "ethernet wifi"},
+    Setting{"", "connection", "interface-name", Form::WORD, "eth0 wlan0"},
+    Setting{"", "connection", "autoconnect", Form::WORD, "true false"},
+    Setting{"", "connection", "autoconnect-priority", Form::CHARACTERS, NUMBER},
+    Setting{"", "connection", "permissions", Form::CHARACTERS, USERS},
+    Setting{"wifi", "wifi", "mode", Form::WORD, "ap infrastructure"},
+    Setting{"wifi", "wifi", "ssid", Form::TEXT, ""},
+    Setting{"wifi", "wifi", "band", Form::WORD, "a bg"},
+    Setting{"wifi", "wifi", "channel", Form::CHARACTERS, DIGITS},
+    Setting{"wifi", "wifi-security", "auth-alg", Form::WORD, "open"},
+    Setting{"wifi", "wifi-security", "group", Form::WORD, "ccmp;"},
+    Setting{"wifi", "wifi-security", "key-mgmt", Form::WORD, "wpa-psk"},
+    Setting{"wifi", "wifi-security", "pairwise", Form::WORD, "ccmp;"},
+    Setting{"wifi", "wifi-security", "proto", Form::WORD, "rsn;"},
+    Setting{"wifi", "wifi-security", "psk", Form::TEXT, ""},
+    Setting{"ethernet", "ipv4", "method", Form::WORD, "auto manual"},
+    Setting{"wifi", "ipv4", "method", Form::WORD, "auto manual shared"},
+    Setting{"", "ipv4", "address1", Form::CHARACTERS, ADDRESSES},
+    Setting{"", "ipv4", "dns", Form::CHARACTERS, ADDRESSES},
+    Setting{"", "ipv6", "addr-gen-mode", Form::WORD, "default eui64 stable-privacy"},
+    Setting{"", "ipv6", "method", Form::WORD, "auto disabled ignore link-local"},
+};
+
+// Sections that may be there, though nothing may be in them.
+constexpr std::array<std::string_view, 2> EMPTY_SECTIONS = {"ethernet", "proxy"};
+
+bool isFor(const Connection& connection, const Setting& setting) {
+  return setting.type.empty() || setting.type == connection.type;
+}
+
+bool isSection(const Connection& connection, std::string_view name) {
+  return std::any_of(SETTINGS.begin(), SETTINGS.end(),
+                     [&](const Setting& setting) {
+                       return setting.section == name && isFor(connection, setting);
+                     }) ||
+         (std::count(EMPTY_SECTIONS.begin(), EMPTY_SECTIONS.end(), name) > 0 &&
+          (name != "ethernet" || name == connection.type));
+}
+
+bool isWordOf(std::string_view words, std::string_view value) {
+  while (!words.empty()) {
+    const std::string_view word = words.substr(0, words.find(' '));
+    if (word == value) return true;
+    words.remove_prefix(std::min(word.size() + 1, words.size()));
+  }
+  return false;
+}
+
+bool isAllowed(const Setting& setting, std::string_view value) {
+  if (value.size() > LONGEST_VALUE) return false;
+  switch (setting.form) {
+    case Form::WORD:
+      return isWordOf(setting.values, value);
+    case Form::CHARACTERS:
+      return value.find_first_not_of(setting.values) == std::string_view::npos;
+    case Form::TEXT:
+      return true;  // what cannot be printed was refused with its line
+  }
+  return false;
+}
+
+bool isPrintable(char character) {
+  const auto byte = static_cast<unsigned char>(character);
+  return byte >= ' ' && byte != 0x7F;
+}
+
+[[noreturn]] void refuse(int line, const std::string& reason) {
+  throw Refusal("line " + std::to_string(line) + ": " + reason);
+}
+
+/** Reads the lines of a keyfile one after the other. */
+class Reader {
+ public:
+  explicit Reader(const Connection& ours) : connection(ours) {}
+
+  void read(std::string_view line) {
+    ++number;
+    if (!std::all_of(line.begin(), line.end(), isPrintable)) refuse(number, "a control character");
+    if (line.empty() || line.front() == '#') return;
+    if (line.front() == '[') {
+      readSection(line);
+    } else {
+      readSetting(line);
+    }
+  }
+
+  Settings settings;
+
+ private:
+  void readSection(std::string_view line) {
+    if (line.back() != ']') refuse(number, "no section, nor a setting");
+    section = line.substr(1, line.size() - 2);
+    if (!isSection(connection, section)) refuse(number, "a section that is not allowed");
+    // Of two, the window reads the first and NetworkManager the last.
+    if (!sections.insert(section).second) refuse(number, "a section for the second time");
+  }
+
+  void readSetting(std::string_view line) {
+    const std::size_t sign = line.find('=');
+    if (sign == std::string_view::npos) refuse(number, "no section, nor a setting");
+    const std::string_view key = line.substr(0, sign);
+    const std::string_view value = line.substr(sign + 1);
+    const auto* const setting =
+        std::find_if(SETTINGS.begin(), SETTINGS.end(), [&](const Setting& known) {
+          return known.section == section && known.key == key && isFor(connection, known);
+        });
+    if (setting == SETTINGS.end()) refuse(number, "a setting that is not allowed");
+    if (!isAllowed(*setting, value)) refuse(number, "a value that is not allowed");
+    const std::string name = section + "." + std::string(key);
+    if (!settings.emplace(name, value).second) refuse(number, "a setting for the second time");
+  }
+
+  const Connection& connection;
+  int number = 0;
+  std::string section;
+  std::set<std::string> sections;
+};
+
+std::string valueOf(const Settings& settings, const std::string& name) {
+  const auto found = settings.find(name);
+  return found == settings.end() ? "" : found->second;
+}
+
+/** Appends the octets of an address to a record. Returns whether it is one. */
+bool appendAddress(std::string& record, const std::string& text) {
+  in_addr address{};
+  if (inet_pton(AF_INET, text.c_str(), &address) != 1) return false;
+  constexpr std::string_view HEXADECIMAL = "0123456789ABCDEF";
+  std::array<std::uint8_t, sizeof address> octets{};
+  std::memcpy(octets.data(), &address, octets.size());  // first octet first
+  for (const std::uint8_t octet : octets)
+    record += {HEXADECIMAL[octet >> 4U], HEXADECIMAL[octet & 0xFU], ' '};
+  return true;
+}
+
+/** The dotted mask of a prefix length; empty for a text that is none. */
+std::string maskOf(std::string_view prefix) {
+  constexpr unsigned BITS = 32;
+  unsigned length = 0;
+  const auto [end, error] = std::from_chars(prefix.begin(), prefix.end(), length);
+  if (error != std::errc() || end != prefix.end() || length > BITS) return {};
+  const in_addr mask{htonl(length == 0 ? 0 : ~0U << (BITS - length))};
+  std::array<char, INET_ADDRSTRLEN> text{};
+  return inet_ntop(AF_INET, &mask, text.data(), text.size());
+}
+
+}  // namespace
+
+Settings readKeyfile(const Connection& connection, std::string_view content) {
+  Reader reader(connection);
+  while (!content.empty()) {
+    const std::string_view line = content.substr(0, content.find('\n'));
+    reader.read(line);
+    content.remove_prefix(std::min(line.size() + 1, content.size()));
+  }
+  // Without them the file would be for something else, or for any interface.
+  if (valueOf(reader.settings, "connection.type") != connection.type)
+    throw Refusal("another type of connection");
+  if (valueOf(reader.settings, "connection.interface-name") != connection.interface)
+    throw Refusal("another interface");
+  return std::move(reader.settings);
+}
+
+std::string recordOf(const Settings& settings) {
+  const std::string method = valueOf(settings, "ipv4.method");
+  std::string record;
+  if (method == "auto") {
+    for (int field = 0; field < 13; ++field) record += field == 0 ? "01 " : "00 ";
+    return record;
+  }
+  const std::string stored = valueOf(settings, "ipv4.address1");  // ADDRESS/PREFIX,GATEWAY
+  const std::size_t slash = stored.find('/');
+  const std::size_t comma = stored.find(',');
+  if (method != "manual" || slash == std::string::npos || comma == std::string::npos ||
+      comma < slash)
+    return {};
+  record = "00 ";
+  const bool complete =
+      appendAddress(record, stored.substr(0, slash)) &&
+      appendAddress(record,
+                    maskOf(std::string_view(stored).substr(slash + 1, comma - slash - 1))) &&
+      appendAddress(record, stored.substr(comma + 1));
+  return complete ? record : "";
+}

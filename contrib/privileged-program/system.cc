@@ -1,0 +1,271 @@
+// SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
+// SPDX-License-Identifier: MIT
+#include "system.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <system_error>
+
+namespace {
+
+constexpr std::size_t LARGEST_FILE = 65536;
+constexpr std::size_t LONGEST_OUTPUT = 1048576;
+
+[[noreturn]] void fail(const std::string& what) {
+  throw std::system_error(errno, std::generic_category(), what);
+}
+
+int succeed(int result, const std::string& what) {
+  if (result < 0) fail(what);
+  return result;
+}
+
+struct stat statusOf(int file) {
+  struct stat status {};
+  succeed(fstat(file, &status), "fstat");
+  return status;
+}
+
+std::string readAtMost(int file, std::size_t limit) {
+  std::string content(limit, '\0');
+  std::size_t length = 0;
+  while (length < limit) {
+    const ssize_t piece = read(file, &content[length], limit - length);
+    if (piece < 0 && errno == EINTR) continue;
+    if (piece < 0) fail("read");
+    if (piece == 0) break;
+    length += static_cast<std::size_t>(piece);
+  }
+  content.resize(length);
+  return content;
+}
+
+void writeAll(int file, std::string_view content) {
+  while (!content.empty()) {
+    const ssize_t length = write(file, content.data(), content.size());
+    if (length < 0 && errno == EINTR) continue;
+    if (length < 0) fail("write");
+    content.remove_prefix(static_cast<std::size_t>(length));
+  }
+}
+
+Descriptor memoryFile(std::string_view content) {
+  Descriptor file(succeed(memfd_create("", MFD_CLOEXEC), "memfd_create"));
+  writeAll(file, content);
+  succeed(static_cast<int>(lseek(file, 0, SEEK_SET)), "lseek");
+  return file;
+}
+
+std::vector<char*> pointersTo(std::vector<std::string>& texts) {
+  std::vector<char*> pointers;
+  pointers.reserve(texts.size() + 1);
+  for (std::string& text : texts) pointers.push_back(text.data());
+  pointers.push_back(nullptr);
+  return pointers;
+}
+
+void resetSignals() {
+  for (int signal = 1; signal < NSIG; ++signal) (void)std::signal(signal, SIG_DFL);
+}
+
+std::unique_ptr<DIR, int (*)(DIR*)> listOf(int folder) {
+  const int copy = succeed(openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC), "openat");
+  return {fdopendir(copy), closedir};
+}
+
+/** The next name in a folder; empty after the last one. */
+std::string nextName(DIR* list) {
+  while (const dirent* entry = list == nullptr ? nullptr : readdir(list)) {
+    std::string name = entry->d_name;
+    if (name != "." && name != "..") return name;
+  }
+  return {};
+}
+
+bool isPlainFile(int folder, const std::string& name) {
+  struct stat status {};
+  return fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+         S_ISREG(status.st_mode);
+}
+
+/**
+ * Removes a folder with the files in it. The folders in it move up beside it: so it does not matter
+ * how deep they are. Returns whether it is gone.
+ */
+bool dissolve(int parent, const std::string& name) {
+  const Descriptor folder(
+      openat(parent, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  // Something else that is mounted there is not ours to empty.
+  if (folder < 0 || statusOf(folder).st_dev != statusOf(parent).st_dev) return false;
+  give(folder, {0, 0, S_IRWXU});  // nobody adds to it from here on
+  static unsigned moved = 0;
+  const auto list = listOf(folder);
+  for (std::string inner = nextName(list.get()); !inner.empty(); inner = nextName(list.get())) {
+    if (unlinkat(folder, inner.c_str(), 0) == 0) continue;
+    std::string freeName;
+    do {
+      freeName = "moved." + std::to_string(++moved);
+    } while (renameat2(folder, inner.c_str(), parent, freeName.c_str(), RENAME_NOREPLACE) != 0 &&
+             errno == EEXIST);
+  }
+  return unlinkat(parent, name.c_str(), AT_REMOVEDIR) == 0;
+}
+
+}  // namespace
+
+Descriptor::~Descriptor() {
+  if (number >= 0) close(number);
+}
+
+void forgetCaller() {
+  // Otherwise a keyfile would be opened as standard error, and messages be written to it.
+  int null = 0;
+  while ((null = open("/dev/null", O_RDWR)) >= 0 && null <= STDERR_FILENO) continue;
+  close_range(STDERR_FILENO + 1, ~0U, 0);
+
+  resetSignals();
+  // A terminal or session that goes must not stop us half-way, nor suspend us with the lock.
+  for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGTERM, SIGTSTP, SIGTTIN, SIGTTOU})
+    (void)std::signal(signal, SIG_IGN);
+  sigset_t none{};
+  sigemptyset(&none);
+  sigprocmask(SIG_SETMASK, &none, nullptr);
+
+  const rlimit unlimited{RLIM_INFINITY, RLIM_INFINITY};
+  for (const auto limit : {RLIMIT_AS, RLIMIT_CPU, RLIMIT_DATA, RLIMIT_FSIZE}) {
+    if (setrlimit(limit, &unlimited) == 0) continue;
+    rlimit current{};  // without the capability, as much as there is to be had
+    getrlimit(limit, &current);
+    current.rlim_cur = current.rlim_max;
+    (void)setrlimit(limit, &current);
+  }
+  const rlimit nothing{0, 0};
+  (void)setrlimit(RLIMIT_CORE, &nothing);  // it would hold passwords
+
+  umask(S_IWGRP | S_IWOTH);  // the rest is told wherever something is made
+  clearenv();
+  succeed(chdir("/"), "chdir");
+}
+
+Descriptor openFolder(const std::string& path) {
+  return Descriptor(
+      succeed(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC), path));
+}
+
+Descriptor openTrustedFolder(const std::string& path) {
+  Descriptor folder = openFolder(path);
+  const struct stat status = statusOf(folder);
+  if (status.st_uid != 0 || (status.st_mode & (S_IWGRP | S_IWOTH)) != 0)
+    throw Refusal(path + " can be written by others than root");
+  return folder;
+}
+
+void makeFolder(const std::string& path, mode_t mode) {
+  if (mkdir(path.c_str(), mode) != 0 && errno != EEXIST) fail(path);
+}
+
+uid_t ownerOf(int file) { return statusOf(file).st_uid; }
+
+gid_t groupOf(int file) { return statusOf(file).st_gid; }
+
+void give(int file, const Access& access) {
+  // First away from whoever has it now, and last to whoever gets it: nobody can interfere.
+  succeed(fchown(file, 0, access.group), "fchown");
+  // The owner of a folder may have added lists to it: one for the folder, one for new files in it.
+  for (const char* list : {"system.posix_acl_access", "system.posix_acl_default"}) {
+    if (fremovexattr(file, list) != 0 && errno != ENODATA && errno != EOPNOTSUPP) fail(list);
+  }
+  succeed(fchmod(file, access.mode), "fchmod");
+  if (access.user != 0) succeed(fchown(file, access.user, access.group), "fchown");
+}
+
+std::optional<std::string> take(int folder, const std::string& name, uid_t owner) {
+  // Not waiting: neither for the writer of a FIFO nor for the holder of a lease.
+  const Descriptor file(
+      openat(folder, name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  if (file < 0 && errno == ENOENT) return std::nullopt;
+  if (file < 0) throw Refusal(name + " cannot be opened, or is a link");
+  const struct stat status = statusOf(file);
+  if (!S_ISREG(status.st_mode)) throw Refusal(name + " is no plain file");
+  if (status.st_uid != owner) throw Refusal(name + " has another owner");
+  if (status.st_nlink != 1) throw Refusal(name + " has another name as well");
+  std::string content = readAtMost(file, LARGEST_FILE + 1);
+  if (content.size() > LARGEST_FILE) throw Refusal(name + " is too large");
+  return content;
+}
+
+void put(int folder, const std::string& name, std::string_view content, const Access& access,
+         Lasting lasting) {
+  // NetworkManager does not look at such a name, and a leftover of a kill has no other.
+  const std::string temporary = name + "~";
+  if (unlinkat(folder, temporary.c_str(), 0) != 0 && errno != ENOENT) fail(temporary);
+  {
+    const Descriptor file(
+        succeed(openat(folder, temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC,
+                       S_IRUSR | S_IWUSR),
+                temporary));
+    writeAll(file, content);
+    give(file, access);
+    if (lasting == Lasting::YES) succeed(fsync(file), "fsync");
+  }
+  succeed(renameat(folder, temporary.c_str(), folder, name.c_str()), name);
+  if (lasting == Lasting::YES) succeed(fsync(folder), "fsync");
+}
+
+void drop(int folder, const std::string& name, Lasting lasting) {
+  if (unlinkat(folder, name.c_str(), 0) != 0 && errno != ENOENT) fail(name);
+  if (lasting == Lasting::YES) succeed(fsync(folder), "fsync");
+}
+
+void clear(int folder, const std::function<bool(const std::string&)>& isKept) {
+  bool isDone = false;
+  while (!isDone) {
+    isDone = true;
+    const auto list = listOf(folder);
+    for (std::string name = nextName(list.get()); !name.empty(); name = nextName(list.get())) {
+      if (isPlainFile(folder, name) && isKept(name)) continue;
+      // What came out of a folder may stand before the place that was reached in the list.
+      if (unlinkat(folder, name.c_str(), 0) != 0 && dissolve(folder, name)) isDone = false;
+    }
+  }
+}
+
+Outcome run(std::vector<std::string> arguments, std::string_view input, unsigned seconds) {
+  std::vector<std::string> environment = {"PATH=/usr/bin:/bin", "LANG=C.UTF-8"};
+  const std::vector<char*> argumentList = pointersTo(arguments);
+  const std::vector<char*> environmentList = pointersTo(environment);
+  const Descriptor in = memoryFile(input);
+  const Descriptor out = memoryFile("");
+  const pid_t child = succeed(fork(), "fork");
+  if (child == 0) {
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    resetSignals();
+    // Its messages may quote a password.
+    const int null = open("/dev/null", O_WRONLY | O_CLOEXEC);
+    if (dup2(in, STDIN_FILENO) >= 0 && dup2(out, STDOUT_FILENO) >= 0 &&
+        dup2(null, STDERR_FILENO) >= 0) {
+      alarm(seconds);  // goes on in the new program
+      execve(argumentList.front(), argumentList.data(), environmentList.data());
+    }
+    _exit(127);
+  }
+  int status = 0;
+  while (waitpid(child, &status, 0) < 0) {
+    if (errno != EINTR) fail("waitpid");
+  }
+  succeed(static_cast<int>(lseek(out, 0, SEEK_SET)), "lseek");
+  return {status, readAtMost(out, LONGEST_OUTPUT)};
+}

@@ -1,0 +1,90 @@
+# SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
+# SPDX-License-Identifier: MIT
+"""A device with the example privileged program installed, as far as the caller can see.
+
+The caller is in a mount namespace of its own: the program works on its real paths there.
+"""
+import os
+import shutil
+import subprocess
+import sys
+
+HERE = os.path.dirname(os.path.abspath(__file__))
+EXAMPLE = os.path.dirname(HERE)
+SOURCES = os.path.dirname(os.path.dirname(EXAMPLE))
+KEYFILES = os.path.join(SOURCES, "tests", "keyfiles", "expected")
+sys.path[:0] = [os.path.join(SOURCES, "tests", name) for name in ("support", "networkmanager")]
+
+HANDLER = "/usr/libexec/zor-network-permissions-handler"
+DESK = "/etc/NetworkManager/system-connections"
+STATE = "/var/lib/zor-network"
+INSTALLED = STATE + "/connections"
+RUN = "/run/zor-network"
+SET_ASIDE = RUN + "/set-aside"
+ETHERNET, WIFI = "ethernet.nmconnection", "wlan0.nmconnection"
+USER = 65534
+READERS = 12345  # the group that may read a locked desk
+
+
+def read(*path):
+    """The bytes of a file, or None."""
+    try:
+        with open(os.path.join(*path), "rb") as file:
+            return file.read()
+    except FileNotFoundError:
+        return None
+
+
+def write(content, *path, owner=0, mode=0o600):
+    """Makes a file anew. Returns its path."""
+    name = os.path.join(*path)
+    if os.path.lexists(name):
+        os.remove(name)
+    with open(name, "wb") as file:
+        file.write(content)
+    os.chown(name, owner, owner)
+    os.chmod(name, mode)
+    return name
+
+
+def keyfile(name):
+    """One of the files that the window writes."""
+    return read(KEYFILES, name + ".nmconnection")
+
+
+def _mount(*arguments):
+    subprocess.run(["mount", *arguments], check=True)
+
+
+def lay_over(folder):
+    """What is made in a folder from now on goes with the namespace."""
+    layers = "/tmp/layers" + folder
+    for name in "upper", "work":
+        os.makedirs(os.path.join(layers, name))
+    _mount("-t", "overlay", "overlay", folder,
+           "-o", f"lowerdir={folder},upperdir={layers}/upper,workdir={layers}/work")
+
+
+def install(program):
+    """Installs the program and makes the folders that the manual asks for."""
+    for folder in "/usr/libexec", "/var/lib":
+        lay_over(folder)
+    shutil.copy(program, HANDLER)
+    os.makedirs(INSTALLED, 0o700)
+    os.chmod(STATE, 0o750)
+    os.chown(STATE, 0, READERS)
+
+
+def cover(target, source):
+    """A file or folder shows what another one holds."""
+    _mount("--bind", source, target)
+
+
+def uncover(target):
+    """Undoes that."""
+    subprocess.run(["umount", target], check=True)
+
+
+def cover_run():
+    """An empty /run."""
+    _mount("-t", "tmpfs", "-o", "mode=0755", "tmpfs", "/run")

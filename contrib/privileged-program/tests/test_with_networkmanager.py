@@ -1,0 +1,188 @@
+#!/usr/bin/python3
+# SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
+# SPDX-License-Identifier: MIT
+"""From the window to the network, by way of the example privileged program and a real daemon.
+
+Usage: test_with_networkmanager.py PRIVILEGED-PROGRAM PROGRAM [TEST...], as root. The window's
+program runs as an ordinary user in production mode.
+"""
+import ipaddress
+import os
+import shutil
+import sys
+import unittest
+
+import device
+from device import (DESK, ETHERNET, EXAMPLE, HANDLER, INSTALLED, READERS, RUN, USER, WIFI, keyfile,
+                    read)
+import network
+import tap
+from desktop import Desktop, missing_tools, wait_until
+from program import Program
+
+BIN = "/tmp/bin"
+# In the place of sudo: a script cannot be given to root, its interpreter can.
+AS_ROOT = f"""#!{BIN}/as-root -IS
+import os, sys
+os.environ["SUDO_UID"] = str(os.getuid())
+os.setresuid(0, 0, 0)
+os.execv("{HANDLER}", sys.argv)
+"""
+LABELS = ("IP Address", "Subnet Mask", "Default Gateway", "DNS Server")
+# Prefixes that no default would give, on two networks.
+FIRST = ("10.20.30.40", "255.255.240.0", "10.20.16.1", "10.20.16.53")
+SECOND = ("172.16.5.9", "255.255.252.0", "172.16.4.1", "172.16.7.53")
+
+
+def with_prefix(address, mask):
+    """ADDRESS/PREFIX."""
+    return ipaddress.ip_interface(f"{address}/{mask}").with_prefixlen
+
+
+class Device(unittest.TestCase):
+
+    maxDiff = None
+
+    def use(self, *steps):
+        """Starts the window, takes steps in it, and waits for the end of all that it asked for."""
+        environment = {"PATH": BIN + ":" + os.environ["PATH"], "G_DEBUG": "fatal-warnings"}
+        with Program(self.desktop, [os.path.join(BIN, "program")], environment) as program:
+            wait_until(lambda: os.stat(DESK).st_uid == USER, "the desk to be unlocked")
+            for step in steps:
+                step(program)
+            # The requests are over too: their streams are the program's.
+            self.assertEqual(program.finish(), 0, program.errors)
+        self.assertEqual((os.stat(DESK).st_uid, os.stat(DESK).st_gid), (0, READERS))
+        self.assertEqual(sorted(os.listdir(DESK)), [ETHERNET, WIFI])
+        return program
+
+    def save(self, mode, *entries):
+        """Saves the page of Ethernet."""
+        def choose(program):
+            program.pick(mode)
+            for label, text in zip(LABELS, entries):
+                program.fill(label, text)
+
+        program = self.use(choose, lambda program: program.button("Save And Exit"))
+        self.assertEqual(program.errors, "", network.messages())
+
+    def assert_network(self, address, gateway, dns):
+        found = {"addresses": network.addresses(), "gateways": network.gateways_in_use(),
+                 "name servers": network.name_servers(), "answers": network.answers(gateway)}
+        self.assertEqual(found, {"addresses": [address], "gateways": [(gateway, "eth0")],
+                                 "name servers": [dns], "answers": True}, network.messages())
+
+    def assert_static(self, address, mask, gateway, dns):
+        self.assert_network(with_prefix(address, mask), gateway, dns)
+        record = [0, *(int(octet) for text in (address, mask, gateway)
+                       for octet in text.split("."))]
+        self.assertEqual(read(RUN, "ethernet-settings").decode(),
+                         "".join(f"{octet:02X} " for octet in record))
+
+    def assert_leased(self):
+        (address,) = network.addresses()
+        self.assert_network(address, network.LEASED_ROUTER, network.LEASED_DNS)
+        self.assertEqual(ipaddress.ip_interface(address).network, network.LEASED_NETWORK)
+
+
+class Ethernet(Device):
+
+    def test_static_then_dynamic_then_static(self):
+        self.save("Static IP", *FIRST)
+        self.assert_static(*FIRST)
+        self.save("Dynamic IP")
+        self.assert_leased()
+        self.save("Static IP", *SECOND)
+        self.assert_static(*SECOND)
+
+    def test_leaving_without_saving_changes_nothing(self):
+        self.save("Static IP", *SECOND)
+        before = read(DESK, ETHERNET)
+        self.use(lambda program: program.fill("IP Address", "10.1.1.1"),
+                 lambda program: program.button("Exit Without Saving"))
+        self.assertEqual(read(DESK, ETHERNET), before)
+        self.assert_static(*SECOND)
+
+    def test_a_refused_change_of_the_mode_is_undone(self):
+        self.save("Dynamic IP")
+        before = read(DESK, ETHERNET)
+
+        def be_refused(program):
+            program.pick("Static IP")
+            program.fill("IP Address", "300.1.1.1")
+            program.button("Save And Exit")
+            wait_until(program.dialog, "the entries to be refused")
+            self.assertNotEqual(read(DESK, ETHERNET), before)  # the default file by now
+            program.button("OK")
+            wait_until(lambda: not program.dialog(), "the dialog to close")
+
+        self.use(be_refused, lambda program: program.button("Exit Without Saving"))
+        self.assertEqual(read(DESK, ETHERNET), before)
+        self.assert_leased()
+
+    def test_what_only_the_form_takes_leaves_all_as_it_was(self):
+        self.save("Dynamic IP")
+        before = read(DESK, ETHERNET)
+
+        def choose(program):
+            program.pick("Static IP")
+            for label, text in zip(LABELS, ("10.20.30.040", *FIRST[1:])):
+                program.fill(label, text)
+            program.button("Save And Exit")
+
+        program = self.use(choose)
+        self.assertIn("ethernet.nmconnection: NetworkManager cannot read it", program.errors)
+        self.assertEqual(read(DESK, ETHERNET), before)
+        self.assert_leased()
+
+
+def install(handler, program):
+    """Installs the programs."""
+    device.install(handler)
+    os.mkdir(BIN)
+    shutil.copy(program, os.path.join(BIN, "program"))
+    os.chmod(shutil.copy(os.path.realpath(sys.executable), f"{BIN}/as-root"), 0o4755)
+    device.write(AS_ROOT.encode(), BIN, os.path.basename(HANDLER), mode=0o755)
+
+
+def run_as_user(task):
+    """Runs a task in a process of the user; returns its status. This one stays root's."""
+    child = os.fork()
+    if child:
+        return os.waitstatus_to_exitcode(os.waitpid(child, 0)[1])
+    os.chdir("/")
+    os.setgroups([READERS])
+    os.setresgid(USER, USER, USER)
+    os.setresuid(USER, USER, USER)
+    return task()
+
+
+def run_tests():
+    """Runs the tests on a desktop of the user's."""
+    with Desktop() as Device.desktop:
+        tap.main()
+
+
+def main():
+    """Runs the tests, or says why not."""
+    handler, program = (os.path.realpath(path) for path in sys.argv[1:3])
+    lacking = ", ".join(filter(None, (missing_tools(), network.missing_tools())))
+    reason = f"not installed: {lacking}" if lacking else network.enter(
+        device.SOURCES, os.path.dirname(handler), os.path.dirname(program))
+    if reason and os.environ.get("CI"):
+        sys.exit(f"cannot run here: {reason}")
+    if reason:
+        tap.skip_all(reason)
+    del sys.argv[1:3]
+    os.umask(0o022)
+    install(handler, program)
+    network.set_up([with_prefix(gateway, mask) for _, mask, gateway, _ in (FIRST, SECOND)],
+                   config_dir=EXAMPLE)
+    # After that, for a device that begins without an address.
+    device.write(keyfile("ethernet-default"), INSTALLED, ETHERNET)
+    device.write(keyfile("client"), INSTALLED, WIFI)
+    status = os.spawnl(os.P_WAIT, HANDLER, HANDLER, "rollback")  # as at the start of the system
+    sys.exit(status or run_as_user(run_tests))
+
+
+main()
