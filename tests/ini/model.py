@@ -14,6 +14,7 @@ import re
 import struct
 
 BUFFER_SIZE = 512
+LONG_MIN, LONG_MAX = -2 ** 63, 2 ** 63 - 1  # whoever compares with another C sets them
 WHITESPACE = bytes(range(1, 33))
 LF = b"\n"
 QUOTE = ord('"')
@@ -158,14 +159,14 @@ def gets(data, section, key, default, size):
 
 
 def _leading_number(text, base):
-    """strtol() where long has 64 bits."""
+    """strtol()."""
     prefix, digits = (rb"(?:0[xX](?=[0-9a-fA-F]))?", rb"[0-9a-fA-F]+") if base == 16 \
         else (rb"", rb"[0-9]+")
     match = re.match(rb"[ \t-\r]*([+-]?)" + prefix + rb"(" + digits + rb")", text)
     if not match:
         return 0
     number = int(match[2], base)
-    return max(-2 ** 63, min(2 ** 63 - 1, -number if match[1] == b"-" else number))
+    return max(LONG_MIN, min(LONG_MAX, -number if match[1] == b"-" else number))
 
 
 def getl(data, section, key, default):

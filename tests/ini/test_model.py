@@ -30,6 +30,14 @@ SEEDS = [int(seed) for seed in os.environ.get("MODEL_SEEDS", "1,2,3,4").split(",
 CASES = int(os.environ.get("MODEL_CASES", "1500"))  # for each seed
 MEMORY = "/dev/shm" if os.access("/dev/shm", os.W_OK) else None
 
+
+def set_long(program):
+    """Gives the model the numbers of a program: a long has the size of an address."""
+    with open(program, "rb") as file:
+        bits = {1: 32, 2: 64}[file.read(5)[4]]  # what an ELF file says of itself
+    model.LONG_MIN, model.LONG_MAX = -2 ** (bits - 1), 2 ** (bits - 1) - 1
+
+
 Case = collections.namedtuple("Case", "data operations")
 Difference = collections.namedtuple("Difference", "operation expected actual")
 
@@ -358,7 +366,7 @@ class Generator:
             return ("puts", section, key, None)
         if kind < 0.3:
             name = self.random.choice(["putl", "putf", "putbool"])
-            numbers = {"putl": [0, -5, 2 ** 63 - 1, -2 ** 63], "putf": [0.0, -0.5, 123456.75],
+            numbers = {"putl": [0, -5, model.LONG_MAX, model.LONG_MIN], "putf": [0.0, -0.5, 123456.75],
                        "putbool": [0, 1, 2]}
             return (name, section, key, self.random.choice(numbers[name]))
         return ("puts", section, key, self.value(data, section, key))
@@ -451,4 +459,5 @@ class ReductionTest(unittest.TestCase):
 if __name__ == "__main__":
     if not PERFORM:
         sys.exit(__doc__)
+    set_long(PERFORM)
     tap.main()
