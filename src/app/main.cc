@@ -57,8 +57,8 @@ gboolean quit(gpointer application) {
 int runInProductionMode(int argc, char** argv) {
   logLine("Starting application for Halvorik");
   config->runPermissionsHandler("unlock", "");
-  // The toolkit ends the process itself after --help, or when the display is not there or goes
-  // away.
+  // The toolkit ends the process itself after --help, or when the display is not there. (When the
+  // display goes away it does so too, but then nothing of ours is called any more.)
   (void)std::atexit(rollBack);
   // The request is not waited for: this is the time it has to act.
   std::this_thread::sleep_for(std::chrono::milliseconds(200));

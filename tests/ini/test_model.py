@@ -345,7 +345,7 @@ class Generator:
         default = pick([None, b"", b"def", b"x" * 99, self.string()])
         return (name, *{
             "gets": (section, key, default, size),
-            "getl": (section, key, pick([0, -1, 2 ** 40])),
+            "getl": (section, key, pick([0, -1, model.LONG_MAX])),
             "getf": (section, key, pick([0.0, -1.5])),
             "getbool": (section, key, pick([0, 1, 7])),
             "getsection": (index, size),

@@ -225,10 +225,11 @@ TEST_F(Writing, NumbersAndTruthValues) {
   EXPECT_EQ(1, ini_putf("s", "huge", FLT_MAX, path));
   EXPECT_EQ(1, ini_putbool("s", "yes", -3, path));
   EXPECT_EQ(1, ini_putbool("s", "no", 0, path));
-  EXPECT_BYTES_EQ(
-      "[s]\nzero=0\nmin=" + std::to_string(LONG_MIN) + "\nmax=" + std::to_string(LONG_MAX) +
-      "\nhalf=-1.500000\nhuge=340282346638528859811704183484516925440.000000\nyes=true\nno=false\n",
-      readBytes(file));
+  EXPECT_BYTES_EQ("[s]\nzero=0\nmin=" + std::to_string(LONG_MIN) +
+                      "\nmax=" + std::to_string(LONG_MAX) +
+                      "\nhalf=-1.500000\nhuge=340282346638528859811704183484516925440.000000\nyes="
+                      "true\nno=false\n",
+                  readBytes(file));
 }
 
 // ---- Long files

@@ -199,6 +199,7 @@ class Requests(ManualCase):
                 os.kill(program.process.pid, number)
                 self.assertEqual(program.finish(), -number)
                 self.assert_requests(UNLOCK)
+                program.__exit__()
 
     def test_none_after_a_signal_in_the_pause(self):
         for name in ("HUP", "INT", "TERM"):

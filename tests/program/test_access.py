@@ -243,6 +243,7 @@ class Keyboard(AccessCase):
                 self.assertEqual(program.text("IP Address"), "10.0.0")
                 program.focus_and_press("button", "Exit Without Saving", "Return")
                 self.assertEqual(program.finish(), 0)
+                program.__exit__()
                 self.assertEqual(program_case.read(self.path("ethernet.nmconnection")).decode(),
                                  STATIC)
 

@@ -165,18 +165,25 @@ class Desktop:
         address = self._read_announcement(process.stdout.fileno(), "the session bus")
         process.stdout.close()
         self.environment["DBUS_SESSION_BUS_ADDRESS"] = address
-        session = _connect(address)
-        answer = session.call_sync("org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress",
-                                   None, None, Gio.DBusCallFlags.NONE, int(LIMIT * 1000), None)
-        session.close_sync(None)
-        self._bus = _connect(answer.unpack()[0])
+        self._session = _connect(address)
+        (address,) = _call(self._session, "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus",
+                           "GetAddress")
+        self._bus = _connect(address)
+
+    def owner(self, name):
+        """The process that goes by a name on the session bus, or None."""
+        try:
+            return _call(self._session, "org.freedesktop.DBus", "/org/freedesktop/DBus",
+                         "org.freedesktop.DBus", "GetConnectionUnixProcessID",
+                         GLib.Variant("(s)", (name,)))[0]
+        except GLib.Error:
+            return None
 
     # Accessibility: what the program shows.
 
     def ask(self, owner, path, interface, method, arguments=None):
         """Calls a method on the accessibility bus."""
-        return self._bus.call_sync(owner, path, interface, method, arguments, None,
-                                   Gio.DBusCallFlags.NONE, int(LIMIT * 1000), None).unpack()
+        return _call(self._bus, owner, path, interface, method, arguments)
 
     def application(self, pid):
         """The owner's name and the path of a process' (or its child's) root object, or None."""
@@ -304,6 +311,11 @@ def _connect(address):
     connection = Gio.DBusConnection.new_for_address_sync(address, flags, None, None)
     connection.set_exit_on_close(False)
     return connection
+
+
+def _call(connection, owner, path, interface, method, arguments=None):
+    return connection.call_sync(owner, path, interface, method, arguments, None,
+                                Gio.DBusCallFlags.NONE, int(LIMIT * 1000), None).unpack()
 
 
 def _parent_of(pid):

@@ -14,6 +14,7 @@ from gi.repository import GLib
 from desktop import LIMIT, bound_to_us, wait_until
 
 TITLE = "ZOR Network Manager"
+APPLICATION_ID = "org.gtkmm.example"
 _ACCESSIBLE = "org.a11y.atspi.Accessible"
 _WINDOW_COORDINATES = 1  # asking for the screen's makes the toolkit print a warning
 _STATES = {4: "checked", 7: "editable", 11: "focusable", 12: "focused", 16: "modal", 23: "selected", 24: "sensitive",
@@ -130,10 +131,12 @@ class Program:
             self.process.kill()
         self.process.wait()
         self._wait_until_gone()
+        wait_until(lambda: not self.desktop.windows(), "the windows to go")
 
     def _wait_until_gone(self):
         # The next run is taken for a second instance while this one is still known on the bus.
-        wait_until(lambda: not self.desktop.windows(), "the windows to go")
+        wait_until(lambda: self.desktop.owner(APPLICATION_ID) != self.process.pid,
+                   "the bus to take notice")
 
     # The process.
 
@@ -156,6 +159,7 @@ class Program:
     def finish(self):
         """Waits for the end of the program and of what it started; returns its exit status."""
         status = self.process.wait(LIMIT)
+        self._wait_until_gone()
         for stream in self._streams.values():
             stream.join()
         return status
