@@ -255,11 +255,15 @@ class stream {
   char buffer[STREAM_BUFFERSIZE];
 };
 
-/** The size of a file, so that no read has to find its end; LONG_MAX if it is not known. */
+/**
+ * The size of a file, so that no read has to find its end; LONG_MAX if it is not known, -1 if
+ * offsets cannot count it, which can be where a long has 32 bits.
+ */
 long size_of(FILE* file) {
   struct stat status {};
   if (fstat(fileno(file), &status) != 0 || status.st_size == 0) return LONG_MAX;
-  return static_cast<long>(status.st_size);
+  const long size = static_cast<long>(status.st_size);
+  return size == status.st_size ? size : -1;
 }
 
 struct input : stream {
@@ -597,8 +601,9 @@ bool rewrite(const char* Section, const char* Key, const char* Value, const char
 
   input source(Filename, access_order::SEEKING);
   bool complete = false;
-  if (source.file != NULL) {
-    copier copy{line_reader(source.file, size_of(source.file)), target.file};
+  const long size = source.file != NULL ? size_of(source.file) : -1;
+  if (size >= 0) {
+    copier copy{line_reader(source.file, size), target.file};
     copy_changed(copy, Section, Key, Value);
     complete = source.close() && !copy.failed;
   }
