@@ -8,6 +8,8 @@
 #include <gtkmm/signallistitemfactory.h>
 #include <gtkmm/stringobject.h>
 
+#include <vector>
+
 namespace {
 
 void setText(Gtk::Widget& widget, Gtk::Accessible::Property property, const Glib::ustring& text) {
@@ -17,13 +19,15 @@ void setText(Gtk::Widget& widget, Gtk::Accessible::Property property, const Glib
   widget.update_property(property, value);
 }
 
-/** Names what can have the focus within a widget. */
-void nameFocusableParts(Gtk::Widget& whole, const Glib::ustring& name) {
-  for (Gtk::Widget* part = whole.get_first_child(); part != nullptr;
-       part = part->get_next_sibling()) {
-    if (part->get_focusable()) setText(*part, Gtk::Accessible::Property::LABEL, name);
-    nameFocusableParts(*part, name);
-  }
+/** All that is within a widget, what is further up first. */
+std::vector<Gtk::Widget*> partsOf(Gtk::Widget& whole) {
+  std::vector<Gtk::Widget*> parts{&whole};
+  for (std::size_t i = 0; i < parts.size(); ++i)
+    for (Gtk::Widget* part = parts[i]->get_first_child(); part != nullptr;
+         part = part->get_next_sibling())
+      parts.push_back(part);
+  parts.erase(parts.begin());
+  return parts;
 }
 
 /** Makes the label of a row the name of that row, which is around it by the time it gets a text. */
@@ -34,20 +38,11 @@ void nameRow(const Glib::RefPtr<Gtk::ListItem>& item) {
   if (label != nullptr) label->set_mnemonic_widget(*content->get_parent());
 }
 
-/** The list below a drop-down's button, or null. */
-Gtk::ListView* findList(Gtk::Widget& whole) {
-  for (Gtk::Widget* part = whole.get_first_child(); part != nullptr;
-       part = part->get_next_sibling()) {
-    if (auto* list = dynamic_cast<Gtk::ListView*>(part)) return list;
-    if (auto* list = findList(*part)) return list;
-  }
-  return nullptr;
-}
-
 }  // namespace
 
 void nameDropDown(Gtk::DropDown& dropDown, const Gtk::Label& label) {
-  nameFocusableParts(dropDown, label.get_text());
+  for (Gtk::Widget* part : partsOf(dropDown))
+    if (part->get_focusable()) setText(*part, Gtk::Accessible::Property::LABEL, label.get_text());
   if (const auto factory =
           std::dynamic_pointer_cast<Gtk::SignalListItemFactory>(dropDown.get_factory()))
     factory->signal_bind().connect(sigc::ptr_fun(nameRow));
@@ -61,15 +56,17 @@ void nameDropDown(Gtk::DropDown& dropDown, const Gtk::Label& label) {
 }
 
 void openAtChoice(Gtk::DropDown& dropDown) {
-  auto* list = findList(dropDown);
-  if (list == nullptr) return;
-  // The popover looks for a place for the focus right after this, unless there is one already.
-  list->signal_map().connect([&dropDown, list] {
-    Gtk::Widget* row = list->get_first_child();
-    for (guint i = 0; row != nullptr && i < dropDown.get_selected(); ++i)
-      row = row->get_next_sibling();
-    if (row != nullptr) row->grab_focus();
-  });
+  for (Gtk::Widget* part : partsOf(dropDown)) {
+    auto* list = dynamic_cast<Gtk::ListView*>(part);
+    if (list == nullptr) continue;
+    // The popover looks for a place for the focus right after this, unless there is one already.
+    list->signal_map().connect([&dropDown, list] {
+      Gtk::Widget* row = list->get_first_child();
+      for (guint i = 0; row != nullptr && i < dropDown.get_selected(); ++i)
+        row = row->get_next_sibling();
+      if (row != nullptr) row->grab_focus();
+    });
+  }
 }
 
 void nameTabs(Gtk::Notebook& notebook) {
