@@ -5,6 +5,7 @@
 #include <gtkmm/box.h>
 #include <gtkmm/listitem.h>
 #include <gtkmm/listview.h>
+#include <gtkmm/selectionmodel.h>
 #include <gtkmm/signallistitemfactory.h>
 #include <gtkmm/stringobject.h>
 
@@ -38,6 +39,22 @@ void nameRow(const Glib::RefPtr<Gtk::ListItem>& item) {
   if (label != nullptr) label->set_mnemonic_widget(*content->get_parent());
 }
 
+/** Goes to a row of a list that is about to be shown. */
+void goTo(guint position, Gtk::ListView& list) {
+  // Return takes the row that is marked, not the one with the focus. The mark is still where it was
+  // when the list was last closed.
+  if (const auto rows = list.get_model()) rows->select_item(position, true);
+  Gtk::Widget* row = list.get_first_child();
+  for (guint i = 0; row != nullptr && i < position; ++i) row = row->get_next_sibling();
+  if (row != nullptr) row->grab_focus();
+  // Where a list is too long for the screen, it can be scrolled as soon as it has a size.
+  list.add_tick_callback([&list, position](const Glib::RefPtr<Gdk::FrameClock>& /*clock*/) {
+    if (list.get_height() == 0) return true;
+    list.activate_action("list.scroll-to-item", Glib::Variant<guint32>::create(position));
+    return false;
+  });
+}
+
 }  // namespace
 
 void nameDropDown(Gtk::DropDown& dropDown, const Gtk::Label& label) {
@@ -58,21 +75,16 @@ void nameDropDown(Gtk::DropDown& dropDown, const Gtk::Label& label) {
 void openAtChoice(Gtk::DropDown& dropDown) {
   for (Gtk::Widget* part : partsOf(dropDown)) {
     auto* list = dynamic_cast<Gtk::ListView*>(part);
-    if (list == nullptr) continue;
     // The popover looks for a place for the focus right after this, unless there is one already.
-    list->signal_map().connect([&dropDown, list] {
-      Gtk::Widget* row = list->get_first_child();
-      for (guint i = 0; row != nullptr && i < dropDown.get_selected(); ++i)
-        row = row->get_next_sibling();
-      if (row != nullptr) row->grab_focus();
-    });
+    if (list != nullptr)
+      list->signal_map().connect([&dropDown, list] { goTo(dropDown.get_selected(), *list); });
   }
 }
 
 void nameTabs(Gtk::Notebook& notebook) {
   for (int number = 0; number < notebook.get_n_pages(); ++number) {
     auto* label = dynamic_cast<Gtk::Label*>(notebook.get_tab_label(*notebook.get_nth_page(number)));
-    if (label == nullptr) continue;
+    if (label == nullptr || label->get_parent() == nullptr) continue;
     label->get_parent()->reset_property(Gtk::Accessible::Property::LABEL);  // "Tab", of each
     label->set_mnemonic_widget(*label->get_parent());
   }

@@ -17,7 +17,7 @@
  */
 void nameDropDown(Gtk::DropDown& dropDown, const Gtk::Label& label);
 
-/** Lets the list open with the focus on the chosen row; at the first, Return would change it. */
+/** Lets the list open at the chosen row; at the first, the arrow keys would start from there. */
 void openAtChoice(Gtk::DropDown& dropDown);
 
 /** Names each tab by its label, and the notebook, which has the tabs' focus, by the current one. */

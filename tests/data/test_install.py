@@ -82,7 +82,8 @@ class Version(unittest.TestCase):
 
     def test_is_the_same_everywhere(self):
         (version,) = re.findall(r"\n  version: '([^']+)'", source("meson.build"))
-        release = xml.fromstring(source("data/org.gtkmm.example.metainfo.xml")).find("releases/release")
+        metainfo = xml.fromstring(source("data/org.gtkmm.example.metainfo.xml"))
+        release = metainfo.find("releases/release")
         (package,) = re.findall(r"^zor-network-manager \(([^)-]+)", source("debian/changelog"))
         self.assertEqual([release.get("version"), package], [version, version])
 

@@ -53,7 +53,7 @@ class Gallery(unittest.TestCase):
                      os.path.join(IMAGES, name), "null:"],
                     capture_output=True, text=True, check=False)
                 self.assertRegex(done.stderr, r"^\d+$", "of another size")
-                self.assertLessEqual(int(done.stderr), 50, "stale: run ./dev gallery")
+                self.assertLessEqual(int(done.stderr), 10, "stale: run ./dev gallery")
 
     def test_each_picture_is_shown(self):
         shown = set()

@@ -7,7 +7,7 @@ import sys
 
 sys.path.insert(0, os.path.join(os.path.dirname(__file__), "..", "support"))
 import program_case
-from desktop import wait_until
+from desktop import Desktop, wait_until
 
 STATIC = """[connection]
 id=ethernet
@@ -114,6 +114,19 @@ class Names(AccessCase):
         tree = self.assert_named(program)
         self.assertEqual([row.name for row in tree.all("list item")], CHANNELS)
         self.assertEqual(program.focused(), ("list item", "6"))
+        for key in ("Down", "Down", "Escape"):
+            self.desktop.press(key)
+        wait_until(lambda: not program.look().find("list item"), "the list to close")
+        self.desktop.press("space")
+        wait_until(lambda: program.look().find("list item"), "the list")
+        self.assertEqual(program.focused(), ("list item", "6"))
+        self.assertEqual([row.name for row in program.look().all("list item")
+                          if "selected" in row.states], ["6"])
+        self.desktop.press("Return")
+        wait_until(lambda: not program.look().find("list item"), "the list to close")
+        self.assertEqual(program.channel(), "6")
+        program.focus_and_press("button", CHANNEL, "space")
+        wait_until(lambda: program.look().find("list item"), "the list")
         self.desktop.press("End")
         self.desktop.press("Return")
         wait_until(lambda: program.channel() == "11", "the choice")
@@ -138,7 +151,8 @@ class Keyboard(AccessCase):
 
     def assert_round(self, program, expected):
         """Tab goes through all stops and back to the first, Shift+Tab the other way."""
-        for keys, order in ((["Tab"], expected), (["Shift_L", "Tab"], expected[:1] + expected[:0:-1])):
+        backwards = expected[:1] + expected[:0:-1]
+        for keys, order in ((["Tab"], expected), (["Shift_L", "Tab"], backwards)):
             program.focus(*expected[0])
             for stop in order:
                 self.assertEqual(program.focused(), stop)
@@ -180,6 +194,7 @@ class Keyboard(AccessCase):
         program.focus("checkbox", "Dynamic IP")
         self.desktop.press("Control_L", "Next")  # from within a page as well
         wait_until(lambda: program.page() == "Wifi", "page Wifi")
+        self.assertEqual(program.focused(), ("group", "Wifi"))
 
     def test_static_address(self):
         program = self.run_on("Ethernet")
@@ -220,6 +235,21 @@ class Keyboard(AccessCase):
             self.assertIn(f"\n{line}\n", saved)
         self.assertEqual(self.recorder.calls(), [["finalize_wifi", "Hotspot"]])
 
+    def test_list_of_channels_on_a_small_panel(self):
+        self.desktop = self.enterContext(Desktop((800, 480)))
+        program = self.run_on("Wifi", wlan0=ACCESS_POINT)
+        for channel in ("6", "11"):
+            program.focus_and_press("button", CHANNEL, "space")
+            wait_until(lambda: program.focused() == ("list item", channel), "the list")
+            tree = program.look()
+            _, top, _, height = tree.find("list").box
+            _, row_top, _, row_height = tree.find("list item", channel).box
+            self.assertTrue(row_height and top <= row_top
+                            and row_top + row_height <= top + height, tree.dump())
+            self.desktop.press("End")
+            self.desktop.press("Return")
+            wait_until(lambda: program.channel() == "11", "the choice")
+
     def test_client_and_disabled(self):
         program = self.run_on("Wifi", wlan0=ACCESS_POINT)
         self.choose(program, "Disabled", "Left", "Left")
@@ -227,7 +257,8 @@ class Keyboard(AccessCase):
         program.focus_and_type("SSID", "Café 7")
         program.focus_and_press("button", "Save And Exit", "Return")
         self.assertEqual(program.finish(), 0)
-        self.assertIn("\nssid=Café 7\n", program_case.read(self.path("wlan0.nmconnection")).decode())
+        saved = program_case.read(self.path("wlan0.nmconnection")).decode()
+        self.assertIn("\nssid=Café 7\n", saved)
         self.assertEqual(self.recorder.calls(), [["finalize_wifi", "ZOR"]])
 
     def test_dialog_is_answered_and_the_focus_comes_back(self):

@@ -17,8 +17,8 @@ TITLE = "ZOR Network Manager"
 APPLICATION_ID = "org.gtkmm.example"
 _ACCESSIBLE = "org.a11y.atspi.Accessible"
 _WINDOW_COORDINATES = 1  # asking for the screen's makes the toolkit print a warning
-_STATES = {4: "checked", 7: "editable", 11: "focusable", 12: "focused", 16: "modal", 23: "selected", 24: "sensitive",
-           30: "visible", 43: "read-only"}
+_STATES = {4: "checked", 7: "editable", 11: "focusable", 12: "focused", 16: "modal",
+           23: "selected", 24: "sensitive", 30: "visible", 43: "read-only"}
 
 
 class Node:
