@@ -13,6 +13,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <exception>
+#include <filesystem>
 #include <map>
 #include <optional>
 #include <string>
@@ -97,13 +98,16 @@ void layOutDesk(uid_t user) {
   const gid_t readers = groupOf(openTrustedFolder(STATE));
   const Descriptor installed = openTrustedFolder(INSTALLED);
   const Descriptor desk = openFolder(DESK);
-  give(desk, {ROOT, readers, 0750});  // nobody else changes it from here on
-
   std::map<std::string, std::string> contents;
   for (const Connection& connection : CONNECTIONS) {
     if (const auto content = take(installed, connection.file, ROOT))
       contents[connection.file] = *content;
   }
+  // A locked desk is a copy. What only it holds was never moved to where NetworkManager looks.
+  if (contents.empty() && ownerOf(desk) == ROOT && !std::filesystem::is_empty(DESK))
+    throw Refusal(std::string("nothing is installed, and there are files in ") + DESK);
+
+  give(desk, {ROOT, readers, 0750});  // nobody else changes it from here on
   clear(desk, [&](const std::string& name) { return contents.count(name) > 0; });
   // Each takes the place of the old one at once: the window may be looking for them already.
   const mode_t fileMode = user == ROOT ? 0640 : 0600;
@@ -178,12 +182,12 @@ void unlock(const Request& request) {
 
 void rollback() {
   const Descriptor locked = lock();
-  for (const Connection& connection : CONNECTIONS) {
-    try {
-      setAside(connection);
-    } catch (const std::exception& error) {  // the desk is locked all the same
-      complain(std::string("not set aside: ") + error.what());
-    }
+  try {
+    for (const Connection& connection : CONNECTIONS) setAside(connection);
+  } catch (const std::exception& error) {  // the desk is locked all the same
+    // Half of what was there would say that the user has removed the other half.
+    forgetSetAside();
+    complain(std::string("not set aside: ") + error.what());
   }
   layOutDesk(ROOT);
   note("locked");
@@ -205,7 +209,8 @@ Settings check(const Connection& connection, const std::string& content,
   // Of two files with one UUID, NetworkManager drops one: it could be an administrator's.
   const auto uuid = settings.find("connection.uuid");
   if (uuid != settings.end() &&
-      ("\n" + installed.value_or("")).find("\nuuid=" + uuid->second + "\n") == std::string::npos)
+      ("\n" + installed.value_or("") + "\n").find("\nuuid=" + uuid->second + "\n") ==
+          std::string::npos)
     throw Refusal("a UUID that the installed file does not have");
   if (!isKeyfile(content)) throw Refusal("NetworkManager cannot read it");
   return settings;
@@ -292,8 +297,6 @@ void serve(const Request& request) {
   if (request.user == ROOT && request.action != "rollback")
     throw Refusal("no user has asked for this through sudo");
   makeFolder(RUN, 0755);
-  makeFolder(STATE, 0750);
-  makeFolder(INSTALLED, 0700);
   if (request.action == "unlock") {
     unlock(request);
   } else if (request.action == "rollback") {

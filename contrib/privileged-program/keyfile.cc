@@ -17,9 +17,8 @@ namespace {
 
 constexpr std::string_view DIGITS = "0123456789";
 constexpr std::string_view NUMBER = "-0123456789";
-constexpr std::string_view UUID = "-0123456789abcdef";
+constexpr std::string_view UUID = "-0123456789abcdefABCDEF";
 constexpr std::string_view ADDRESSES = "0123456789./,; ";
-constexpr std::string_view USERS = "abcdefghijklmnopqrstuvwxyz0123456789_-:;";
 // The window reads no more of a value.
 constexpr std::size_t LONGEST_VALUE = 99;
 
@@ -41,14 +40,16 @@ struct Setting {
 // file, a program or another connection, and what an address is worth NetworkManager's own parser
 // says. Only the access point may share its network: that starts servers on the interface.
 constexpr std::array SETTINGS = {
-    Setting{"", "connection", "id", Form::TEXT, ""},
+    Setting{"", "connection", "id", Form::WORD,
+            "ethernet Hotspot ZOR new_ethernet_connection new_wifi_connection"},
     Setting{"", "connection", "uuid", Form::CHARACTERS, UUID},
     Setting{"", "connection", "timestamp", Form::CHARACTERS, DIGITS},
     Setting{"", "connection", "type", Form::WORD, "ethernet wifi"},
     Setting{"", "connection", "interface-name", Form::WORD, "eth0 wlan0"},
     Setting{"", "connection", "autoconnect", Form::WORD, "true false"},
     Setting{"", "connection", "autoconnect-priority", Form::CHARACTERS, NUMBER},
-    Setting{"", "connection", "permissions", Form::CHARACTERS, USERS},
+    // Whoever is named here may change the connection through NetworkManager, past this list.
+    Setting{"wifi", "connection", "permissions", Form::WORD, "user:zor:;"},
     Setting{"wifi", "wifi", "mode", Form::WORD, "ap infrastructure"},
     Setting{"wifi", "wifi", "ssid", Form::TEXT, ""},
     Setting{"wifi", "wifi", "band", Form::WORD, "a bg"},
@@ -204,6 +205,11 @@ Settings readKeyfile(const Connection& connection, std::string_view content) {
     throw Refusal("another type of connection");
   if (valueOf(reader.settings, "connection.interface-name") != connection.interface)
     throw Refusal("another interface");
+  const bool isAccessPoint = valueOf(reader.settings, "wifi.mode") == "ap";
+  if (!isAccessPoint && valueOf(reader.settings, "ipv4.method") == "shared")
+    throw Refusal("a network is shared that is no access point's");
+  if (isAccessPoint && valueOf(reader.settings, "wifi-security.key-mgmt").empty())
+    throw Refusal("an access point without a password");
   return std::move(reader.settings);
 }
 

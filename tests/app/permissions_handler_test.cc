@@ -46,6 +46,7 @@ class PermissionsHandler : public testing::Test {
     setenv("PATH", directory.makeDirectory("bin").c_str(), 1);
     setenv("RECORD", record.c_str(), 1);
     unsetenv("RETURNED");
+    std::signal(SIGHUP, SIG_DFL);  // ignored where the tests run in the background
   }
 
   std::string handler() const { return directory.file("bin/zor-network-permissions-handler"); }

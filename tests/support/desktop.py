@@ -142,7 +142,8 @@ class Desktop:
     def _start_x_server(self):
         reader, writer = os.pipe()
         self._start("Xvfb", "-displayfd", str(writer), "-screen", "0",
-                    "{}x{}x24".format(*self.screen), "-nolisten", "tcp", "-noreset", stdout=self._log, pass_fds=[writer])
+                    "{}x{}x24".format(*self.screen), "-nolisten", "tcp", "-noreset",
+                    stdout=self._log, pass_fds=[writer])
         os.close(writer)
         name = ":" + self._read_announcement(reader, "the X server")
         os.close(reader)

@@ -3,6 +3,7 @@
 """What the tests of the whole program share: a desktop, private folders, runs and comparisons."""
 import os
 import shutil
+import signal
 import stat
 import sys
 import tempfile
@@ -34,6 +35,9 @@ def main():
     if reason:
         tap.skip_all(reason)
     del sys.argv[1]
+    # A run in the background begins with some ignored, and would hand that on to the program.
+    for number in (signal.SIGHUP, signal.SIGINT, signal.SIGQUIT):
+        signal.signal(number, signal.SIG_DFL)
     with desktop.Desktop() as ProgramCase.desktop:
         ProgramCase.program = program
         tap.main()

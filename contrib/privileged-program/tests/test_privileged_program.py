@@ -501,7 +501,10 @@ class HostileFiles(Device):
             "flags": replace(b"psk=", b"psk-flags=1\npsk="),
             "mode": replace(b"mode=ap", b"mode=mesh"),
             "long name": replace(b"ssid=Halvorik AP", b"ssid=" + 33 * b"x"),
-            "permissions": replace(b"id=Hotspot", b"id=x\npermissions=user:$(id):;"),
+            "free id": replace(b"id=Hotspot", b"id=Hotspot\\nlisted as done"),
+            "permissions": replace(b"id=Hotspot", b"id=Hotspot\npermissions=user:nobody:;"),
+            "shared by a client": replace(b"mode=ap", b"mode=infrastructure"),
+            "open access point": replace(b"key-mgmt=wpa-psk\n", b""),
         }
         for name, content in cases.items():
             with self.subTest(name):
@@ -596,6 +599,25 @@ class HostileFiles(Device):
         self.addCleanup(os.remove, DESK)
         for action in ("unlock", "rollback", "finalize_ethernet"):
             self.refused(action, because="Not a directory")
+
+    def test_files_that_were_never_installed_stay(self):
+        for name in (ETHERNET, WIFI):
+            os.remove(os.path.join(INSTALLED, name))
+        write(DYNAMIC, DESK, ETHERNET)
+        write(CLIENT, DESK, "office.nmconnection")
+        for action in ("unlock", "rollback"):
+            self.refused(action, because="nothing is installed")
+        self.assertIn("office.nmconnection", os.listdir(DESK))
+        os.rename(INSTALLED, INSTALLED + ".moved")
+        self.refused("rollback", because="No such file")
+        os.rename(INSTALLED + ".moved", INSTALLED)
+
+    def test_what_cannot_be_set_aside_is_not_taken_for_removed(self):
+        self.request("unlock")
+        os.link(os.path.join(DESK, WIFI), os.path.join(DESK, "link"))
+        self.ask("rollback")
+        self.assert_refused("finalize_wifi", because="nothing was unlocked")
+        self.assert_installed(DYNAMIC, CLIENT)
 
     def test_folders_that_others_can_write_are_not_trusted(self):
         for folder in (STATE, INSTALLED):
@@ -765,12 +787,14 @@ class Packaging(Device):
                 "/etc/sudoers", write(read(EXAMPLE, "sudoers"), "/tmp/sudoers", mode=0o440))):
             device.cover(target, source)
             self.addCleanup(device.uncover, target)
+        # The folder of the source need not be open to others.
+        wrapper = write(read(EXAMPLE, os.path.basename(HANDLER)), "/tmp/wrapper", mode=0o755)
         for member, status in (("", 1), (user.pw_name, 0)):
             with open(groups, "w", encoding="ascii") as file:
                 file.write(f"root:x:0:\nzor-network:x:{READERS}:{member}\n")
             done = subprocess.run(
                 [shutil.which("setpriv"), "--reuid", str(USER), "--regid", str(user.pw_gid),
-                 "--clear-groups", os.path.join(EXAMPLE, os.path.basename(HANDLER)), "unlock"],
+                 "--clear-groups", wrapper, "unlock"],
                 capture_output=True, text=True, check=False)
             self.assertEqual(done.returncode, status, done.stderr)
         self.assert_desk(False, ethernet=DYNAMIC, wifi=CLIENT)
