@@ -257,9 +257,10 @@ class stream {
 
 /**
  * The size of a file, so that no read has to find its end; LONG_MAX if it is not known, -1 if
- * offsets cannot count it, which can be where a long has 32 bits.
+ * there is no file, or if offsets cannot count it, which can be where a long has 32 bits.
  */
 long size_of(FILE* file) {
+  if (file == NULL) return -1;
   struct stat status {};
   if (fstat(fileno(file), &status) != 0 || status.st_size == 0) return LONG_MAX;
   const long size = static_cast<long>(status.st_size);
@@ -580,8 +581,9 @@ void replace(const char* temporary, const char* Filename) {
   stream target(create_private(Filename), "wb");
   bool dispensable = target.file == NULL && errno == EEXIST;  // the old file could not be removed
   input source(temporary, access_order::SEEKING);
-  if (target.file != NULL && source.file != NULL) {
-    copier copy{line_reader(source.file, size_of(source.file)), target.file};
+  const long size = size_of(source.file);
+  if (target.file != NULL && size >= 0) {
+    copier copy{line_reader(source.file, size), target.file};
     copy.copy_rest(0);
     dispensable = source.close() && !copy.failed && target.close();
   }
@@ -601,7 +603,7 @@ bool rewrite(const char* Section, const char* Key, const char* Value, const char
 
   input source(Filename, access_order::SEEKING);
   bool complete = false;
-  const long size = source.file != NULL ? size_of(source.file) : -1;
+  const long size = size_of(source.file);
   if (size >= 0) {
     copier copy{line_reader(source.file, size), target.file};
     copy_changed(copy, Section, Key, Value);
