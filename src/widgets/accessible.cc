@@ -49,6 +49,7 @@ void goTo(guint position, Gtk::ListView& list) {
   if (row != nullptr) row->grab_focus();
   // Where a list is too long for the screen, it can be scrolled as soon as it has a size.
   list.add_tick_callback([&list, position](const Glib::RefPtr<Gdk::FrameClock>& /*clock*/) {
+    if (!list.get_mapped()) return false;  // closed again before it had one
     if (list.get_height() == 0) return true;
     list.activate_action("list.scroll-to-item", Glib::Variant<guint32>::create(position));
     return false;

@@ -1,9 +1,13 @@
 // SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 // SPDX-License-Identifier: MIT
+#include <gdkmm/frameclock.h>
 #include <gtkmm/checkbutton.h>
 #include <gtkmm/dropdown.h>
 #include <gtkmm/entry.h>
+#include <gtkmm/togglebutton.h>
+#include <gtkmm/window.h>
 
+#include <chrono>
 #include <stdexcept>
 
 #include "support/gtk_test.h"
@@ -290,6 +294,22 @@ TEST_F(WifiPage, ChannelIsAutomaticWithoutASelection) {
   APCredentials box(config);
   widgetOf<Gtk::DropDown>(box).set_selected(GTK_INVALID_LIST_POSITION);
   EXPECT_EQ(box.getChannel(), "0");
+}
+
+TEST_F(WifiPage, ListOfChannelsThatIsClosedAtOnceLeavesNothingToDo) {
+  APCredentials box(config);
+  Gtk::Window window;
+  window.set_child(box);
+  window.present();
+  ASSERT_TRUE(eventually([&] { return window.get_width() > 0; }));
+  auto& button = widgetOf<Gtk::ToggleButton>(box);
+  button.set_active(true);
+  button.set_active(false);
+  using Clock = std::chrono::steady_clock;
+  Clock::time_point lastFrame = Clock::now();
+  window.get_frame_clock()->signal_update().connect([&] { lastFrame = Clock::now(); });
+  EXPECT_TRUE(
+      eventually([&] { return Clock::now() - lastFrame > std::chrono::milliseconds(300); }));
 }
 
 // ---- The address pool
