@@ -26,14 +26,13 @@ WINDOW_IS_BUILT = "no manual settings to populate.\n"
 LONGER_PAUSE = {"wrapper": ["strace", "-qq", "-o", "/dev/null", "-e", "trace=clock_nanosleep",
                             "-e", "inject=clock_nanosleep:delay_enter=2000000"],
                 "environment": {"ASAN_OPTIONS": "detect_leaks=0"}}
-# A report is complete as soon as it has its name. While the shell waits for a command it blocks
-# signals, and for a redirection of its own it opens more: both must not be seen.
+# A report is complete as soon as it has its name. For a redirection of its own the shell opens more,
+# which must not be seen.
 REPORTER = """#!/bin/sh
 report={folder}/$1
 mkdir "$report.part"
-while read -r line; do echo "$line" >> "$report.part/status"; done < /proc/$$/status
 (exec ls -l /proc/$$/fd > "$report.part/descriptors")
-cp /proc/$$/environ /proc/$$/stat "$report.part"
+cp /proc/$$/environ /proc/$$/limits /proc/$$/stat /proc/$$/status "$report.part"
 mv "$report.part" "$report"
 """
 
@@ -88,7 +87,8 @@ class Inherited(ManualCase):
         wait_until(lambda: sorted(os.listdir(self.reports)) == sorted(actions), "three reports")
         return program.process.pid, environment, [
             {name: read(os.path.join(self.reports, action, name)).decode()
-             for name in ("environ", "status", "stat", "descriptors")} for action in actions]
+             for name in ("environ", "status", "stat", "limits", "descriptors")}
+            for action in actions]
 
     def test_environment_but_for_the_startup_id(self):
         odd = {"PATH": self.recorder.bin + ":/usr/bin:/bin:relative", "IFS": ".",
@@ -126,10 +126,28 @@ class Inherited(ManualCase):
             return int(mask, 16) >> (number - 1) & 1
 
         for report in reports:
-            self.assertRegex(report["status"], r"\nSigBlk:\s0+\n")
             self.assertTrue(ignored(report, signal.SIGUSR1))
             self.assertFalse(ignored(report, signal.SIGPIPE))
         self.assertEqual([ignored(report, signal.SIGHUP) for report in reports], [1, 0, 0])
+
+    def test_limits(self):
+        _, _, reports = self.reports_of_a_run("ulimit -f 4321; exec ")
+        for report in reports:
+            self.assertRegex(report["limits"], rf"\nMax file size\s+{4321 * 512} ")
+
+    def test_blocked_signals(self):
+        # A shell would take all blocks away before it looks.
+        self.replace_handler("#!/usr/bin/python3\nimport shutil, sys\n"
+                             "shutil.copy('/proc/self/status', '{folder}/' + sys.argv[1])\n")
+        program = self.run_production(wrapper=["/usr/bin/python3", "-c", (
+            "import os, signal, sys; signal.pthread_sigmask(signal.SIG_BLOCK, [signal.SIGUSR2]);"
+            "os.execvp(sys.argv[1], sys.argv[1:])")])
+        program.look()
+        program.button("Save And Exit")
+        self.assertEqual(program.finish(), 0)
+        for action in ("unlock", "finalize_ethernet", "rollback"):
+            (mask,) = re.findall(r"\nSigBlk:\s(\w+)\n", read(self.mark(action)).decode())
+            self.assertEqual(int(mask, 16), 1 << (signal.SIGUSR2 - 1), action)
 
     def test_process_group_session_and_parent(self):
         pid, _, reports = self.reports_of_a_run("exec ")
@@ -150,6 +168,13 @@ class Requests(ManualCase):
         wait_until(lambda: b"\nState:\tZ" in read(f"/proc/{child.decode()}/status"), "a zombie")
         program.close()
         self.assertEqual(program.finish(), 0)
+
+    def test_script_without_an_interpreter_is_run_by_the_shell(self):
+        self.replace_handler("echo $1 >> {folder}/requests\n")
+        program = self.run_production()
+        program.close()
+        self.assertEqual(program.finish(), 0)
+        self.assertEqual(read(self.mark("requests")), b"unlock\nrollback\n")
 
     def test_unlock_in_time_and_too_late(self):
         keyfile = os.path.join(SYSTEM_CONNECTIONS, "ethernet.nmconnection")
@@ -284,6 +309,37 @@ class Files(ManualCase):
         self.save_address("10.0.0.234")
         self.assertFalse(os.path.islink(keyfile))
         self.assertIn(b"=10.0.0.234/24,", read(keyfile))
+
+    def test_interface_of_another_name_is_shown_and_replaced(self):
+        keyfile = self.put("ethernet.nmconnection", self.STATIC.replace(
+            "[ipv4]", "interface-name=end0\n[ipv4]"))
+        program = self.run_debug()
+        self.assertEqual(program.text("Device"), "end0")
+        program.button("Save And Exit")
+        self.assertEqual(program.finish(), 0)
+        self.assertIn(b"\ninterface-name=eth0\n", read(keyfile))
+
+    def test_dns_servers_stay_until_the_first_is_changed(self):
+        keyfile = self.put("ethernet.nmconnection", self.STATIC + "dns=8.8.8.8;1.1.1.1;\n")
+        for shown, typed, stored in (("8.8.8.8", None, b"8.8.8.8;1.1.1.1;"),
+                                     ("8.8.8.8", "8.8.4.4", b"8.8.4.4")):
+            program = self.run_debug()
+            self.assertEqual(program.text("DNS Server"), shown)
+            if typed:
+                program.fill("DNS Server", typed)
+            program.button("Save And Exit")
+            self.assertEqual(program.finish(), 0)
+            self.assertIn(b"\ndns=" + stored + b"\n", read(keyfile))
+
+    def test_password_of_a_client_is_printed_for_an_access_point(self):
+        program = self.run_debug()
+        program.show_page("Wifi")
+        program.pick("Client")
+        program.fill("Password", "a client's own")
+        program.pick("Access Point")
+        program.button("Save And Exit")
+        self.assertTrue(program.dialog())
+        self.assertIn("Wifi Password being validated: a client's own\n", program.output)
 
     def test_page_that_is_not_shown_is_not_saved(self):
         program = self.run_debug()
