@@ -19,6 +19,7 @@ EthernetIPModeBox::EthernetIPModeBox(NetworkManagerConfig& paths)
   grid.attach(staticButton, 0, 0);
   grid.attach(dynamicButton, 1, 0);
   for (Gtk::CheckButton* button : {&staticButton, &dynamicButton}) {
+    button->property_accessible_role() = Gtk::Accessible::Role::RADIO;
     button->set_halign(Gtk::Align::CENTER);
     button->set_valign(Gtk::Align::CENTER);
     button->set_visible(true);

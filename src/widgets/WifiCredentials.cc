@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "widgets/WifiCredentials.h"
 
+#include "widgets/accessible.h"
 #include "widgets/layout.h"
 #include "widgets/text.h"
 
@@ -31,6 +32,7 @@ WifiCredentials::WifiCredentials(NetworkManagerConfig& paths)
   passwordLabel.set_mnemonic_widget(passwordEntry);
   showAll({&ssidLabel, &ssidEntry, &passwordLabel, &passwordEntry, &showPasswordButton});
 
+  ignoreArrowKeys(showPasswordButton);
   showPasswordButton.signal_toggled().connect(
       sigc::mem_fun(*this, &WifiCredentials::onShowPasswordToggled));
 }

@@ -22,6 +22,7 @@ WifiModeBox::WifiModeBox(NetworkManagerConfig& paths)
   grid.attach(clientButton, 1, 0);
   grid.attach(accessPointButton, 2, 0);
   for (Gtk::CheckButton* button : {&disabledButton, &clientButton, &accessPointButton}) {
+    button->property_accessible_role() = Gtk::Accessible::Role::RADIO;
     button->set_halign(Gtk::Align::CENTER);
     button->set_valign(Gtk::Align::CENTER);
     button->set_visible(true);

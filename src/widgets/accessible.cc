@@ -3,6 +3,7 @@
 #include "widgets/accessible.h"
 
 #include <gtkmm/box.h>
+#include <gtkmm/eventcontrollerkey.h>
 #include <gtkmm/listitem.h>
 #include <gtkmm/listview.h>
 #include <gtkmm/selectionmodel.h>
@@ -36,13 +37,15 @@ void nameRow(const Glib::RefPtr<Gtk::ListItem>& item) {
   Gtk::Widget* content = item->get_child();
   if (content == nullptr || content->get_parent() == nullptr) return;
   auto* label = dynamic_cast<Gtk::Label*>(content->get_first_child());
-  if (label != nullptr) label->set_mnemonic_widget(*content->get_parent());
+  if (label == nullptr) return;
+  // The row that is shown in the button got the drop-down's name, before it had a text.
+  content->get_parent()->reset_property(Gtk::Accessible::Property::LABEL);
+  label->set_mnemonic_widget(*content->get_parent());
 }
 
 /** Goes to a row of a list that is about to be shown. */
 void goTo(guint position, Gtk::ListView& list) {
-  // Return takes the row that is marked, not the one with the focus. The mark is still where it was
-  // when the list was last closed.
+  // The mark is still where it was when the list was last closed.
   if (const auto rows = list.get_model()) rows->select_item(position, true);
   Gtk::Widget* row = list.get_first_child();
   for (guint i = 0; row != nullptr && i < position; ++i) row = row->get_next_sibling();
@@ -76,10 +79,24 @@ void nameDropDown(Gtk::DropDown& dropDown, const Gtk::Label& label) {
 void openAtChoice(Gtk::DropDown& dropDown) {
   for (Gtk::Widget* part : partsOf(dropDown)) {
     auto* list = dynamic_cast<Gtk::ListView*>(part);
+    if (list == nullptr) continue;
     // The popover looks for a place for the focus right after this, unless there is one already.
-    if (list != nullptr)
-      list->signal_map().connect([&dropDown, list] { goTo(dropDown.get_selected(), *list); });
+    list->signal_map().connect([&dropDown, list] { goTo(dropDown.get_selected(), *list); });
+    // The toolkit, which comes first, takes the marked row. Some keys move the focus alone, like
+    // Tab.
+    list->signal_activate().connect([&dropDown](guint row) { dropDown.set_selected(row); });
   }
+}
+
+void ignoreArrowKeys(Gtk::CheckButton& button) {
+  const auto keys = Gtk::EventControllerKey::create();
+  keys->signal_key_pressed().connect(
+      [](guint key, guint /*code*/, Gdk::ModifierType /*state*/) {
+        return (key >= GDK_KEY_Left && key <= GDK_KEY_Down) ||
+               (key >= GDK_KEY_KP_Left && key <= GDK_KEY_KP_Down);
+      },
+      false);
+  button.add_controller(keys);
 }
 
 void nameTabs(Gtk::Notebook& notebook) {
@@ -100,6 +117,8 @@ void nameTabs(Gtk::Notebook& notebook) {
 
 void nameDialog(Gtk::MessageDialog& dialog) {
   setText(dialog, Gtk::Accessible::Property::LABEL, dialog.property_text().get_value());
+  setText(dialog, Gtk::Accessible::Property::DESCRIPTION,
+          dialog.property_secondary_text().get_value());
   Gtk::Widget* button = dialog.get_widget_for_response(Gtk::ResponseType::OK);
   if (button != nullptr) button->reset_property(Gtk::Accessible::Property::LABEL);
 }

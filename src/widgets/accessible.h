@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <gtkmm/checkbutton.h>
 #include <gtkmm/dropdown.h>
 #include <gtkmm/label.h>
 #include <gtkmm/messagedialog.h>
@@ -17,11 +18,20 @@
  */
 void nameDropDown(Gtk::DropDown& dropDown, const Gtk::Label& label);
 
-/** Lets the list open at the chosen row; at the first, the arrow keys would start from there. */
+/**
+ * Lets the list open at the chosen row; at the first, the arrow keys would start from there. What
+ * is taken from it is the row with the focus, which a screen reader has told.
+ */
 void openAtChoice(Gtk::DropDown& dropDown);
+
+/** Keeps arrow keys from a check button of no group: the toolkit takes them for its only choice. */
+void ignoreArrowKeys(Gtk::CheckButton& button);
 
 /** Names each tab by its label, and the notebook, which has the tabs' focus, by the current one. */
 void nameTabs(Gtk::Notebook& notebook);
 
-/** Names a dialog by its message, and its button without the mark of a mnemonic. */
+/**
+ * Names a dialog by its message and describes it by its second text; its button is named without
+ * the mark of a mnemonic.
+ */
 void nameDialog(Gtk::MessageDialog& dialog);

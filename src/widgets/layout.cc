@@ -42,6 +42,7 @@ void layOutFramedGrid(Gtk::Box& box, Gtk::Label& title, Gtk::Frame& frame, Gtk::
   title.set_xalign(CENTERED);
   box.append(title);
 
+  frame.property_accessible_role() = Gtk::Accessible::Role::GROUP;  // one without a name
   frame.set_margin(MARGIN);
   box.append(frame);
 

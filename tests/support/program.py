@@ -256,7 +256,7 @@ class Program:
 
     def is_checked(self, label):
         """Whether a check or radio button is on."""
-        return "checked" in self._named("checkbox", label)[1].states
+        return "checked" in self._named(self._kind_of_check(label), label)[1].states
 
     def page(self):
         """The label of the page that shows."""
@@ -279,6 +279,9 @@ class Program:
             if node:
                 return top, node
         raise AssertionError(f"no {role} {label!r} in\n{tree.dump()}")
+
+    def _kind_of_check(self, label):
+        return "radio" if self.look().find("radio", label) else "checkbox"
 
     def focused(self):
         """Role and name of what has the keyboard's focus, as a screen reader would tell."""
@@ -332,7 +335,7 @@ class Program:
 
     def pick(self, label):
         """Clicks a check or radio button."""
-        self.click("checkbox", label)
+        self.click(self._kind_of_check(label), label)
 
     def show_page(self, label):
         self.click("tab", label)
