@@ -9,6 +9,7 @@
 
 #include <array>
 #include <charconv>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -27,13 +28,19 @@ namespace {
 // What the window edits. It belongs to the user from "unlock" to "rollback", and it is never more
 // than a copy: NetworkManager reads the installed files.
 constexpr const char* DESK = "/etc/NetworkManager/system-connections";
+// Each new desk is a new folder. What a user has done to the old one stays with that, and so does
+// the time that it takes to remove it.
+constexpr const char* DESKS = "/etc/NetworkManager";
+constexpr const char* DESK_NAME = "system-connections";
+constexpr const char* NEXT_DESK_NAME = "system-connections.new";
+constexpr const char* OLD_DESKS = "/etc/NetworkManager/system-connections.old";
 // Its group is the one whose members may read the desk also while it is locked.
 constexpr const char* STATE = "/var/lib/zor-network";
 constexpr const char* INSTALLED = "/var/lib/zor-network/connections";
 constexpr const char* RUN = "/run/zor-network";
 // What was on the desk when it was locked: a "rollback" may overtake the "finalize" that it
 // follows. It is there from the first "rollback" after an "unlock" to the next "unlock".
-constexpr const char* SET_ASIDE = "/run/zor-network/set-aside";
+constexpr const char* SET_ASIDE = "/run/zor-network/set-aside";  // a folder for each user
 constexpr const char* LOCK = "/run/zor-network/lock";
 constexpr const char* RECORD = "ethernet-settings";  // in RUN
 
@@ -47,6 +54,7 @@ constexpr std::array<Connection, 2> CONNECTIONS = {ETHERNET, WIFI};
 constexpr std::size_t LONGEST_ID = 99;  // the window cuts it there
 
 constexpr uid_t ROOT = 0;
+constexpr gid_t ROOT_GROUP = 0;
 
 enum ExitStatus { DONE = 0, NOT_DONE = 1, WRONG_CALL = 2 };
 
@@ -96,6 +104,7 @@ Descriptor lock() {
 /** Makes the desk a fresh copy of the installed files: the user's, or locked if that is root. */
 void layOutDesk(uid_t user) {
   const gid_t readers = groupOf(openTrustedFolder(STATE));
+  if (readers == ROOT_GROUP) throw Refusal(std::string(STATE) + " needs a group of its own");
   const Descriptor installed = openTrustedFolder(INSTALLED);
   const Descriptor desk = openFolder(DESK);
   std::map<std::string, std::string> contents;
@@ -103,18 +112,37 @@ void layOutDesk(uid_t user) {
     if (const auto content = take(installed, connection.file, ROOT))
       contents[connection.file] = *content;
   }
-  // A locked desk is a copy. What only it holds was never moved to where NetworkManager looks.
-  if (contents.empty() && ownerOf(desk) == ROOT && !std::filesystem::is_empty(DESK))
+  // What a desk of another group holds was never moved to where NetworkManager looks.
+  if (contents.empty() && ownerOf(desk) == ROOT && groupOf(desk) != readers &&
+      !std::filesystem::is_empty(DESK))
     throw Refusal(std::string("nothing is installed, and there are files in ") + DESK);
 
-  give(desk, {ROOT, readers, 0750});  // nobody else changes it from here on
-  clear(desk, [&](const std::string& name) { return contents.count(name) > 0; });
-  // Each takes the place of the old one at once: the window may be looking for them already.
+  const mode_t folderMode = user == ROOT ? 0750 : 0700;
   const mode_t fileMode = user == ROOT ? 0640 : 0600;
+  give(desk, {ROOT, readers, 0750});  // locked, even if there is no room for a new one
+  const Descriptor desks = openTrustedFolder(DESKS);
+  makeFolder(OLD_DESKS, 0700);
+  const Descriptor old = openTrustedFolder(OLD_DESKS);
+  moveAside(desks, NEXT_DESK_NAME, old);  // a leftover of a kill, perhaps once a user's
+  const Descriptor next = makeNewFolder(desks, NEXT_DESK_NAME);
   for (const auto& [name, content] : contents)
-    put(desk, name, content, {user, readers, fileMode}, Lasting::NO);
-  if (user != ROOT) give(desk, {user, readers, 0700});
+    put(next, name, content, {user, readers, fileMode}, Lasting::NO);
+  give(next, {user, readers, folderMode});
+  // At once: the window may be looking for its files already.
+  exchange(desks, NEXT_DESK_NAME, DESK_NAME);
+  moveAside(desks, NEXT_DESK_NAME, old);
 }
+
+/** Removes old desks, for which no other request has to wait. What is left is the next one's. */
+void removeOldDesks() try {
+  (void)std::signal(SIGALRM, [](int) { _exit(DONE); });
+  alarm(LONGEST_QUESTION);
+  clear(openTrustedFolder(OLD_DESKS));
+} catch (const std::exception&) {  // there is none, or another request is at it
+}
+
+/** Where a user's files are set aside. Its being there says that he had unlocked. */
+std::string setAsideOf(uid_t user) { return std::string(SET_ASIDE) + "/" + std::to_string(user); }
 
 /** Keeps a file of an open desk, as the same user's and by the same rules. */
 void setAside(const Connection& connection) {
@@ -122,7 +150,8 @@ void setAside(const Connection& connection) {
   const uid_t user = ownerOf(desk);
   if (user == ROOT) return;  // locked already; what is set aside stays
   makeFolder(SET_ASIDE, 0700);
-  const Descriptor folder = openTrustedFolder(SET_ASIDE);
+  makeFolder(setAsideOf(user), 0700);
+  const Descriptor folder = openTrustedFolder(setAsideOf(user));
   drop(folder, connection.file, Lasting::NO);
   if (const auto content = take(desk, connection.file, user))
     put(folder, connection.file, *content, {user, ROOT, 0600}, Lasting::NO);
@@ -130,8 +159,7 @@ void setAside(const Connection& connection) {
 
 void forgetSetAside() {
   makeFolder(SET_ASIDE, 0700);
-  clear(openTrustedFolder(SET_ASIDE), [](const std::string&) { return false; });
-  (void)rmdir(SET_ASIDE);
+  clear(openTrustedFolder(SET_ASIDE));
 }
 
 bool succeeded(const Outcome& outcome) {
@@ -175,8 +203,8 @@ void publishRecord(uid_t user, const Settings& settings) try {
 
 void unlock(const Request& request) {
   const Descriptor locked = lock();
-  forgetSetAside();
   layOutDesk(request.user);
+  forgetSetAside();
   note("unlocked for user " + std::to_string(request.user));
 }
 
@@ -198,8 +226,8 @@ Descriptor openSession(uid_t user) {
   Descriptor desk = openFolder(DESK);
   if (ownerOf(desk) == user) return desk;
   if (ownerOf(desk) != ROOT) throw Refusal("the desk is another user's");
-  if (access(SET_ASIDE, F_OK) != 0) throw Refusal("nothing was unlocked before");
-  return openTrustedFolder(SET_ASIDE);
+  if (access(setAsideOf(user).c_str(), F_OK) != 0) throw Refusal("nothing was unlocked before");
+  return openTrustedFolder(setAsideOf(user));
 }
 
 /** Checks a file of the user's, with all that can be said before it is NetworkManager's. */
@@ -304,6 +332,7 @@ void serve(const Request& request) {
   } else {
     finalize(request, request.action == "finalize_ethernet" ? ETHERNET : WIFI);
   }
+  removeOldDesks();
 }
 
 }  // namespace

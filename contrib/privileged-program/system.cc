@@ -95,12 +95,6 @@ std::string nextName(DIR* list) {
   return {};
 }
 
-bool isPlainFile(int folder, const std::string& name) {
-  struct stat status {};
-  return fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 &&
-         S_ISREG(status.st_mode);
-}
-
 /**
  * Removes a folder with the files in it. The folders in it move up beside it: so it does not matter
  * how deep they are. Returns whether it is gone.
@@ -111,16 +105,9 @@ bool dissolve(int parent, const std::string& name) {
   // Something else that is mounted there is not ours to empty.
   if (folder < 0 || statusOf(folder).st_dev != statusOf(parent).st_dev) return false;
   give(folder, {0, 0, S_IRWXU});  // nobody adds to it from here on
-  static unsigned moved = 0;
   const auto list = listOf(folder);
-  for (std::string inner = nextName(list.get()); !inner.empty(); inner = nextName(list.get())) {
-    if (unlinkat(folder, inner.c_str(), 0) == 0) continue;
-    std::string freeName;
-    do {
-      freeName = "moved." + std::to_string(++moved);
-    } while (renameat2(folder, inner.c_str(), parent, freeName.c_str(), RENAME_NOREPLACE) != 0 &&
-             errno == EEXIST);
-  }
+  for (std::string inner = nextName(list.get()); !inner.empty(); inner = nextName(list.get()))
+    if (unlinkat(folder, inner.c_str(), 0) != 0) moveAside(folder, inner, parent);
   return unlinkat(parent, name.c_str(), AT_REMOVEDIR) == 0;
 }
 
@@ -144,9 +131,11 @@ void forgetCaller() {
   sigemptyset(&none);
   sigprocmask(SIG_SETMASK, &none, nullptr);
 
-  const rlimit unlimited{RLIM_INFINITY, RLIM_INFINITY};
-  for (const auto limit : {RLIMIT_AS, RLIMIT_CPU, RLIMIT_DATA, RLIMIT_FSIZE}) {
-    if (setrlimit(limit, &unlimited) == 0) continue;
+  for (const auto limit :
+       {RLIMIT_AS, RLIMIT_CPU, RLIMIT_DATA, RLIMIT_FSIZE, RLIMIT_NOFILE, RLIMIT_STACK}) {
+    const rlim_t plenty = limit == RLIMIT_NOFILE ? 1024 : RLIM_INFINITY;
+    const rlimit wanted{plenty, plenty};
+    if (setrlimit(limit, &wanted) == 0) continue;
     rlimit current{};  // without the capability, as much as there is to be had
     getrlimit(limit, &current);
     current.rlim_cur = current.rlim_max;
@@ -230,13 +219,31 @@ void drop(int folder, const std::string& name, Lasting lasting) {
   if (lasting == Lasting::YES) succeed(fsync(folder), "fsync");
 }
 
-void clear(int folder, const std::function<bool(const std::string&)>& isKept) {
+Descriptor makeNewFolder(int folder, const std::string& name) {
+  succeed(mkdirat(folder, name.c_str(), S_IRWXU), name);
+  return Descriptor(
+      succeed(openat(folder, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC), name));
+}
+
+void moveAside(int folder, const std::string& name, int target) {
+  static unsigned moved = 0;
+  std::string freeName;
+  do {
+    freeName = "moved." + std::to_string(++moved);
+  } while (renameat2(folder, name.c_str(), target, freeName.c_str(), RENAME_NOREPLACE) != 0 &&
+           errno == EEXIST);
+}
+
+void exchange(int folder, const std::string& one, const std::string& other) {
+  succeed(renameat2(folder, one.c_str(), folder, other.c_str(), RENAME_EXCHANGE), other);
+}
+
+void clear(int folder) {
   bool isDone = false;
   while (!isDone) {
     isDone = true;
     const auto list = listOf(folder);
     for (std::string name = nextName(list.get()); !name.empty(); name = nextName(list.get())) {
-      if (isPlainFile(folder, name) && isKept(name)) continue;
       // What came out of a folder may stand before the place that was reached in the list.
       if (unlinkat(folder, name.c_str(), 0) != 0 && dissolve(folder, name)) isDone = false;
     }

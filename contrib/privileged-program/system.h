@@ -4,7 +4,6 @@
 
 #include <sys/types.h>
 
-#include <functional>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -79,8 +78,17 @@ void put(int folder, const std::string& name, std::string_view content, const Ac
 /** Removes a file, unless there is none. */
 void drop(int folder, const std::string& name, Lasting lasting);
 
-/** Removes what is in a folder but for plain files whose names are kept. */
-void clear(int folder, const std::function<bool(const std::string&)>& isKept);
+/** Makes a folder, for root alone, that must not be there yet. */
+Descriptor makeNewFolder(int folder, const std::string& name);
+
+/** Moves what has a name, if anything has, to a free name in another folder. */
+void moveAside(int folder, const std::string& name, int target);
+
+/** Has two names in a folder change what they name, at once. */
+void exchange(int folder, const std::string& one, const std::string& other);
+
+/** Removes what is in a folder; not what is mounted there, or is another file system. */
+void clear(int folder);
 
 /** How a program ended, 0 for well, and what it printed. */
 struct Outcome {

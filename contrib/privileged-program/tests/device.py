@@ -17,6 +17,7 @@ sys.path[:0] = [os.path.join(SOURCES, "tests", name) for name in ("support", "ne
 
 HANDLER = "/usr/libexec/zor-network-permissions-handler"
 DESK = "/etc/NetworkManager/system-connections"
+OLD_DESKS = DESK + ".old"
 STATE = "/var/lib/zor-network"
 INSTALLED = STATE + "/connections"
 RUN = "/run/zor-network"

@@ -20,8 +20,8 @@ import sys
 import unittest
 
 import device
-from device import (DESK, ETHERNET, EXAMPLE, HANDLER, HERE, INSTALLED, READERS, RUN, SET_ASIDE,
-                    STATE, USER, WIFI, keyfile, read, write)
+from device import (DESK, ETHERNET, EXAMPLE, HANDLER, HERE, INSTALLED, OLD_DESKS, READERS, RUN,
+                    SET_ASIDE, STATE, USER, WIFI, keyfile, read, write)
 import isolation
 import tap
 from desktop import wait_until
@@ -37,7 +37,19 @@ STATIC, DYNAMIC = keyfile("ethernet-static"), keyfile("ethernet-dynamic")
 CLIENT, ACCESS_POINT = keyfile("client"), keyfile("access-point")
 STATIC_RECORD = b"00 C0 A8 01 0A FF FF FF 00 C0 A8 01 01 "
 DYNAMIC_RECORD = b"01 " + 12 * b"00 "
-TRACED = ("openat", "write", "fsync", "fchown", "fchmod", "renameat", "unlinkat", "flock")
+# Always twenty more, and on into the last of them; on a file system in memory, not too many at once.
+MAKE_FOLDERS = """
+import os, sys, time
+os.chdir(sys.argv[1])
+while True:
+    for number in range(20):
+        os.mkdir(str(number))
+    os.chdir("19")
+    while (status := os.statvfs(".")).f_files - status.f_ffree > 20000:
+        time.sleep(0.0005)
+"""
+TRACED = ("openat", "write", "fsync", "fchown", "fchmod", "renameat", "renameat2", "mkdirat",
+          "unlinkat", "flock")
 
 
 def snapshot(*folders):
@@ -150,7 +162,7 @@ class Device(unittest.TestCase):
 
     def assert_desk(self, locked, **contents):
         """The desk holds these files and nothing else."""
-        expected = {ETHERNET: contents["ethernet"], WIFI: contents["wifi"]}
+        expected = {ETHERNET: contents.get("ethernet"), WIFI: contents.get("wifi")}
         self.assertEqual({name: read(DESK, name) for name in os.listdir(DESK)},
                          {name: content for name, content in expected.items() if content})
         owner = 0 if locked else USER
@@ -207,7 +219,7 @@ class Requests(Device):
         self.assert_desk(True, ethernet=STATIC, wifi=CLIENT)
         self.assertEqual(access_of(SET_ASIDE), (0, 0, "0o700"))
         self.request("unlock")
-        self.assertFalse(os.path.exists(SET_ASIDE), "an old save could be taken for a new one")
+        self.assertEqual(os.listdir(SET_ASIDE), [], "an old save could be taken for a new one")
 
     def test_requests_at_the_same_time(self):
         for count in range(10):
@@ -262,6 +274,18 @@ class Requests(Device):
             self.request("finalize_wifi")
             self.request("rollback")
             self.assert_desk(True, ethernet=DYNAMIC, wifi=None)
+
+    def test_the_last_connection_can_be_removed_too(self):
+        os.remove(os.path.join(INSTALLED, ETHERNET))
+        self.request("unlock")
+        os.remove(os.path.join(DESK, WIFI))
+        self.request("rollback")
+        self.request("finalize_wifi")
+        self.assert_installed(None, None)
+        self.assertIn("connection reload", nmcli_calls())
+        self.assert_desk(True)
+        self.request("unlock")
+        self.assert_desk(False)
 
     def test_ethernet_is_never_removed(self):
         self.request("unlock")
@@ -337,14 +361,25 @@ class Calls(Device):
         self.save_static()
         self.refused("finalize_ethernet", "ethernet", user=USER - 1, because="another user")
         self.request("rollback")
-        self.refused("finalize_ethernet", "ethernet", user=USER - 1, because="another owner")
+        self.refused("finalize_ethernet", "ethernet", user=USER - 1, because="nothing was unlocked")
         self.assert_installed(DYNAMIC, CLIENT)
+
+    def test_nothing_is_removed_for_who_has_not_unlocked(self):
+        self.request("unlock")
+        os.remove(os.path.join(DESK, WIFI))
+        self.request("rollback")
+        self.refused("finalize_wifi", user=USER - 1, because="nothing was unlocked")
+        self.assert_installed(DYNAMIC, CLIENT)
+        self.request("finalize_wifi")
+        self.assert_installed(DYNAMIC, None)
 
     def test_what_a_caller_hands_down_has_no_effect(self):
         def be_nasty():
             os.umask(0)
             signal.signal(signal.SIGCHLD, signal.SIG_IGN)
             resource.setrlimit(resource.RLIMIT_FSIZE, (0, resource.RLIM_INFINITY))
+            most = resource.getrlimit(resource.RLIMIT_NOFILE)[1]
+            resource.setrlimit(resource.RLIMIT_NOFILE, (7, most))
             os.closerange(0, 3)
 
         self.request("unlock", preexec_fn=lambda: os.umask(0))
@@ -573,6 +608,32 @@ class HostileFiles(Device):
         self.assertEqual(self.ask("rollback")[0], 0)
         self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
 
+    def test_each_desk_is_a_new_folder(self):
+        seen = [os.stat(DESK).st_ino]
+        held = [os.open(DESK, os.O_RDONLY)]  # else a number could be given out again
+        self.addCleanup(lambda: [os.close(folder) for folder in held])
+        for action in ("unlock", "unlock", "rollback"):
+            self.request(action)
+            self.assertNotIn(os.stat(DESK).st_ino, seen)
+            seen.append(os.stat(DESK).st_ino)
+            held.append(os.open(DESK, os.O_RDONLY))
+        self.assertEqual(os.listdir(OLD_DESKS), [])
+        self.assertEqual(access_of(OLD_DESKS), (0, 0, "0o700"))
+
+    def test_a_process_that_goes_on_making_folders_holds_nobody_up(self):
+        self.request("unlock")
+        os.mkdir(os.path.join(DESK, "folder"))
+        os.chown(os.path.join(DESK, "folder"), USER, USER)
+        busy = subprocess.Popen([sys.executable, "-c", MAKE_FOLDERS, os.path.join(DESK, "folder")],
+                                user=USER, group=USER, extra_groups=[])
+        self.addCleanup(busy.wait)
+        self.addCleanup(busy.kill)
+        wait_until(lambda: os.path.exists(os.path.join(DESK, "folder", "19")), "the first folders")
+        self.request("rollback")
+        self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
+        self.request("unlock", user=USER - 1)
+        self.assertIsNone(busy.poll())
+
     def test_the_names_for_what_is_moved_may_be_taken(self):
         self.request("unlock")
         write(b"", DESK, "moved.1")
@@ -605,6 +666,7 @@ class HostileFiles(Device):
             os.remove(os.path.join(INSTALLED, name))
         write(DYNAMIC, DESK, ETHERNET)
         write(CLIENT, DESK, "office.nmconnection")
+        os.chown(DESK, 0, 0)  # as it was before the first request of all
         for action in ("unlock", "rollback"):
             self.refused(action, because="nothing is installed")
         self.assertIn("office.nmconnection", os.listdir(DESK))
@@ -747,6 +809,20 @@ class Kills(Device):
         calls = [line.split("(")[0] for line in read("/tmp/calls").decode().splitlines()]
         self.assertEqual([call for call in calls if call in ("fsync", "renameat")],
                          ["fsync", "renameat", "fsync", "renameat"])  # the last: the record
+
+    def test_rollback_with_nothing_installed(self):
+        def prepare():
+            for name in (ETHERNET, WIFI):
+                with contextlib.suppress(FileNotFoundError):
+                    os.remove(os.path.join(INSTALLED, name))
+            self.request("unlock")
+            write(b"", DESK, "other", owner=USER)
+
+        def check():
+            self.request("rollback")
+            self.assert_desk(True)
+
+        self.kill_everywhere(prepare, ("rollback",), check)
 
     def test_removal(self):
         def prepare():
