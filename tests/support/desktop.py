@@ -69,6 +69,7 @@ class Desktop:
 
     def __init__(self, screen=SCREEN):
         self.screen = screen
+        self.last_key = 0  # when a key was pressed, by the monotonic clock
         self.folder = tempfile.mkdtemp(prefix="zor-desktop-")
         self._processes = []
         self._display = None
@@ -274,6 +275,7 @@ class Desktop:
         for code in reversed(codes):
             xtest.fake_input(self._display, X.KeyRelease, code)
         self._display.sync()
+        self.last_key = time.monotonic()
 
     def type(self, text):
         """Types any text; what has no key goes in by its code point."""
@@ -299,6 +301,7 @@ class Desktop:
         if shifted:
             xtest.fake_input(self._display, X.KeyRelease, shift)
         self._display.sync()
+        self.last_key = time.monotonic()
 
     def picture(self, box):
         """The pixels of a part of the screen, four bytes each (blue, green, red, unused)."""

@@ -6,6 +6,7 @@ import pty
 import struct
 import subprocess
 import threading
+import time
 import tty
 import zlib
 
@@ -371,6 +372,8 @@ class Program:
     def screenshot(self, path, whole_screen=False):
         """Saves a picture (PNG) of the window, with the dialog in its middle if there is one."""
         self.desktop.park_pointer()
+        # For three seconds after a key the toolkit shows where the focus is.
+        time.sleep(max(0, self.desktop.last_key + 4 - time.monotonic()))
         tree = self.look()
         _, box = self.frame_of(tree.find("window", TITLE))
         dialog = tree.find("dialog")
@@ -384,12 +387,16 @@ class Program:
             box = (0, 0, max(box[2], width + 2), box[3])
         if whole_screen:
             box = (0, 0, *self.desktop.screen)
-        last = None
+        last, same = None, 0
 
         def steady():
-            nonlocal last
+            nonlocal last, same
+            # A program that has no time draws nothing either: it has to answer between two looks.
+            for window, _ in self.desktop.windows():
+                self.desktop.ping(window)
             before, last = last, self.desktop.picture(box)
-            return before == last
+            same = same + 1 if before == last else 0
+            return same == 3
 
         wait_until(steady, "the picture to come to rest", interval=0.1)
         _write_png(path, box[2], box[3], last)
