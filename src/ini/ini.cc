@@ -19,7 +19,7 @@
 #include <string_view>
 #include <utility>
 
-#include "ini/private_file.h"
+#include "base/open_private.h"
 
 namespace {
 
@@ -200,7 +200,7 @@ class stream {
       : descriptor(opened) {
     if (descriptor < 0) return;
     if (order == access_order::SEQUENTIAL) {
-      // Unlike fdopen() this asks for nothing that open_private() has decided.
+      // Unlike fdopen() this asks for nothing that openPrivate() has decided.
       file = fopencookie(this, mode, {read_bytes, write_bytes, NULL, close_file});
     } else {
       file = fdopen(descriptor, mode);
@@ -269,7 +269,7 @@ long size_of(FILE* file) {
 
 struct input : stream {
   explicit input(const char* Filename, access_order order = access_order::SEQUENTIAL)
-      : stream(open_private(Filename, O_RDONLY), "rb", order) {}
+      : stream(openPrivate(Filename, O_RDONLY), "rb", order) {}
 };
 
 /** Walks over the lines of a file, in the place that they were read to. */
@@ -557,7 +557,7 @@ void copy_changed(copier& copy, const char* Section, const char* Key, const char
 
 /** Creates a file that is not there yet; -1, with errno set, if it is. */
 int create_private(const char* Filename) {
-  return open_private(Filename, O_WRONLY | O_CREAT | O_EXCL);
+  return openPrivate(Filename, O_WRONLY | O_CREAT | O_EXCL);
 }
 
 /** The name with "~" as its last byte; a name that has it already gets one more. */
@@ -618,7 +618,7 @@ bool rewrite(const char* Section, const char* Key, const char* Value, const char
 }
 
 bool create(const char* Section, const char* Key, const char* Value, const char* Filename) {
-  stream target(open_private(Filename, O_WRONLY | O_CREAT | O_TRUNC), "wb");
+  stream target(openPrivate(Filename, O_WRONLY | O_CREAT | O_TRUNC), "wb");
   if (target.file == NULL) return false;
   copier copy{line_reader(NULL), target.file};
   copy.write_header(Section);
@@ -635,7 +635,7 @@ bool create(const char* Section, const char* Key, const char* Value, const char*
  * the old line is put back.
  */
 bool patch(const char* Filename, long offset, const char* line, std::size_t length) {
-  const int descriptor = open_private(Filename, O_RDWR);
+  const int descriptor = openPrivate(Filename, O_RDWR);
   if (descriptor < 0) return false;
   char old[INI_BUFFERSIZE];
   const auto size = static_cast<ssize_t>(length);

@@ -9,7 +9,7 @@
 #include <array>
 #include <cerrno>
 
-#include "ini/private_file.h"
+#include "base/open_private.h"
 
 namespace {
 
@@ -37,7 +37,7 @@ std::optional<std::string> readFile(const std::string& path) {
   std::string content;
   const bool complete = succeeds([&] {
     content.clear();
-    const int descriptor = open_private(path.c_str(), O_RDONLY);
+    const int descriptor = openPrivate(path.c_str(), O_RDONLY);
     if (descriptor < 0) return false;
     std::array<char, 4096> block{};
     ssize_t length = 0;
@@ -55,7 +55,7 @@ bool writeFile(const std::string& path, std::string_view content, Access access)
   constexpr mode_t READABLE = 0666;
   return succeeds([&] {
     const int descriptor = access == Access::PRIVATE
-                               ? open_private(path.c_str(), FLAGS)
+                               ? openPrivate(path.c_str(), FLAGS)
                                : open(path.c_str(), FLAGS | O_CLOEXEC | O_NONBLOCK, READABLE);
     if (descriptor < 0) return false;
     const bool written = writeAll(descriptor, content);
@@ -68,7 +68,7 @@ bool overwriteFile(const std::string& path, std::string_view old, std::string co
   // Not truncated first: what is cut off afterwards is then nothing but empty lines.
   content.resize(std::max(length, old.size()), '\n');
   return succeeds([&] {
-    const int descriptor = open_private(path.c_str(), O_WRONLY | O_CREAT);
+    const int descriptor = openPrivate(path.c_str(), O_WRONLY | O_CREAT);
     if (descriptor < 0) return false;
     const bool written = writeAll(descriptor, content);
     if (!written) {
@@ -87,7 +87,7 @@ bool removeFile(const std::string& path) {
 
 void flushToDisk(const std::string& path) {
   for (const std::string& name : {path, path.substr(0, path.rfind('/') + 1)}) {
-    const int descriptor = open_private(name.c_str(), O_RDONLY);
+    const int descriptor = openPrivate(name.c_str(), O_RDONLY);
     if (descriptor < 0) continue;
     fsync(descriptor);
     close(descriptor);

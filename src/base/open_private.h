@@ -8,6 +8,6 @@
  * from the owner. The call never waits, not even for the other end of a FIFO, and the descriptor is
  * not inherited by other programs.
  *
- * Flags are those of open(). Returns the descriptor, or -1 with errno set.
+ * flags are those of open(). Returns the descriptor, or -1 with errno set.
  */
-int open_private(const char* Filename, int Flags);
+int openPrivate(const char* path, int flags);
