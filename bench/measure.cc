@@ -22,8 +22,8 @@
 #include <ctime>
 #include <string>
 
+#include "base/whole_file.h"
 #include "heap.h"
-#include "settings/file.h"
 #include "work.h"
 
 // The quote clean-up's pause takes no CPU time, but half an hour of this program's.

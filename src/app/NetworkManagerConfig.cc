@@ -13,9 +13,9 @@
 #include <string_view>
 #include <system_error>
 
+#include "base/print.h"
+#include "base/whole_file.h"
 #include "ini/ini.h"
-#include "settings/file.h"
-#include "settings/log.h"
 
 namespace {
 

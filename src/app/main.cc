@@ -13,7 +13,7 @@
 #include <utility>
 
 #include "app/NetworkManagerConfig.h"
-#include "settings/log.h"
+#include "base/print.h"
 #include "window/NetworkManagerWindow.h"
 
 namespace {

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "settings/log.h"
+#include "base/print.h"
 
 void EthernetUpdateRecord::clearOctets() {
   address = {};

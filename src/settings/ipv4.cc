@@ -6,8 +6,8 @@
 #include <charconv>
 #include <cstddef>
 
-#include "settings/log.h"
-#include "settings/text.h"
+#include "base/print.h"
+#include "base/trim.h"
 
 namespace {
 

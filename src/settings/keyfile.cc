@@ -8,7 +8,7 @@
 #include <iterator>
 #include <thread>
 
-#include "settings/file.h"
+#include "base/whole_file.h"
 
 namespace {
 

@@ -4,9 +4,9 @@
 
 #include <algorithm>
 
+#include "base/print.h"
+#include "base/trim.h"
 #include "settings/ipv4.h"
-#include "settings/log.h"
-#include "settings/text.h"
 
 bool isValidWifiPassword(std::string_view password) {
   constexpr std::size_t MIN_LENGTH = 8;

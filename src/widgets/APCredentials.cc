@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "widgets/APCredentials.h"
 
-#include "settings/text.h"
+#include "base/trim.h"
 #include "widgets/accessible.h"
 #include "widgets/layout.h"
 #include "widgets/text.h"

@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: MIT
 #include "widgets/EthernetIPModeBox.h"
 
+#include "base/print.h"
 #include "settings/ethernet.h"
-#include "settings/log.h"
 #include "widgets/layout.h"
 
 EthernetIPModeBox::EthernetIPModeBox(NetworkManagerConfig& paths)

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "widgets/WifiModeBox.h"
 
-#include "settings/log.h"
+#include "base/print.h"
 #include "settings/wifi.h"
 #include "widgets/layout.h"
 

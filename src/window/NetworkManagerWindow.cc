@@ -4,7 +4,7 @@
 
 #include <initializer_list>
 
-#include "settings/log.h"
+#include "base/print.h"
 #include "settings/wifi.h"
 #include "widgets/accessible.h"
 #include "widgets/layout.h"

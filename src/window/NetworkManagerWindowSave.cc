@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 // SPDX-License-Identifier: MIT
-#include "settings/file.h"
+#include "base/print.h"
+#include "base/whole_file.h"
 #include "settings/keyfile.h"
-#include "settings/log.h"
 #include "settings/wifi.h"
 #include "window/NetworkManagerWindow.h"
 

@@ -2,10 +2,10 @@
 // SPDX-License-Identifier: MIT
 #include <stdexcept>
 
-#include "settings/file.h"
+#include "base/print.h"
+#include "base/trim.h"
+#include "base/whole_file.h"
 #include "settings/ipv4.h"
-#include "settings/log.h"
-#include "settings/text.h"
 #include "settings/wifi.h"
 #include "window/NetworkManagerWindow.h"
 

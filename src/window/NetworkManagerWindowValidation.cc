@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 // SPDX-License-Identifier: MIT
+#include "base/print.h"
+#include "base/trim.h"
 #include "settings/ipv4.h"
-#include "settings/log.h"
-#include "settings/text.h"
 #include "settings/validation.h"
 #include "settings/wifi.h"
 #include "widgets/accessible.h"

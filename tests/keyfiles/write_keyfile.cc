@@ -12,10 +12,10 @@
 #include <vector>
 
 #include "app/NetworkManagerConfig.h"
+#include "base/print.h"
+#include "base/trim.h"
 #include "settings/ethernet.h"
 #include "settings/keyfile.h"
-#include "settings/log.h"
-#include "settings/text.h"
 #include "settings/wifi.h"
 
 namespace {

@@ -8,9 +8,9 @@
 #include <vector>
 
 #include "app/NetworkManagerConfig.h"
+#include "base/whole_file.h"
 #include "load/cost.h"
 #include "settings/ethernet.h"
-#include "settings/file.h"
 #include "settings/keyfile.h"
 #include "settings/wifi.h"
 #include "support/files.h"

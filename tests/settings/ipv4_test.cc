@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "settings/log.h"
+#include "base/print.h"
 #include "support/capture.h"
 
 namespace {

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 // SPDX-License-Identifier: MIT
-#include "settings/text.h"
+#include "base/trim.h"
 
 std::string_view trim(std::string_view text) {
   constexpr std::string_view BLANKS = " \t\n\r";

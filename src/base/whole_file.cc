@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 // SPDX-License-Identifier: MIT
-#include "settings/file.h"
+#include "base/whole_file.h"
 
 #include <fcntl.h>
 #include <unistd.h>
