@@ -220,7 +220,7 @@ TEST_F(View, TheWindowOnTheScreenHasTheSizeOfTheMode) {
   open(DYNAMIC_KEYFILE, AP_KEYFILE, ETHERNET);
   const auto becomes = [this](int width, int height) {
     return eventually(
-        [=] { return window->get_width() == width && window->get_height() == height; });
+        [=, this] { return window->get_width() == width && window->get_height() == height; });
   };
   EXPECT_TRUE(becomes(525, 425));
   choose("Static IP");
