@@ -10,32 +10,12 @@
 #include <cerrno>
 
 #include "base/open_private.h"
-
-namespace {
-
-/** Writes from the start of a file on, however many calls that takes. */
-bool writeAll(int descriptor, std::string_view content) {
-  while (!content.empty()) {
-    const ssize_t length = write(descriptor, content.data(), content.size());
-    if (length < 0 && errno == EINTR) continue;
-    if (length <= 0) return false;
-    content.remove_prefix(static_cast<std::size_t>(length));
-  }
-  return true;
-}
-
-/** Whether an operation succeeds, be it on a second try: some failures pass. */
-template <typename Operation>
-bool succeeds(Operation operation) {
-  if (operation()) return true;
-  return operation();
-}
-
-}  // namespace
+#include "base/retry.h"
+#include "base/write_all.h"
 
 std::optional<std::string> readFile(const std::string& path) {
   std::string content;
-  const bool complete = succeeds([&] {
+  const bool complete = succeedsOnRetry([&] {
     content.clear();
     const int descriptor = openPrivate(path.c_str(), O_RDONLY);
     if (descriptor < 0) return false;
@@ -53,7 +33,7 @@ std::optional<std::string> readFile(const std::string& path) {
 bool writeFile(const std::string& path, std::string_view content, Access access) {
   constexpr int FLAGS = O_WRONLY | O_CREAT | O_TRUNC;
   constexpr mode_t READABLE = 0666;
-  return succeeds([&] {
+  return succeedsOnRetry([&] {
     const int descriptor = access == Access::PRIVATE
                                ? openPrivate(path.c_str(), FLAGS)
                                : open(path.c_str(), FLAGS | O_CLOEXEC | O_NONBLOCK, READABLE);
@@ -67,7 +47,7 @@ bool overwriteFile(const std::string& path, std::string_view old, std::string co
   const std::size_t length = content.size();
   // Not truncated first: what is cut off afterwards is then nothing but empty lines.
   content.resize(std::max(length, old.size()), '\n');
-  return succeeds([&] {
+  return succeedsOnRetry([&] {
     const int descriptor = openPrivate(path.c_str(), O_WRONLY | O_CREAT);
     if (descriptor < 0) return false;
     const bool written = writeAll(descriptor, content);
@@ -82,7 +62,7 @@ bool overwriteFile(const std::string& path, std::string_view old, std::string co
 }
 
 bool removeFile(const std::string& path) {
-  return succeeds([&] { return unlink(path.c_str()) == 0 || errno == ENOENT; });
+  return succeedsOnRetry([&] { return unlink(path.c_str()) == 0 || errno == ENOENT; });
 }
 
 void flushToDisk(const std::string& path) {

@@ -12,7 +12,7 @@ enum class Access {
   SHARED,   // as the umask says; the mode of a file that is there stays
 };
 
-// What fails is tried once more before it counts as failed.
+// What fails is tried once more (base/retry.h) before it counts as failed.
 
 /**
  * The bytes of a file, up to where it can be read at once: a FIFO is not waited for. Nothing when
