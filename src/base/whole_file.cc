@@ -43,11 +43,11 @@ bool writeFile(const std::string& path, std::string_view content, Access access)
   });
 }
 
-bool overwriteFile(const std::string& path, std::string_view old, std::string content) {
+void overwriteFile(const std::string& path, std::string_view old, std::string content) {
   const std::size_t length = content.size();
   // Not truncated first: what is cut off afterwards is then nothing but empty lines.
   content.resize(std::max(length, old.size()), '\n');
-  return succeedsOnRetry([&] {
+  (void)succeedsOnRetry([&] {
     const int descriptor = openPrivate(path.c_str(), O_WRONLY | O_CREAT);
     if (descriptor < 0) return false;
     const bool written = writeAll(descriptor, content);
@@ -61,8 +61,8 @@ bool overwriteFile(const std::string& path, std::string_view old, std::string co
   });
 }
 
-bool removeFile(const std::string& path) {
-  return succeedsOnRetry([&] { return unlink(path.c_str()) == 0 || errno == ENOENT; });
+void removeFile(const std::string& path) {
+  (void)succeedsOnRetry([&] { return unlink(path.c_str()) == 0 || errno == ENOENT; });
 }
 
 void flushToDisk(const std::string& path) {

@@ -29,12 +29,12 @@ bool writeFile(const std::string& path, std::string_view content, Access access)
 /**
  * Writes new bytes over the old ones of a private file, creating it where it is missing. A full
  * disk or a kill leaves the old bytes or the new ones, these perhaps with empty lines behind them.
- * Returns whether the new ones are there.
+ * A failure is not reported.
  */
-bool overwriteFile(const std::string& path, std::string_view old, std::string content);
+void overwriteFile(const std::string& path, std::string_view old, std::string content);
 
-/** Removes a file. Returns false when it is still there. */
-bool removeFile(const std::string& path);
+/** Removes a file, where there is one. A failure is not reported. */
+void removeFile(const std::string& path);
 
 /**
  * Has a file and its folder's list of names written to the disk, so that what was done to them
