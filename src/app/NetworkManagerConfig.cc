@@ -10,42 +10,17 @@
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
-#include <string_view>
 #include <system_error>
 
 #include "base/print.h"
 #include "base/whole_file.h"
 #include "ini/ini.h"
+#include "settings/ethernet.h"
+#include "settings/wifi.h"
 
 namespace {
 
 constexpr const char* PERMISSIONS_HANDLER = "zor-network-permissions-handler";
-
-constexpr std::string_view DEFAULT_ETHERNET_FILE =
-    "[connection]\n"
-    "id=new_ethernet_connection\n"
-    "type=ethernet\n"
-    "autoconnect-priority=-999\n"
-    "interface-name=eth0\n"
-    "\n[ethernet]\n"
-    "\n[ipv4]\n"
-    "method=auto\n"
-    "\n[ipv6]\n"
-    "addr-gen-mode=stable-privacy\n"
-    "method=auto\n"
-    "\n[proxy]";
-
-// Unlike the other one this has no empty lines.
-constexpr std::string_view DEFAULT_WIFI_FILE =
-    "[connection]\n"
-    "id=new_wifi_connection\n"
-    "type=wifi\n"
-    "interface-name=wlan0"
-    "\n[wifi]\n"
-    "ssid=my_new_wifi"
-    "\n[ipv4]\n"
-    "method=auto"
-    "\n[proxy]";
 
 void createDefaultFile(const std::string& path, std::string_view content, std::string_view type) {
   if (writeFile(path, content, Access::PRIVATE)) {
@@ -110,10 +85,14 @@ void NetworkManagerConfig::refreshConnectionPaths() {
   logLine("Wifi Connection Path: ", wifiConnectionPath);
 }
 
+std::string NetworkManagerConfig::pathOf(std::string_view fileName) const {
+  return (networkManagerDirectoryPath + "/").append(fileName);
+}
+
 std::string NetworkManagerConfig::findConnection(const std::vector<std::string>& names,
                                                  const std::string& type) const {
   for (const std::string& name : names) {
-    std::string candidate = networkManagerDirectoryPath + "/" + name;
+    std::string candidate = pathOf(name);
     if (readIniString("connection", "type", "unknown", candidate) == type) return candidate;
   }
   return {};
@@ -138,13 +117,13 @@ const std::string& NetworkManagerConfig::getWifiConnectionPath() const {
 }
 
 void NetworkManagerConfig::createDefaultEthernetFile() {
-  ethernetConnectionPath = networkManagerDirectoryPath + "/ethernet.nmconnection";
-  createDefaultFile(ethernetConnectionPath, DEFAULT_ETHERNET_FILE, "Ethernet");
+  ethernetConnectionPath = pathOf(DEFAULT_ETHERNET_KEYFILE.fileName);
+  createDefaultFile(ethernetConnectionPath, DEFAULT_ETHERNET_KEYFILE.content, "Ethernet");
 }
 
 void NetworkManagerConfig::createDefaultWifiFile() {
-  wifiConnectionPath = networkManagerDirectoryPath + "/wlan0.nmconnection";
-  createDefaultFile(wifiConnectionPath, DEFAULT_WIFI_FILE, "Wi-Fi");
+  wifiConnectionPath = pathOf(DEFAULT_WIFI_KEYFILE.fileName);
+  createDefaultFile(wifiConnectionPath, DEFAULT_WIFI_KEYFILE.content, "Wi-Fi");
 }
 
 std::string NetworkManagerConfig::readIniString(const std::string& section, const std::string& key,

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 /**
@@ -68,6 +69,7 @@ class NetworkManagerConfig {
 
  private:
   NetworkManagerConfig() = default;
+  std::string pathOf(std::string_view fileName) const;
   std::string findConnection(const std::vector<std::string>& names, const std::string& type) const;
 
   std::vector<std::string> connectionFileNames;  // reserved, never filled

@@ -6,6 +6,22 @@
 
 #include "base/print.h"
 
+constexpr DefaultKeyfile DEFAULT_ETHERNET_KEYFILE = {
+    "ethernet.nmconnection",
+    "[connection]\n"
+    "id=new_ethernet_connection\n"
+    "type=ethernet\n"
+    "autoconnect-priority=-999\n"
+    "interface-name=eth0\n"
+    "\n[ethernet]\n"
+    "\n[ipv4]\n"
+    "method=auto\n"
+    "\n[ipv6]\n"
+    "addr-gen-mode=stable-privacy\n"
+    "method=auto\n"
+    "\n[proxy]",
+};
+
 void EthernetUpdateRecord::clearOctets() {
   address = {};
   subnetMask = {};

@@ -15,6 +15,8 @@
 inline constexpr std::string_view ETHERNET_STATIC_MODE = "manual";
 inline constexpr std::string_view ETHERNET_DYNAMIC_MODE = "auto";
 
+extern const DefaultKeyfile DEFAULT_ETHERNET_KEYFILE;
+
 /** The numeric form of the wired settings, for the privileged program. */
 struct EthernetUpdateRecord {
   static constexpr std::int32_t STATIC = 0;

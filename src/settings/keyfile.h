@@ -5,6 +5,12 @@
 #include <string>
 #include <string_view>
 
+/** The keyfile of a connection that has none, or one of another mode. */
+struct DefaultKeyfile {
+  std::string_view fileName;
+  std::string_view content;
+};
+
 /** One value of a connection keyfile. */
 struct KeyfileEntry {
   std::string_view section;

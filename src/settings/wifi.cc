@@ -8,6 +8,20 @@
 #include "base/trim.h"
 #include "settings/ipv4.h"
 
+// Unlike the one for Ethernet this has no empty lines.
+constexpr DefaultKeyfile DEFAULT_WIFI_KEYFILE = {
+    "wlan0.nmconnection",
+    "[connection]\n"
+    "id=new_wifi_connection\n"
+    "type=wifi\n"
+    "interface-name=wlan0"
+    "\n[wifi]\n"
+    "ssid=my_new_wifi"
+    "\n[ipv4]\n"
+    "method=auto"
+    "\n[proxy]",
+};
+
 bool isValidWifiPassword(std::string_view password) {
   constexpr std::size_t MIN_LENGTH = 8;
   // Not isalnum(): in some locales bytes above 127 are letters to it.
