@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 # SPDX-License-Identifier: MIT
-"""What `meson install` puts where: test_install.py BUILD_DIRECTORY PROGRAM."""
+"""What `meson install` puts where: BUILD_DIRECTORY PROGRAM."""
 import configparser
 import os
 import re
@@ -11,11 +11,9 @@ import tempfile
 import unittest
 import xml.etree.ElementTree as xml
 
-HERE = os.path.dirname(os.path.abspath(__file__))
-sys.path.insert(0, os.path.join(HERE, "..", "support"))
-import tap
+from tests.support import tap
+from tests.support.files import source
 
-SOURCE = os.path.dirname(os.path.dirname(HERE))
 BUILD, PROGRAM = sys.argv[1:3]
 del sys.argv[1:3]
 
@@ -28,12 +26,6 @@ FILES = {
     "share/man/man8/zor-network-permissions-handler.8",
     "share/metainfo/org.gtkmm.example.metainfo.xml",
 }
-
-
-def source(name):
-    """The text of a file of the project."""
-    with open(os.path.join(SOURCE, name), encoding="utf-8") as file:
-        return file.read()
 
 
 class Installed(unittest.TestCase):

@@ -1,9 +1,8 @@
-#!/usr/bin/python3
 # SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 # SPDX-License-Identifier: MIT
 """What a save leaves on the disk when a system call of it fails, or is the last one.
 
-usage: faults.py [--table | --sample N] PROGRAM PRESS DISCOVER [SCENARIO...]
+usage: [--table | --sample N] PROGRAM PRESS DISCOVER [SCENARIO...]
 
 The real program saves, again and again, traced. In each run exactly one of the system calls that
 the save makes fails with an error, or the program is killed in its place; besides, whole runs take
@@ -25,15 +24,12 @@ import sys
 import tempfile
 import traceback
 
-HERE = os.path.dirname(os.path.abspath(__file__))
-TESTS = os.path.dirname(HERE)
-sys.path[:0] = [os.path.join(TESTS, "support"), os.path.join(TESTS, "ini")]
-import isolation
-import model
-import tap
-from power_cut import Disk
-from recorder import NAME as HANDLER
-from saves import SCENARIOS
+from tests.faults.power_cut import Disk
+from tests.faults.saves import SCENARIOS
+from tests.ini import model
+from tests.support import isolation, tap
+from tests.support.files import SOURCES, read
+from tests.support.recorder import NAME as HANDLER
 
 RECORD = "/tmp/ethernetUpdateSettings"
 LIMIT = 30 * float(os.environ.get("MESON_TEST_TIMEOUT_MULTIPLIER", "1"))
@@ -115,9 +111,9 @@ class Runner:
             status = subprocess.run(
                 ["strace", *options, self.program, "1"], stdin=subprocess.DEVNULL, stdout=out,
                 stderr=err, env=self.environment, check=False, timeout=LIMIT).returncode
-        trace = (content(self.path("trace")) or b"").decode().splitlines()
+        trace = (read(self.path("trace")) or b"").decode().splitlines()
         started = [" access(" in line for line in trace]
-        assert any(started), f"no save: {status} {content(self.path('err'))} {trace}"
+        assert any(started), f"no save: {status} {read(self.path('err'))} {trace}"
         self.before = trace[:started.index(True)]
         return status, trace[started.index(True) + 1:]
 
@@ -125,7 +121,7 @@ class Runner:
         """The calls of an undisturbed save: name, its number among those of its name, its line."""
         self.prepare()
         status, trace = self.run()
-        assert status == 0, content(self.path("err"))
+        assert status == 0, read(self.path("err"))
         self.expected_errors = errors_in(self)
         main = self.before[0].split()[0]
         counts = collections.Counter(
@@ -150,18 +146,9 @@ class Runner:
         return os.path.basename(path)
 
 
-def content(path):
-    """The bytes of a file, or None."""
-    try:
-        with open(path, "rb") as file:
-            return file.read()
-    except FileNotFoundError:
-        return None
-
-
 def errors_in(runner):
     """What the program wrote on standard error, as lines."""
-    return content(runner.path("err")).decode().splitlines()
+    return read(runner.path("err")).decode().splitlines()
 
 
 def name_of(line):
@@ -201,7 +188,7 @@ def judge_flow(runner, status, forked=True, identity=None):
     if status != 0:
         problems.append(f"ended with {status}")
     request = f"finalize_{scenario.kind} {identity.decode()}".strip()
-    requests = (content(runner.path("requests")) or b"").decode().splitlines()
+    requests = (read(runner.path("requests")) or b"").decode().splitlines()
     if requests != ([request] if executed and forked else []):
         problems.append(f"requests: {requests}")
     return problems
@@ -210,7 +197,7 @@ def judge_flow(runner, status, forked=True, identity=None):
 def judge_fault(runner, status, forked=True):
     """What is on the disk after a fault, and what is wrong."""
     problems = judge_flow(runner, status, forked)
-    keyfile_now = content(runner.keyfile)
+    keyfile_now = read(runner.keyfile)
     disk = runner.scenario.after_fault().get(keyfile_now, "LOST")
     if os.path.exists(runner.temporary):
         disk += ", and a temporary file"
@@ -221,7 +208,7 @@ def judge_fault(runner, status, forked=True):
 def judge_kill(runner, status):
     """What is on the disk after a kill, and what is wrong."""
     labels = runner.scenario.after_kill()
-    keyfile_now, temporary = content(runner.keyfile), content(runner.temporary)
+    keyfile_now, temporary = read(runner.keyfile), read(runner.temporary)
     disk = labels.get(keyfile_now, "LOST")
     place = runner.scenario.name
     if keyfile_now is None and temporary and runner.scenario.values:
@@ -284,7 +271,7 @@ def run_power_cut(runner):
     for line in itertools.takewhile(lambda line: name_of(line) != "execve", trace):
         disk.apply(line)
     keyfile_now = disk.after_power_cut(runner.keyfile)
-    problems = [] if keyfile_now == content(runner.keyfile) else ["not what was saved"]
+    problems = [] if keyfile_now == read(runner.keyfile) else ["not what was saved"]
     return runner.scenario.after_fault().get(keyfile_now, "LOST"), problems
 
 
@@ -300,7 +287,7 @@ def run_on(runner, medium):
         if medium == "read-only":
             mount("-o", "remount,ro")
         status, _ = runner.run()
-        keyfile_now = content(runner.keyfile)
+        keyfile_now = read(runner.keyfile)
         identity = b""
         if keyfile_now and runner.scenario.values:
             identity = model.gets(keyfile_now, b"connection", b"id", b"", 100)
@@ -372,7 +359,7 @@ def work(part, parts, sample, title, *programs):
 def run_scenario(scenario, sample, programs):
     """The rows of a scenario, in the order of its calls; sample 0 takes every error."""
     workers = [subprocess.Popen(
-        [sys.executable, __file__, "--worker", str(part), str(WORKERS), str(sample),
+        [sys.executable, "-m", __spec__.name, "--worker", str(part), str(WORKERS), str(sample),
          scenario.title, *programs], stdout=subprocess.PIPE, text=True)
         for part in range(WORKERS)]
     rows = sorted(json.loads(line) for worker in workers for line in worker.stdout)
@@ -414,7 +401,7 @@ def main():
         part, parts, sample, title, *programs = sys.argv[2:]
         # Of the temporary folders these are needed in the private one.
         kept = [os.environ["HOME"], os.environ.get("XAUTHORITY", "/x")]
-        reason = isolation.enter(os.path.dirname(TESTS), *map(os.path.dirname, programs),
+        reason = isolation.enter(SOURCES, *map(os.path.dirname, programs),
                                  *map(os.path.dirname, kept))
         if reason:
             sys.exit(reason)
@@ -427,11 +414,7 @@ def main():
     parser.add_argument("programs", nargs=3, type=os.path.realpath)
     parser.add_argument("scenarios", nargs="*")
     arguments = parser.parse_args()
-    missing = None if shutil.which("strace") else "strace is not installed"
-    if missing and os.environ.get("CI"):
-        sys.exit(f"cannot run here: {missing}")
-    if missing:
-        tap.skip_all(missing)
+    tap.require_nothing(None if shutil.which("strace") else "strace")
     points, failed = 0, False
     for scenario in SCENARIOS:
         if arguments.scenarios and scenario.title not in arguments.scenarios:

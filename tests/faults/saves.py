@@ -4,23 +4,14 @@
 
 The states come from an independent model of the rules of writing, byte for byte.
 """
-import os
-import sys
+from tests.ini import model
+from tests.support.files import expected
 
-TESTS = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
-sys.path.insert(0, os.path.join(TESTS, "ini"))
-import model
 
 
 def keyfile(*lines):
     """The bytes of a keyfile."""
     return "".join(line + "\n" for line in lines).encode()
-
-
-def expected(name):
-    """A keyfile that is kept for all tests."""
-    with open(os.path.join(TESTS, "keyfiles", "expected", name + ".nmconnection"), "rb") as file:
-        return file.read()
 
 
 STATIC = keyfile(

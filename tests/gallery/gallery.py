@@ -1,17 +1,15 @@
-#!/usr/bin/python3
 # SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 # SPDX-License-Identifier: MIT
-"""Takes a picture of the window in every state: gallery.py PROGRAM FOLDER."""
+"""Takes a picture of the window in every state: PROGRAM FOLDER."""
 import os
 import shutil
 import subprocess
 import sys
 import tempfile
 
-sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "support"))
-from desktop import Desktop
-from program import Program
-from recorder import Recorder
+from tests.support.desktop import Desktop
+from tests.support.program import Program
+from tests.support.recorder import Recorder
 
 ETHERNET = """[connection]
 id=ethernet

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 # SPDX-License-Identifier: MIT
-"""The pictures in the documents are those of the program: test_gallery.py PROGRAM."""
+"""The pictures in the documents are those of the program."""
 import glob
 import os
 import re
@@ -10,18 +10,17 @@ import sys
 import tempfile
 import unittest
 
-HERE = os.path.dirname(os.path.abspath(__file__))
-sys.path.insert(0, os.path.join(HERE, "..", "support"))
-import tap
+from tests.support import tap
+from tests.support.files import SOURCES
 
-ROOT = os.path.dirname(os.path.dirname(HERE))
-IMAGES = os.path.join(ROOT, "docs", "images")
-DOCUMENTS = glob.glob(os.path.join(ROOT, "*.md")) + glob.glob(os.path.join(ROOT, "docs", "*.md"))
+IMAGES = os.path.join(SOURCES, "docs", "images")
+DOCUMENTS = [*glob.glob(os.path.join(SOURCES, "*.md")),
+             *glob.glob(os.path.join(SOURCES, "docs", "*.md"))]
 PROGRAM = sys.argv.pop(1)
 
 try:
-    import gallery
-    from desktop import missing_tools
+    from tests.gallery import gallery
+    from tests.support.desktop import missing_tools
     LACKING = missing_tools()
 except (ImportError, ValueError) as error:
     LACKING = str(error)
@@ -63,8 +62,5 @@ class Gallery(unittest.TestCase):
         self.assertEqual(sorted(shown), names_in(IMAGES))
 
 
-if LACKING and os.environ.get("CI"):
-    sys.exit(f"not installed: {LACKING}")
-if LACKING:
-    tap.skip_all(f"not installed: {LACKING}")
+tap.require_nothing(LACKING)
 tap.main()

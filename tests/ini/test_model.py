@@ -1,9 +1,6 @@
-#!/usr/bin/python3
 # SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 # SPDX-License-Identifier: MIT
 """The INI unit against the model of its rules, on thousands of generated files and operations.
-
-Usage: test_model.py PERFORM [TEST...], the first one by its full path.
 
 MODEL_SEEDS=5,6,7 tries other seeds, MODEL_CASES=10000 more files for each. A case that differs is
 made as small as it gets before it is shown.
@@ -11,7 +8,6 @@ made as small as it gets before it is shown.
 import collections
 import itertools
 import os
-import pathlib
 import random
 import re
 import subprocess
@@ -19,11 +15,8 @@ import sys
 import tempfile
 import unittest
 
-HERE = pathlib.Path(__file__).resolve().parent
-sys.path.insert(0, str(HERE.parent / "support"))
-sys.path.insert(0, str(HERE))
-import model  # noqa: E402  pylint: disable=wrong-import-position
-import tap  # noqa: E402  pylint: disable=wrong-import-position
+from tests.ini import model
+from tests.support import tap
 
 PERFORM = next((argument for argument in sys.argv[1:] if argument.startswith("/")), None)
 SEEDS = [int(seed) for seed in os.environ.get("MODEL_SEEDS", "1,2,3,4").split(",")]

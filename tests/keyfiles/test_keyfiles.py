@@ -1,9 +1,6 @@
-#!/usr/bin/python3
 # SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 # SPDX-License-Identifier: MIT
 """Every kind of keyfile that the program writes is read back by NetworkManager's own parser.
-
-Usage: test_keyfiles.py WRITE_KEYFILE [TEST...], the first one by its full path.
 
 Each kind is written through the same functions as a save, compared byte for byte with a file in
 expected/, given to nmcli and to libnm's keyfile reader, and the values that they read are compared
@@ -18,9 +15,9 @@ import sys
 import tempfile
 import unittest
 
-HERE = pathlib.Path(__file__).resolve().parent
-sys.path.insert(0, str(HERE.parent / "support"))
-import tap  # noqa: E402  pylint: disable=wrong-import-position
+from tests.support import tap
+from tests.support.files import expected
+
 
 
 def missing_tool():
@@ -40,12 +37,9 @@ try:
     MISSING = missing_tool()
 except ImportError:
     MISSING = "python3-gi"
-if MISSING:
-    if os.environ.get("CI"):
-        sys.exit("missing, and not to be skipped here: " + MISSING)
-    tap.skip_all("missing: " + MISSING)
+tap.require_nothing(MISSING)
 
-from gi.repository import GLib, NM  # noqa: E402  pylint: disable=wrong-import-position
+from gi.repository import GLib, NM
 
 # A daemon makes one from the file's path; the reader alone leaves it out.
 UUID = "a3a66c6e-9c5f-4d4c-8a55-9a39b4a1b0a1"
@@ -54,11 +48,6 @@ STATIC = ("static", "192.168.1.10", "255.255.255.0", "192.168.1.1", "192.168.1.2
 ACCESS_POINT = ("access-point", "Halvorik AP", "correct horse_1", "6",
                 "192.168.4.20", "255.255.255.0")
 CLIENT = ("client", "Home", "secret pass")
-
-
-def expected(name):
-    """The bytes of an expected file."""
-    return (HERE / "expected" / (name + ".nmconnection")).read_bytes()
 
 
 class Folder:

@@ -7,18 +7,15 @@ import re
 import shutil
 import signal
 import subprocess
-import sys
 import unittest
 
-HERE = os.path.dirname(os.path.abspath(__file__))
-sys.path[:0] = [os.path.join(HERE, "..", "support"), os.path.join(HERE, "..", "program")]
-import program_case
-import transcripts as said
-from desktop import bound_to_us, wait_until
-from isolation import SYSTEM_CONNECTIONS
-from program_case import UPDATE_RECORD, read
+from tests.program import transcripts as said
+from tests.support import program_case
+from tests.support.desktop import bound_to_us, wait_until
+from tests.support.files import SOURCES, read, source
+from tests.support.isolation import SYSTEM_CONNECTIONS
+from tests.support.program_case import UPDATE_RECORD
 
-SOURCE = os.path.dirname(os.path.dirname(HERE))
 UNLOCK, ROLLBACK = ["unlock"], ["rollback"]
 WINDOW_IS_BUILT = "no manual settings to populate.\n"
 # The 200 milliseconds, made longer: a busy machine may take that long to start a shell script. What
@@ -37,13 +34,8 @@ mv "$report.part" "$report"
 """
 
 
-def page(name):
-    """The source of a manual page."""
-    return read(os.path.join(SOURCE, "data", "man", name)).decode()
-
-
-PROGRAM_PAGE = page("zor-network-manager.1")
-HANDLER_PAGE = page("zor-network-permissions-handler.8")
+PROGRAM_PAGE = source("data", "man", "zor-network-manager.1")
+HANDLER_PAGE = source("data", "man", "zor-network-permissions-handler.8")
 
 
 class ManualCase(program_case.ProgramCase):
@@ -429,8 +421,8 @@ class Pages(unittest.TestCase):
 
     @classmethod
     def setUpClass(cls):
-        names = glob.glob(os.path.join(SOURCE, "src", "**", "*.*"), recursive=True)
-        cls.source = {os.path.relpath(name, SOURCE): read(name).decode() for name in names}
+        names = glob.glob(os.path.join(SOURCES, "src", "**", "*.*"), recursive=True)
+        cls.source = {os.path.relpath(name, SOURCES): read(name).decode() for name in names}
         cls.literals = {text for source in cls.source.values() for text in literals(source)}
 
     def assert_in_source(self, text):
@@ -457,8 +449,8 @@ class Pages(unittest.TestCase):
                 self.assertIn(f'"{text}', listed)
 
     def test_texts_of_the_window(self):
-        for source in (PROGRAM_PAGE, HANDLER_PAGE):
-            texts = [text for line in re.findall(r"^\.(?:It )?(Dq .*)", source, re.M)
+        for page in (PROGRAM_PAGE, HANDLER_PAGE):
+            texts = [text for line in re.findall(r"^\.(?:It )?(Dq .*)", page, re.M)
                      for text in arguments(line, "Dq")]
             self.assertGreater(len(texts), 3)
             for text in texts:
@@ -514,8 +506,8 @@ class Pages(unittest.TestCase):
         width = sizes.pop("WINDOW_WIDTH")
         self.assertIn(f"up to {width} by {max(sizes.values())} pixels", PROGRAM_PAGE)
         (pause,) = re.findall(r"milliseconds\((\d+)\)", self.source["src/app/main.cc"])
-        for source in (PROGRAM_PAGE, HANDLER_PAGE):
-            self.assertIn(f"{pause} milliseconds", source)
+        for page in (PROGRAM_PAGE, HANDLER_PAGE):
+            self.assertIn(f"{pause} milliseconds", page)
         (value,) = re.findall(r"std::array<char, (\d+)> value",
                               self.source["src/app/NetworkManagerConfig.cc"])
         self.assertIn(f"up to {int(value) - 1} bytes", PROGRAM_PAGE)

@@ -10,10 +10,9 @@ import json
 import os
 import shutil
 import subprocess
-import sys
 
-import isolation
-from desktop import wait_until
+from tests.support import isolation
+from tests.support.desktop import wait_until
 
 KEYFILES = "/run/keyfiles"  # the daemon's own folder; /run is private here
 # What the DHCP server hands out. Its host addresses are the ones it may give to the device.
@@ -74,7 +73,7 @@ def enter(*kept):
     if reason:
         return reason
     os.environ[_MARK] = "entered"
-    os.execvp("unshare", ["unshare", *_NAMESPACES, "--mount-proc", sys.executable, *sys.argv])
+    isolation.start_again("unshare", *_NAMESPACES, "--mount-proc")
 
 
 def _attempt(*command):

@@ -1,9 +1,8 @@
-#!/usr/bin/python3
 # SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 # SPDX-License-Identifier: MIT
 """What is typed in the window becomes the device's network, by way of a real NetworkManager.
 
-Usage: test_networkmanager.py PROGRAM [TEST...], as root. The program runs as an ordinary user in
+For root. The program runs as an ordinary user in
 production mode; a privileged program that does what it is asked for stands in front on PATH.
 """
 import ipaddress
@@ -12,18 +11,17 @@ import shutil
 import sys
 import unittest
 
-HERE = os.path.dirname(os.path.abspath(__file__))
-sys.path.insert(0, os.path.join(HERE, "..", "support"))
-import network
-import tap
-from desktop import Desktop, missing_tools, wait_until
-from isolation import SYSTEM_CONNECTIONS
-from program import Program
+from tests.networkmanager import network
+from tests.support import tap
+from tests.support.desktop import Desktop, missing_tools, wait_until
+from tests.support.files import SAMPLES, SOURCES, source
+from tests.support.isolation import SYSTEM_CONNECTIONS
+from tests.support.program import Program
 
 USER = 65534
 KEYFILE = os.path.join(SYSTEM_CONNECTIONS, "ethernet.nmconnection")
 INSTALLED = os.path.join(network.KEYFILES, "ethernet.nmconnection")
-SAMPLE = os.path.join(HERE, "..", "keyfiles", "samples", "ethernet.nmconnection")
+SAMPLE = os.path.join(SAMPLES, "ethernet.nmconnection")
 BIN = "/tmp/bin"
 
 LABELS = ("IP Address", "Subnet Mask", "Default Gateway", "DNS Server")
@@ -94,9 +92,8 @@ def install(program):
     interpreter = shutil.copy(os.path.realpath(sys.executable), os.path.join(BIN, "as-root"))
     os.chmod(interpreter, 0o4755)
     handler = os.path.join(BIN, "zor-network-permissions-handler")
-    with open(os.path.join(HERE, "handler.py"), encoding="utf-8") as source, \
-            open(handler, "w", encoding="utf-8") as target:
-        target.write(f"#!{interpreter} -IS\n{source.read()}")
+    with open(handler, "w", encoding="utf-8") as target:
+        target.write(f"#!{interpreter} -IS\n{source('tests', 'networkmanager', 'handler.py')}")
     os.chmod(handler, 0o755)
     # The user can read the keyfiles before they are unlocked, as the request may take its time.
     shutil.copy(SAMPLE, KEYFILE)
@@ -128,11 +125,8 @@ def main():
     program = os.path.realpath(sys.argv[1])
     lacking = ", ".join(filter(None, (missing_tools(), network.missing_tools())))
     reason = f"not installed: {lacking}" if lacking else network.enter(
-        os.path.dirname(os.path.dirname(HERE)), os.path.dirname(program))
-    if reason and os.environ.get("CI"):
-        sys.exit(f"cannot run here: {reason}")
-    if reason:
-        tap.skip_all(reason)
+        SOURCES, os.path.dirname(program))
+    tap.require_nothing(reason)
     del sys.argv[1]
     os.umask(0o022)
     network.set_up([with_prefix(gateway, mask) for _, mask, gateway, _ in (FIRST, SECOND)])

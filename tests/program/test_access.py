@@ -1,13 +1,11 @@
 # SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 # SPDX-License-Identifier: MIT
 """The window for a screen reader, which goes by names, and for a person with a keyboard only."""
-import os
 import re
-import sys
 
-sys.path.insert(0, os.path.join(os.path.dirname(__file__), "..", "support"))
-import program_case
-from desktop import Desktop, wait_until
+from tests.support import program_case
+from tests.support.desktop import Desktop, wait_until
+from tests.support.files import read
 
 STATIC = """[connection]
 id=ethernet
@@ -234,7 +232,7 @@ class Keyboard(AccessCase):
             program.focus_and_type(name, text)
         program.focus_and_press("button", "Save And Exit", "Return")
         self.assertEqual(program.finish(), 0)
-        saved = program_case.read(self.path("ethernet.nmconnection")).decode()
+        saved = read(self.path("ethernet.nmconnection")).decode()
         self.assertIn("\nmethod=manual\n", saved)
         self.assertIn("\naddress1=10.20.30.40/20,10.20.16.1\n", saved)
         self.assertIn("\ndns=10.20.16.53\n", saved)
@@ -259,7 +257,7 @@ class Keyboard(AccessCase):
         wait_until(lambda: program.focused() == ("button", CHANNEL), "the list to close")
         program.focus_and_press("button", "Save And Exit", "space")
         self.assertEqual(program.finish(), 0)
-        saved = program_case.read(self.path("wlan0.nmconnection")).decode()
+        saved = read(self.path("wlan0.nmconnection")).decode()
         for line in ("ssid=Halvorik AP", "mode=ap", "channel=7", "psk=new_pass-1",
                      "address1=192.168.4.20/24,192.168.4.1"):
             self.assertIn(f"\n{line}\n", saved)
@@ -287,7 +285,7 @@ class Keyboard(AccessCase):
         program.focus_and_type("SSID", "Café 7")
         program.focus_and_press("button", "Save And Exit", "Return")
         self.assertEqual(program.finish(), 0)
-        saved = program_case.read(self.path("wlan0.nmconnection")).decode()
+        saved = read(self.path("wlan0.nmconnection")).decode()
         self.assertIn("\nssid=Café 7\n", saved)
         self.assertEqual(self.recorder.calls(), [["finalize_wifi", "ZOR"]])
 
@@ -305,7 +303,7 @@ class Keyboard(AccessCase):
                 program.focus_and_press("button", "Exit Without Saving", "Return")
                 self.assertEqual(program.finish(), 0)
                 program.__exit__()
-                self.assertEqual(program_case.read(self.path("ethernet.nmconnection")).decode(),
+                self.assertEqual(read(self.path("ethernet.nmconnection")).decode(),
                                  STATIC)
 
 

@@ -2,11 +2,9 @@
 # SPDX-License-Identifier: MIT
 """Debug mode as a process: start, pages and modes, every way of leaving, a second instance."""
 import os
-import sys
 
-sys.path.insert(0, os.path.join(os.path.dirname(__file__), "..", "support"))
-import program_case
-import transcripts as said
+from tests.program import transcripts as said
+from tests.support import program_case
 
 
 class DebugMode(program_case.ProgramCase):

@@ -2,12 +2,11 @@
 # SPDX-License-Identifier: MIT
 """Saving on the Ethernet page with real key and pointer events, and its validation dialog."""
 import os
-import sys
 
-sys.path.insert(0, os.path.join(os.path.dirname(__file__), "..", "support"))
-import program_case
-import transcripts as said
-from desktop import wait_until
+from tests.program import transcripts as said
+from tests.support import program_case
+from tests.support.desktop import wait_until
+from tests.support.files import read
 
 ENTRIES = ("192.168.1.10", "255.255.255.0", "192.168.1.1", "8.8.8.8")
 
@@ -89,7 +88,7 @@ class EthernetPage(program_case.ProgramCase):
                      ("IP Address", "Subnet Mask", "Default Gateway", "DNS Server"))
 
     def assert_update_record(self, text):
-        self.assertEqual(program_case.read(program_case.UPDATE_RECORD).decode(), text)
+        self.assertEqual(read(program_case.UPDATE_RECORD).decode(), text)
 
     def test_static_address_on_a_dynamic_keyfile(self):
         program = self.run_debug()
@@ -154,7 +153,7 @@ class EthernetPage(program_case.ProgramCase):
 
     def test_dialog_names_every_bad_field_and_the_window_stays(self):
         self.put_static()
-        before = program_case.read(self.keyfile)
+        before = read(self.keyfile)
         program = self.run_debug()
         bad = ("192.168.1", "255.0.255.0", "", "dns")
         self.type_entries(program, *bad)
@@ -163,7 +162,7 @@ class EthernetPage(program_case.ProgramCase):
             "You entered invalid Ethernet Credentials",
             "Invalid IP Address, Subnet Mask, Gateway, DNS Server"])
         self.assertIn("modal", program.dialog().states)
-        self.assertEqual(program_case.read(self.keyfile), before)
+        self.assertEqual(read(self.keyfile), before)
 
         # The window behind does not react, not even where the dialog does not cover it.
         dialog_box = program.frame_of(program.dialog())[1]

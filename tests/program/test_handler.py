@@ -4,14 +4,13 @@
 import os
 import re
 import signal
-import sys
 
-sys.path.insert(0, os.path.join(os.path.dirname(__file__), "..", "support"))
-import program_case
-import transcripts as said
-from desktop import wait_until
-from isolation import SYSTEM_CONNECTIONS
-from recorder import NAME
+from tests.program import transcripts as said
+from tests.support import program_case
+from tests.support.desktop import wait_until
+from tests.support.files import read
+from tests.support.isolation import SYSTEM_CONNECTIONS
+from tests.support.recorder import NAME
 
 PRODUCTION_START = said.start(SYSTEM_CONNECTIONS, said.PRODUCTION)
 NOT_FOUND = f"Failed to execute {NAME}: No such file or directory\n"
@@ -44,7 +43,7 @@ class PermissionsHandler(program_case.ProgramCase):
             "-e", f"trace={calls}", "-e", "signal=none"])
         act(program)
         self.assertEqual(program.finish(), 0)
-        return program_case.read(log).decode()
+        return read(log).decode()
 
     def vectors(self, act, *arguments):
         """All its argument vectors of a run, with the name that it is given."""
@@ -139,7 +138,7 @@ class PermissionsHandler(program_case.ProgramCase):
         self.replace_handler(f"echo $$ >> {pids}\nexec sleep 1000 >/dev/null 2>&1\n")
 
         def end_all():
-            for pid in program_case.read(pids).split():
+            for pid in read(pids).split():
                 os.kill(int(pid), signal.SIGKILL)
 
         self.addCleanup(end_all)
@@ -148,7 +147,7 @@ class PermissionsHandler(program_case.ProgramCase):
         self.assertEqual(program.finish(), 0)
         self.assertEqual(program.output, PRODUCTION_START
                          + said.ethernet_mode_check("auto", "auto") + said.RECORD_WRITTEN)
-        wait_until(lambda: len(program_case.read(pids).split()) == 3, "three requests")
+        wait_until(lambda: len(read(pids).split()) == 3, "three requests")
 
     def test_inherits_what_the_program_was_given(self):
         # Not what the program sets for itself: an ignored SIGPIPE, private files.
@@ -158,7 +157,7 @@ class PermissionsHandler(program_case.ProgramCase):
                                  cwd=self.connections)
         program.button("Save And Exit")
         self.assertEqual(program.finish(), 0)
-        umask, ignored, folder = program_case.read(report).decode().splitlines()
+        umask, ignored, folder = read(report).decode().splitlines()
         self.assertEqual(int(umask, 8), 0o027)
         self.assertEqual(int(ignored.split()[1], 16) >> (signal.SIGPIPE - 1) & 1, 0)
         self.assertEqual(folder, os.path.realpath(self.connections))

@@ -2,11 +2,10 @@
 # SPDX-License-Identifier: MIT
 """Keyfiles and folders that nobody meant: the window opens all the same, without a warning."""
 import os
-import sys
 
-sys.path.insert(0, os.path.join(os.path.dirname(__file__), "..", "support"))
-import program_case
-import transcripts as said
+from tests.program import transcripts as said
+from tests.support import program_case
+from tests.support.files import read
 
 NO_ETHERNET_FILE = "No ethernet connection file found; defaulting mode to dynamic (auto).\n"
 UNREADABLE = ["setpriv", "--inh-caps=-dac_override,-dac_read_search",
@@ -90,13 +89,13 @@ class OddKeyfiles(program_case.ProgramCase):
     def test_read_only_file(self):
         path = self.path("ethernet.nmconnection")
         os.chmod(path, 0o400)
-        before = program_case.read(path)
+        before = read(path)
         program = self.run_debug(wrapper=UNREADABLE)
         program.button("Save And Exit")
         self.assert_ended(program, said.start(self.connections)
                           + said.ethernet_mode_check("auto", "auto") + said.RECORD_WRITTEN,
                           calls=[["finalize_ethernet", "ethernet"]])
-        self.assertEqual(program_case.read(path), before)
+        self.assertEqual(read(path), before)
 
     def test_link_to_a_keyfile(self):
         path = self.path("ethernet.nmconnection")
@@ -112,7 +111,7 @@ class OddKeyfiles(program_case.ProgramCase):
                 self.open_and_close(self.without_ethernet(), NO_ETHERNET_FILE)
 
     def test_carriage_returns_and_no_final_newline(self):
-        sample = program_case.read(self.path("ethernet.nmconnection"))
+        sample = read(self.path("ethernet.nmconnection"))
         for content in (sample.replace(b"\n", b"\r\n"), sample.rstrip(b"\n")):
             with self.subTest(content=content):
                 self.put("ethernet.nmconnection", content)

@@ -5,13 +5,12 @@ import os
 import re
 import shutil
 import signal
-import sys
 
-sys.path.insert(0, os.path.join(os.path.dirname(__file__), "..", "support"))
-import program_case
-import transcripts as said
-from desktop import wait_until
-from isolation import SYSTEM_CONNECTIONS
+from tests.program import transcripts as said
+from tests.support import program_case
+from tests.support.desktop import wait_until
+from tests.support.files import read
+from tests.support.isolation import SYSTEM_CONNECTIONS
 
 START = said.start(SYSTEM_CONNECTIONS, said.PRODUCTION)
 NO_FILES = said.start(SYSTEM_CONNECTIONS, said.PRODUCTION, "", "", said.dynamic_page(None))
@@ -156,7 +155,7 @@ class Startup(SystemConnectionsCase):
 
     def traced(self, text):
         """The time of the first call that has a text in it."""
-        for line in program_case.read(self.log).decode().splitlines():
+        for line in read(self.log).decode().splitlines():
             if text in line:
                 return float(line.split()[1])
         raise AssertionError(f"no {text} in the trace")

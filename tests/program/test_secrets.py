@@ -9,10 +9,9 @@ processes of the run, wherever they write.
 import os
 import re
 import stat
-import sys
 
-sys.path.insert(0, os.path.join(os.path.dirname(__file__), "..", "support"))
-import program_case
+from tests.support import program_case
+from tests.support.files import read
 
 OLD = "Qz7-Vx_9 Kw3 Jm5"
 NEW = "Hb2_Tn8-Yc6 Lp41"  # as long as the old one
@@ -188,7 +187,7 @@ def regular_files():
             path = os.path.join(folder, name)
             status = os.lstat(path)
             if stat.S_ISREG(status.st_mode):
-                yield path, status, program_case.read(path).decode("latin-1")
+                yield path, status, read(path).decode("latin-1")
 
 
 def paths(arguments):
@@ -249,7 +248,7 @@ class Secrets(program_case.ProgramCase):
 
     def check_trace(self, files):
         executed = []
-        for name, arguments, result in calls(program_case.read(self.log).decode("latin-1")):
+        for name, arguments, result in calls(read(self.log).decode("latin-1")):
             if name.startswith("exec"):
                 executed.append(arguments)
                 self.assertFalse(files.is_secret(arguments), arguments)
@@ -292,7 +291,7 @@ class Secrets(program_case.ProgramCase):
 
     def assert_saved(self, password, program, files):
         """The password is in the keyfile, and was seen on its way there."""
-        self.assertIn(f"\npsk={password}\n", program_case.read(self.keyfile).decode())
+        self.assertIn(f"\npsk={password}\n", read(self.keyfile).decode())
         self.assertGreater(files.writes, 0)
         self.assertEqual(stat.S_IMODE(os.stat(self.keyfile).st_mode), 0o600)
         self.assertFalse(files.is_secret(program.errors))
@@ -396,7 +395,7 @@ class Secrets(program_case.ProgramCase):
         other = os.path.join(self.folder, "other")
         os.link(left, other)
         self.assert_client_saved(LONGER, *self.watch(self.save_client(LONGER)))
-        self.assertEqual(program_case.read(other), b"left over")
+        self.assertEqual(read(other), b"left over")
 
     # Ethernet
 
@@ -415,10 +414,10 @@ class Secrets(program_case.ProgramCase):
 
         program, files = self.watch(act)
         self.assertFalse(files.is_secret(program.output + program.errors))
-        record = program_case.read(program_case.UPDATE_RECORD).decode()
+        record = read(program_case.UPDATE_RECORD).decode()
         self.assertRegex(record, "^([0-9A-F]{2} ){13}$")
         self.assertEqual(stat.S_IMODE(os.stat(program_case.UPDATE_RECORD).st_mode), 0o666)
-        return program_case.read(self.path("ethernet.nmconnection")).decode(), files
+        return read(self.path("ethernet.nmconnection")).decode(), files
 
     def test_static_address(self):
         keyfile, files = self.save_ethernet("manual")

@@ -2,12 +2,11 @@
 # SPDX-License-Identifier: MIT
 """Streams that fail and locales that do not fit: the program goes on and saves."""
 import os
-import sys
 
-sys.path.insert(0, os.path.join(os.path.dirname(__file__), "..", "support"))
-import program_case
-import transcripts as said
-from desktop import wait_until
+from tests.program import transcripts as said
+from tests.support import program_case
+from tests.support.desktop import wait_until
+from tests.support.files import read
 
 STATIC = """[connection]
 id=ethernet
@@ -40,7 +39,7 @@ class BrokenStreams(program_case.ProgramCase):
         self.assertEqual(program.finish(), 0)
         self.assertEqual(program.errors, errors)
         self.assert_keyfile(self.keyfile, STATIC.format(address="192.168.1.77"))
-        self.assertEqual(program_case.read(program_case.UPDATE_RECORD),
+        self.assertEqual(read(program_case.UPDATE_RECORD),
                          b"00 C0 A8 01 4D FF FF FF 00 C0 A8 01 01 ")
         wait_until(self.recorder.calls, "the request")
         self.assertEqual(self.recorder.calls(), [["finalize_ethernet", "ethernet"]])
@@ -141,7 +140,7 @@ class Locales(program_case.ProgramCase):
                           + said.wifi_mode_check("infrastructure", "infrastructure")
                           + "Wifi Device name: wlan0\n", calls=[["finalize_wifi", "ZOR"]])
         self.assertIn(f"\nssid={ODD_TEXT}\n".encode(),
-                      program_case.read(self.path("wlan0.nmconnection")))
+                      read(self.path("wlan0.nmconnection")))
 
 
 program_case.main()

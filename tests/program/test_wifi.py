@@ -2,11 +2,10 @@
 # SPDX-License-Identifier: MIT
 """Saving on the Wifi page with real key and pointer events, and its validation dialog."""
 import os
-import sys
 
-sys.path.insert(0, os.path.join(os.path.dirname(__file__), "..", "support"))
-import program_case
-import transcripts as said
+from tests.program import transcripts as said
+from tests.support import program_case
+from tests.support.files import SAMPLES, read
 
 PASSWORD_FIELD = "Password (must at least 8 characters and contain no special characters)"
 
@@ -93,7 +92,7 @@ class WifiPage(program_case.ProgramCase):
         self.assert_ended(program, self.start
                           + said.wifi_mode_check("infrastructure", "infrastructure") + DEVICE,
                           calls=[["finalize_wifi", "ZOR"]])
-        sample = program_case.read(os.path.join(program_case.SAMPLES, "wlan0.nmconnection"))
+        sample = read(os.path.join(SAMPLES, "wlan0.nmconnection"))
         self.assert_keyfile(self.keyfile, sample.decode().replace("Workshop", "Café 7")
                             .replace(SAMPLE_PASSWORD, "\"p\\\"a;ss\""))
 
@@ -153,7 +152,7 @@ class WifiPage(program_case.ProgramCase):
         self.assertEqual(program.channel(), "Auto")
         program.button("Save And Exit")
         self.assertEqual(program.finish(), 0)
-        self.assertIn("\nchannel=0\n", program_case.read(self.keyfile).decode())
+        self.assertIn("\nchannel=0\n", read(self.keyfile).decode())
 
     def test_disabled_removes_the_keyfile(self):
         program = self.run_on_wifi_page()
@@ -169,7 +168,7 @@ class WifiPage(program_case.ProgramCase):
 
     def test_dialog_names_every_bad_field_and_the_window_stays(self):
         self.put_access_point()
-        before = program_case.read(self.keyfile)
+        before = read(self.keyfile)
         program = self.run_on_wifi_page()
         program.fill("Password", "short")
         program.fill("IP Address", "10.42.0")
@@ -182,7 +181,7 @@ class WifiPage(program_case.ProgramCase):
         program.button("OK")
         self.assertIsNone(program.dialog())
         self.assertEqual(program.text("Password"), "short")
-        self.assertEqual(program_case.read(self.keyfile), before)
+        self.assertEqual(read(self.keyfile), before)
 
         program.fill("Password", "seven 77")
         program.button("Save And Exit")

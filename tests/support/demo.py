@@ -1,7 +1,6 @@
-#!/usr/bin/python3
 # SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 # SPDX-License-Identifier: MIT
-"""Shows the program at work on sample keyfiles: demo.py PROGRAM SAMPLES_DIR.
+"""Shows the program at work on sample keyfiles: PROGRAM SAMPLES_DIR.
 
 With a display the window opens there, for you to use. Without one the same is done on a private
 virtual display with real pointer and key events. Nothing on the machine is changed but
@@ -16,7 +15,7 @@ import subprocess
 import sys
 import tempfile
 
-from recorder import NAME, Recorder
+from tests.support.recorder import NAME, Recorder
 
 UPDATE_RECORD = "/tmp/ethernetUpdateSettings"
 ENTRIES = {"IP Address": "192.168.1.10", "Subnet Mask": "255.255.255.0",
@@ -77,8 +76,8 @@ def run_for_the_user(command, environment):
 
 def run_headless(command, environment, folder):
     """Uses the window on a private display as a person would."""
-    from desktop import Desktop
-    from program import Program
+    from tests.support.desktop import Desktop
+    from tests.support.program import Program
 
     pictures = []
 

@@ -79,5 +79,10 @@ def enter(*kept):
     except OSError as error:
         return str(error)
     os.environ[_MARK] = "entered"
+    start_again(*command)
+
+
+def start_again(*command):
+    """Starts the calling program once more, by a command."""
     sys.stdout.flush()
-    os.execvp(command[0], [*command, sys.executable, *sys.argv])
+    os.execvp(command[0], [*command, sys.executable, *sys.orig_argv[1:]])

@@ -12,7 +12,7 @@ import zlib
 
 from gi.repository import GLib
 
-from desktop import LIMIT, bound_to_us, wait_until
+from tests.support.desktop import LIMIT, bound_to_us, wait_until
 
 TITLE = "ZOR Network Manager"
 APPLICATION_ID = "org.gtkmm.example"

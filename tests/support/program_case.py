@@ -9,31 +9,26 @@ import sys
 import tempfile
 import unittest
 
-import isolation
-import tap
-from recorder import Recorder
+from tests.support import isolation, tap
+from tests.support.files import SAMPLES, SOURCES, read
+from tests.support.recorder import Recorder
 
 try:
-    import desktop
-    from program import Program
+    from tests.support import desktop
+    from tests.support.program import Program
     _MISSING = desktop.missing_tools()
 except (ImportError, ValueError) as error:
     _MISSING = str(error)
 
-TESTS = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
-SAMPLES = os.path.join(TESTS, "keyfiles", "samples")
 UPDATE_RECORD = "/tmp/ethernetUpdateSettings"
 
 
 def main():
-    """Runs the tests of the calling file: FILE PROGRAM [TEST...]."""
+    """Runs the tests of the calling file: PROGRAM [TEST...]."""
     program = os.path.realpath(sys.argv[1])
     reason = _MISSING and f"not installed: {_MISSING}"
-    reason = reason or isolation.enter(os.path.dirname(TESTS), os.path.dirname(program))
-    if reason and os.environ.get("CI"):
-        sys.exit(f"cannot run here: {reason}")
-    if reason:
-        tap.skip_all(reason)
+    reason = reason or isolation.enter(SOURCES, os.path.dirname(program))
+    tap.require_nothing(reason)
     del sys.argv[1]
     # A run in the background begins with some ignored, and would hand that on to the program.
     for number in (signal.SIGHUP, signal.SIGINT, signal.SIGQUIT):
@@ -111,9 +106,3 @@ class ProgramCase(unittest.TestCase):
         self.assertEqual(sorted(os.listdir(folder)), sorted(os.listdir(SAMPLES)))
         for name in os.listdir(SAMPLES):
             self.assertEqual(read(os.path.join(folder, name)), read(os.path.join(SAMPLES, name)))
-
-
-def read(path):
-    """The bytes of a file."""
-    with open(path, "rb") as file:
-        return file.read()

@@ -7,13 +7,9 @@ The caller is in a mount namespace of its own: the program works on its real pat
 import os
 import shutil
 import subprocess
-import sys
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 EXAMPLE = os.path.dirname(HERE)
-SOURCES = os.path.dirname(os.path.dirname(EXAMPLE))
-KEYFILES = os.path.join(SOURCES, "tests", "keyfiles", "expected")
-sys.path[:0] = [os.path.join(SOURCES, "tests", name) for name in ("support", "networkmanager")]
 
 HANDLER = "/usr/libexec/zor-network-permissions-handler"
 DESK = "/etc/NetworkManager/system-connections"
@@ -27,15 +23,6 @@ USER = 65534
 READERS = 12345  # the group that may read a locked desk
 
 
-def read(*path):
-    """The bytes of a file, or None."""
-    try:
-        with open(os.path.join(*path), "rb") as file:
-            return file.read()
-    except FileNotFoundError:
-        return None
-
-
 def write(content, *path, owner=0, mode=0o600):
     """Makes a file anew. Returns its path."""
     name = os.path.join(*path)
@@ -46,11 +33,6 @@ def write(content, *path, owner=0, mode=0o600):
     os.chown(name, owner, owner)
     os.chmod(name, mode)
     return name
-
-
-def keyfile(name):
-    """One of the files that the window writes."""
-    return read(KEYFILES, name + ".nmconnection")
 
 
 def _mount(*arguments):

@@ -1,0 +1,27 @@
+# SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
+# SPDX-License-Identifier: MIT
+"""The project's own files, for tests that look at them or start from them."""
+import os
+
+SOURCES = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
+KEYFILES = os.path.join(SOURCES, "tests", "keyfiles")
+SAMPLES = os.path.join(KEYFILES, "samples")
+
+
+def read(*path):
+    """The bytes of a file, or None if there is none."""
+    try:
+        with open(os.path.join(*path), "rb") as file:
+            return file.read()
+    except FileNotFoundError:
+        return None
+
+
+def source(*path):
+    """The text of a file of the project."""
+    return read(SOURCES, *path).decode()
+
+
+def expected(name):
+    """A keyfile that the program is to write."""
+    return read(KEYFILES, "expected", name + ".nmconnection")
