@@ -20,6 +20,8 @@
 
 namespace {
 
+constexpr const char* SYSTEM_DIRECTORY = "/etc/NetworkManager/system-connections";
+
 constexpr const char* PERMISSIONS_HANDLER = "zor-network-permissions-handler";
 
 void createDefaultFile(const std::string& path, std::string_view content, std::string_view type) {
@@ -40,7 +42,7 @@ NetworkManagerConfig& NetworkManagerConfig::getInstance() {
 
 void NetworkManagerConfig::initialize(int mode) {
   if (mode == PRODUCTION) {
-    networkManagerDirectoryPath = "/etc/NetworkManager/system-connections";
+    networkManagerDirectoryPath = SYSTEM_DIRECTORY;
   } else if (mode == DEBUG) {
     networkManagerDirectoryPath = getDebugDirectoryPath();
   }
@@ -129,7 +131,7 @@ void NetworkManagerConfig::createDefaultWifiFile() {
 std::string NetworkManagerConfig::readIniString(const std::string& section, const std::string& key,
                                                 const std::string& defaultValue,
                                                 const std::string& fileName) const {
-  std::array<char, 100> value{};
+  std::array<char, LONGEST_VALUE + 1> value{};
   ini_gets(section.c_str(), key.c_str(), defaultValue.c_str(), value.data(), value.size(),
            fileName.c_str());
   return value.data();

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,6 +22,9 @@ class NetworkManagerConfig {
 
   static constexpr int PRODUCTION = 0;
   static constexpr int DEBUG = 1;
+
+  /** Longer values of a keyfile are read up to this many bytes. */
+  static constexpr std::size_t LONGEST_VALUE = 99;
 
   /** Chooses the directory for the mode (any other mode keeps it) and looks for the keyfiles. */
   void initialize(int mode);
@@ -52,7 +56,7 @@ class NetworkManagerConfig {
   void createDefaultEthernetFile();
   void createDefaultWifiFile();
 
-  /** A value cut to 99 bytes, or the default, cut alike, where there is none. */
+  /** A value cut to LONGEST_VALUE, or the default, cut alike, where there is none. */
   std::string readIniString(const std::string& section, const std::string& key,
                             const std::string& defaultValue, const std::string& fileName) const;
 

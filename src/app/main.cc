@@ -18,6 +18,11 @@
 
 namespace {
 
+constexpr const char* APPLICATION_ID = "org.gtkmm.example";
+
+/** What the privileged program is given to act on "unlock": the request is not waited for. */
+constexpr std::chrono::milliseconds PAUSE_AFTER_UNLOCK{200};
+
 // Process-wide on purpose, and made before main().
 // NOLINTNEXTLINE(cert-err58-cpp,cppcoreguidelines-avoid-non-const-global-variables,readability-identifier-naming)
 NetworkManagerConfig* const config = &NetworkManagerConfig::getInstance();
@@ -32,7 +37,7 @@ void openStandardStreams() {
 }
 
 Glib::RefPtr<Gtk::Application> createApplication() {
-  return Gtk::Application::create("org.gtkmm.example");
+  return Gtk::Application::create(APPLICATION_ID);
 }
 
 int runInDebugMode(char** argv) {
@@ -60,8 +65,7 @@ int runInProductionMode(int argc, char** argv) {
   // The toolkit ends the process itself after --help, or when the display is not there. (When the
   // display goes away it does so too, but then nothing of ours is called any more.)
   (void)std::atexit(rollBack);
-  // The request is not waited for: this is the time it has to act.
-  std::this_thread::sleep_for(std::chrono::milliseconds(200));
+  std::this_thread::sleep_for(PAUSE_AFTER_UNLOCK);
   config->initialize(NetworkManagerConfig::PRODUCTION);
   const auto application = createApplication();
   // A session or service that is stopped closes the window like a person would.

@@ -32,9 +32,10 @@ std::string EthernetUpdateRecord::toText() const {
   constexpr std::string_view DIGITS = "0123456789ABCDEF";
   constexpr std::int32_t NIBBLE_BITS = 4;
   constexpr std::int32_t NIBBLE_MASK = 0xF;
+  constexpr char SEPARATOR = ' ';
   std::string text;
   const auto append = [&](std::int32_t field) {
-    text += {DIGITS[(field >> NIBBLE_BITS) & NIBBLE_MASK], DIGITS[field & NIBBLE_MASK], ' '};
+    text += {DIGITS[(field >> NIBBLE_BITS) & NIBBLE_MASK], DIGITS[field & NIBBLE_MASK], SEPARATOR};
   };
   append(mode);
   for (const Octets& octets : {address, subnetMask, gateway})
@@ -83,7 +84,7 @@ std::vector<KeyfileEntry> ethernetKeyfileEntries(std::string_view mode,
       {"connection", "type", "ethernet"},
       {"connection", "autoconnect-priority", "-999"},
       {"connection", "autoconnect", "true"},
-      {"connection", "interface-name", "eth0"},
+      {"connection", "interface-name", std::string(ETHERNET_INTERFACE)},
       {"ipv4", "method", std::string(mode)},
   };
   if (mode == ETHERNET_STATIC_MODE) {

@@ -15,6 +15,12 @@
 inline constexpr std::string_view ETHERNET_STATIC_MODE = "manual";
 inline constexpr std::string_view ETHERNET_DYNAMIC_MODE = "auto";
 
+/** The interface that is written; another one is shown where the keyfile names it. */
+inline constexpr std::string_view ETHERNET_INTERFACE = "eth0";
+
+/** Where the update record is left for the privileged program. */
+inline constexpr std::string_view ETHERNET_UPDATE_FILE = "/tmp/ethernetUpdateSettings";
+
 extern const DefaultKeyfile DEFAULT_ETHERNET_KEYFILE;
 
 /** The numeric form of the wired settings, for the privileged program. */

@@ -12,6 +12,8 @@
 
 namespace {
 
+constexpr std::chrono::milliseconds PAUSE_BEFORE_REWRITING{50};
+
 bool hasUnquotedKey(std::string_view line) {
   // Looked for anywhere in the line, so a password that holds one of them loses its quotes as well.
   constexpr std::array<std::string_view, 4> KEYS = {
@@ -41,6 +43,6 @@ std::string withoutQuotes(std::string_view content) {
 
 void removeKeyfileValueQuotes(const std::string& path) {
   const std::string content = readFile(path).value_or("");
-  std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  std::this_thread::sleep_for(PAUSE_BEFORE_REWRITING);
   overwriteFile(path, content, withoutQuotes(content));
 }

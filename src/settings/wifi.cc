@@ -8,6 +8,15 @@
 #include "base/trim.h"
 #include "settings/ipv4.h"
 
+namespace {
+
+constexpr std::size_t SHORTEST_PASSWORD = 8;
+// Spelled out: in some locales bytes above 127 are letters to isalnum().
+constexpr std::string_view PASSWORD_CHARACTERS =
+    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789 -_";
+
+}  // namespace
+
 // Unlike the one for Ethernet this has no empty lines.
 constexpr DefaultKeyfile DEFAULT_WIFI_KEYFILE = {
     "wlan0.nmconnection",
@@ -23,12 +32,8 @@ constexpr DefaultKeyfile DEFAULT_WIFI_KEYFILE = {
 };
 
 bool isValidWifiPassword(std::string_view password) {
-  constexpr std::size_t MIN_LENGTH = 8;
-  // Not isalnum(): in some locales bytes above 127 are letters to it.
-  constexpr std::string_view ALLOWED =
-      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789 -_";
-  return password.size() >= MIN_LENGTH &&
-         password.find_first_not_of(ALLOWED) == std::string_view::npos;
+  return password.size() >= SHORTEST_PASSWORD &&
+         password.find_first_not_of(PASSWORD_CHARACTERS) == std::string_view::npos;
 }
 
 std::string formatApAddress(std::string_view address, std::string_view mask) {

@@ -16,6 +16,9 @@ inline constexpr std::string_view WIFI_DISABLED_MODE = "disabled";
 /** The only band that an access point is given: 2.4 GHz. */
 inline constexpr std::string_view WIFI_BAND = "bg";
 
+/** The interface, unless the keyfile names another one. */
+inline constexpr std::string_view WIFI_INTERFACE = "wlan0";
+
 extern const DefaultKeyfile DEFAULT_WIFI_KEYFILE;
 
 /** What the keyfile of the wireless connection is made of. */

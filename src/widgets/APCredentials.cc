@@ -10,6 +10,15 @@
 namespace {
 
 constexpr guint AUTOMATIC = 0;
+constexpr guint HIGHEST_CHANNEL = 11;  // more are not offered, by design
+
+/** The position of a name is the channel. */
+std::vector<Glib::ustring> makeChannelNames() {
+  std::vector<Glib::ustring> names{"Auto"};
+  for (guint channel = 1; channel <= HIGHEST_CHANNEL; ++channel)
+    names.emplace_back(std::to_string(channel));
+  return names;
+}
 
 }  // namespace
 
@@ -18,7 +27,7 @@ APCredentials::APCredentials(NetworkManagerConfig& paths)
       ipAddressLabel("IP Address"),
       subnetMaskLabel("Subnet Mask"),
       channelLabel("Channel (2.4 GHz)"),
-      channelNames{"Auto", "1", "2", "3", "4", "5", "6", "7", "8", "9", "10", "11"},
+      channelNames(makeChannelNames()),
       config(paths) {
   set_visible(true);
   append(grid);

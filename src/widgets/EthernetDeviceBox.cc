@@ -2,11 +2,13 @@
 // SPDX-License-Identifier: MIT
 #include "widgets/EthernetDeviceBox.h"
 
+#include "settings/ethernet.h"
 #include "widgets/layout.h"
 
 EthernetDeviceBox::EthernetDeviceBox(NetworkManagerConfig& paths)
     : Gtk::Box(Gtk::Orientation::VERTICAL), config(paths), deviceLabel("Device") {
-  layOutDeviceBox(*this, grid, deviceLabel, deviceEntry,
-                  config.readIniString("connection", "interface-name", "eth0",
-                                       config.getEthernetConnectionPath()));
+  layOutDeviceBox(
+      *this, grid, deviceLabel, deviceEntry,
+      config.readIniString("connection", "interface-name", std::string(ETHERNET_INTERFACE),
+                           config.getEthernetConnectionPath()));
 }

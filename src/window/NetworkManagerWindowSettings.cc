@@ -93,7 +93,7 @@ void NetworkManagerWindow::writeEthernetSettingsToFile(const std::string& mode) 
 }
 
 void NetworkManagerWindow::writeEthernetUpdateFile() {
-  const std::string path = "/tmp/ethernetUpdateSettings";
+  const std::string path(ETHERNET_UPDATE_FILE);
   if (writeFile(path, ethernetUpdateRecord.toText(), Access::SHARED)) {
     logLine("File created at ", path);
   } else {

@@ -505,12 +505,12 @@ class Pages(unittest.TestCase):
                  re.findall(r"constexpr int (\w+(?:WIDTH|HEIGHT)) = (\d+);", window)}
         width = sizes.pop("WINDOW_WIDTH")
         self.assertIn(f"up to {width} by {max(sizes.values())} pixels", PROGRAM_PAGE)
-        (pause,) = re.findall(r"milliseconds\((\d+)\)", self.source["src/app/main.cc"])
+        (pause,) = re.findall(r"PAUSE_AFTER_UNLOCK\{(\d+)\}", self.source["src/app/main.cc"])
         for page in (PROGRAM_PAGE, HANDLER_PAGE):
             self.assertIn(f"{pause} milliseconds", page)
-        (value,) = re.findall(r"std::array<char, (\d+)> value",
-                              self.source["src/app/NetworkManagerConfig.cc"])
-        self.assertIn(f"up to {int(value) - 1} bytes", PROGRAM_PAGE)
+        (value,) = re.findall(r"LONGEST_VALUE = (\d+);",
+                              self.source["src/app/NetworkManagerConfig.h"])
+        self.assertIn(f"up to {value} bytes", PROGRAM_PAGE)
         (line,) = re.findall(r"define INI_BUFFERSIZE (\d+)", self.source["src/ini/ini.h"])
         self.assertIn(f"lines of a keyfile up to {int(line) - 1} bytes", PROGRAM_PAGE)
 
