@@ -3,17 +3,10 @@
 #include "keyfiles.h"
 
 #include <cstdlib>
-#include <deque>
 #include <fstream>
 #include <iostream>
 
 namespace {
-
-// The names in an entry are views: what they look at stays until the end.
-std::string_view keep(const std::string& text) {
-  static std::deque<std::string> kept;
-  return kept.emplace_back(text);
-}
 
 std::string sectionName(int number) { return "section-" + std::to_string(number); }
 
@@ -65,7 +58,7 @@ Keyfile generatedKeyfile(int lines) {
     if (place > 1) text += "key-" + std::to_string(place) + "=" + valueText(line);
     text += '\n';
   }
-  const std::string_view lastSection = keep(sectionName((lines - 1) / PERIOD));
+  const std::string lastSection = sectionName((lines - 1) / PERIOD);
   const KeyfileEntry last = {lastSection, "key-9", valueText(lines - 1)};
   return {lines, text, {"section-0", "key-2", valueText(2)}, last, {lastSection, "key-99", ""},
           last};

@@ -236,7 +236,7 @@ std::vector<std::unique_ptr<Work>> allWork(const std::string& folder) {
                               {"wlan0", ssid, password, "6", "192.168.4.1/24,192.168.4.1"});
   };
   const auto fixedAddress = [](const char* address, const char* dns) {
-    return ethernetKeyfileEntries(ETHERNET_STATIC_MODE, address, dns);
+    return ethernetKeyfileEntries(ETHERNET_STATIC_MODE, {address, dns});
   };
   all.push_back(std::make_unique<SaveWork>(
       "save Wi-Fi", folder,

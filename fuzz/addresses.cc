@@ -90,7 +90,8 @@ void checkForm(const std::string& address, const std::string& mask, const std::s
   EthernetUpdateRecord record;
   std::string stored;
   const std::string lines =
-      printed([&] { stored = formatEthernetAddress(address, mask, gateway, record); });
+      printed([&] { stored = formatEthernetAddress(address, mask, gateway); });
+  record.setOctets(address, mask, gateway);
   if (hasAddress && hasGateway && prefix >= 0) {
     REQUIRE(lines.empty());
     REQUIRE(stored == address + "/" + std::to_string(prefix) + "," + gateway);

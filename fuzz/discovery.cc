@@ -73,17 +73,15 @@ void save(const std::string& file, std::size_t mode) {
   const WifiSettings wifi = {
       readValue("connection", "interface-name", file), readValue("wifi", "ssid", file),
       readValue("wifi-security", "psk", file), readValue("wifi", "channel", file), stored};
-  const std::array entries = {ethernetKeyfileEntries(ETHERNET_STATIC_MODE, stored, dns),
-                              ethernetKeyfileEntries(ETHERNET_DYNAMIC_MODE, stored, dns),
+  const std::array entries = {ethernetKeyfileEntries(ETHERNET_STATIC_MODE, {stored, dns}),
+                              ethernetKeyfileEntries(ETHERNET_DYNAMIC_MODE, {stored, dns}),
                               wifiKeyfileEntries(WIFI_AP_MODE, wifi),
                               wifiKeyfileEntries(WIFI_CLIENT_MODE, wifi)};
   for (const KeyfileEntry& entry : entries.at(mode % entries.size())) {
-    const std::string section(entry.section);
-    const std::string key(entry.key);
-    REQUIRE(config.writeIniString(section, key, entry.value, file) == 1);
+    REQUIRE(config.writeIniString(entry.section, entry.key, entry.value, file) == 1);
     // Blanks around a value are lost, unless it is quoted.
     if (std::none_of(entry.value.begin(), entry.value.end(), isBlank))
-      REQUIRE(readValue(section, key, file) == entry.value);
+      REQUIRE(readValue(entry.section, entry.key, file) == entry.value);
   }
 }
 

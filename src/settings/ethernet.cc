@@ -22,6 +22,24 @@ constexpr DefaultKeyfile DEFAULT_ETHERNET_KEYFILE = {
     "\n[proxy]",
 };
 
+namespace {
+
+bool parseOctets(std::string_view text, EthernetUpdateRecord::Octets& octets) {
+  Ipv4Octets parsed{};
+  const bool valid = parseIpv4Octets(text, parsed);
+  std::copy(parsed.begin(), parsed.end(), octets.begin());
+  return valid;
+}
+
+}  // namespace
+
+void EthernetUpdateRecord::setOctets(std::string_view addressText, std::string_view maskText,
+                                     std::string_view gatewayText) {
+  if (!isValidSubnetMask(maskText) || !parseOctets(addressText, address) ||
+      !parseOctets(maskText, subnetMask) || !parseOctets(gatewayText, gateway))
+    clearOctets();
+}
+
 void EthernetUpdateRecord::clearOctets() {
   address = {};
   subnetMask = {};
@@ -51,33 +69,22 @@ std::string firstDnsServer(std::string_view dns) {
 }
 
 std::string formatEthernetAddress(std::string_view address, std::string_view mask,
-                                  std::string_view gateway, EthernetUpdateRecord& record) {
-  record.clearOctets();
+                                  std::string_view gateway) {
   const int prefix = subnetMaskToCidrPrefix(mask);
   if (prefix < 0) {
     logError("Unable to create ethernet address: invalid subnet mask");
     return {};
   }
-  Ipv4Octets addressOctets{};
-  Ipv4Octets maskOctets{};
-  Ipv4Octets gatewayOctets{};
-  if (!parseIpv4Octets(address, addressOctets) || !parseIpv4Octets(mask, maskOctets) ||
-      !parseIpv4Octets(gateway, gatewayOctets)) {
+  Ipv4Octets ignored{};
+  if (!parseIpv4Octets(address, ignored) || !parseIpv4Octets(gateway, ignored)) {
     logError("Unable to create ethernet address: invalid IP, subnet, or gateway format");
     return {};
   }
-  std::copy(addressOctets.begin(), addressOctets.end(), record.address.begin());
-  std::copy(maskOctets.begin(), maskOctets.end(), record.subnetMask.begin());
-  std::copy(gatewayOctets.begin(), gatewayOctets.end(), record.gateway.begin());
-
-  std::string stored(address);
-  stored.append("/").append(std::to_string(prefix)).append(",").append(gateway);
-  return stored;
+  return joinStoredAddress(address, prefix, gateway);
 }
 
 std::vector<KeyfileEntry> ethernetKeyfileEntries(std::string_view mode,
-                                                 const std::string& storedAddress,
-                                                 const std::string& dns) {
+                                                 const EthernetSettings& settings) {
   if (mode != ETHERNET_STATIC_MODE && mode != ETHERNET_DYNAMIC_MODE) return {};
   std::vector<KeyfileEntry> entries = {
       {"connection", "id", "ethernet"},
@@ -88,8 +95,8 @@ std::vector<KeyfileEntry> ethernetKeyfileEntries(std::string_view mode,
       {"ipv4", "method", std::string(mode)},
   };
   if (mode == ETHERNET_STATIC_MODE) {
-    entries.push_back({"ipv4", "address1", storedAddress});
-    entries.push_back({"ipv4", "dns", dns});
+    entries.push_back({"ipv4", "address1", settings.storedAddress});
+    entries.push_back({"ipv4", "dns", settings.dnsServer});
   }
   entries.push_back({"ipv6", "addr-gen-mode", "stable-privacy"});
   entries.push_back({"ipv6", "method", "auto"});

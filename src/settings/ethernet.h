@@ -34,6 +34,10 @@ struct EthernetUpdateRecord {
   Octets subnetMask{};
   Octets gateway{};
 
+  /** Takes the octets of three dotted texts; if one is bad, or the mask has gaps, all are 0. */
+  void setOctets(std::string_view addressText, std::string_view maskText,
+                 std::string_view gatewayText);
+
   /** Sets all octets to 0, which stands for "unset or invalid"; the mode stays. */
   void clearOctets();
 
@@ -45,17 +49,21 @@ struct EthernetUpdateRecord {
 std::string firstDnsServer(std::string_view dns);
 
 /**
- * Builds the stored form of a static address, "address/prefix,gateway", and the octets of the
- * record. The texts go in as they were entered. A bad one is reported on standard error; the result
- * is then empty and the octets are 0.
+ * Builds the stored form of a static address, "address/prefix,gateway". The texts go in as they
+ * were entered. A bad one is reported on standard error and gives empty text.
  */
 std::string formatEthernetAddress(std::string_view address, std::string_view mask,
-                                  std::string_view gateway, EthernetUpdateRecord& record);
+                                  std::string_view gateway);
+
+/** What varies in the keyfile of the wired connection. Both are for a static address only. */
+struct EthernetSettings {
+  std::string storedAddress;  // "address/prefix,gateway"
+  std::string dnsServer;
+};
 
 /**
  * The keyfile values of the wired connection, in the order in which they are written; none for an
  * unknown mode. The dynamic mode leaves address1 and dns of an earlier static one as they are.
  */
 std::vector<KeyfileEntry> ethernetKeyfileEntries(std::string_view mode,
-                                                 const std::string& storedAddress,
-                                                 const std::string& dns);
+                                                 const EthernetSettings& settings);

@@ -104,6 +104,14 @@ bool validateIpAddress(std::string_view address) {
   return valid;
 }
 
+std::string joinStoredAddress(std::string_view address, int prefix, std::string_view gateway) {
+  return std::string(address)
+      .append("/")
+      .append(std::to_string(prefix))
+      .append(",")
+      .append(gateway);
+}
+
 void splitEthernetAddress(std::string_view fullEthernetAddress, std::string& address,
                           std::string& mask, std::string& gateway) {
   address.clear();

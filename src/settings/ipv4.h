@@ -38,8 +38,11 @@ bool isValidSubnetMask(std::string_view mask);
 /** parseIpv4Octets() for its verdict alone, which is logged together with the text. */
 bool validateIpAddress(std::string_view address);
 
+/** The stored form of an address, "address/prefix,gateway". Checks nothing. */
+std::string joinStoredAddress(std::string_view address, int prefix, std::string_view gateway);
+
 /**
- * Splits the stored form of an address, "address/prefix,gateway", and turns the prefix into a mask.
+ * Splits the stored form of an address again, and turns the prefix into a mask.
  * Address and gateway are trimmed but not checked. On any failure all outputs are empty and a line
  * on standard error says why. No output may be the text that is split.
  */

@@ -13,8 +13,8 @@ struct DefaultKeyfile {
 
 /** One value of a connection keyfile. */
 struct KeyfileEntry {
-  std::string_view section;
-  std::string_view key;
+  std::string section;
+  std::string key;
   std::string value;
 };
 

@@ -43,9 +43,8 @@ std::string formatApAddress(std::string_view address, std::string_view mask) {
     logError("Unable to create AP address: invalid IP or subnet mask");
     return {};
   }
-  std::string stored(address);
-  stored.append("/").append(std::to_string(prefix)).append(",");
-  return stored.append(address.substr(0, address.rfind('.') + 1)).append("1");
+  const std::string network(address.substr(0, address.rfind('.') + 1));
+  return joinStoredAddress(address, prefix, network + "1");
 }
 
 std::vector<KeyfileEntry> wifiKeyfileEntries(std::string_view mode, const WifiSettings& settings) {

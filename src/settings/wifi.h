@@ -21,7 +21,7 @@ inline constexpr std::string_view WIFI_INTERFACE = "wlan0";
 
 extern const DefaultKeyfile DEFAULT_WIFI_KEYFILE;
 
-/** What the keyfile of the wireless connection is made of. */
+/** What varies in the keyfile of the wireless connection. */
 struct WifiSettings {
   std::string deviceName;
   std::string ssid;

@@ -76,20 +76,23 @@ void NetworkManagerWindow::createEthernetAddress() {
   ethernetIpAddress = entries.getIpAddress();
   ethernetGateway = entries.getDefaultGateway();
   storedEthernetAddress = formatEthernetAddress(ethernetIpAddress.raw(), ethernetSubnetMask.raw(),
-                                                ethernetGateway.raw(), ethernetUpdateRecord);
+                                                ethernetGateway.raw());
+  ethernetUpdateRecord.setOctets(ethernetIpAddress.raw(), ethernetSubnetMask.raw(),
+                                 ethernetGateway.raw());
 }
 
 void NetworkManagerWindow::writeEthernetSettingsToFile(const std::string& mode) {
-  std::string dns;
+  EthernetSettings settings;
   if (mode == ETHERNET_STATIC_MODE) {
-    dns = trim(ethernetGrid.getCredentialsBox().getDnsServer().raw());
+    settings.dnsServer = trim(ethernetGrid.getCredentialsBox().getDnsServer().raw());
     createEthernetAddress();
+    settings.storedAddress = storedEthernetAddress;
     ethernetUpdateRecord.mode = EthernetUpdateRecord::STATIC;
   } else if (mode == ETHERNET_DYNAMIC_MODE) {
     ethernetUpdateRecord.mode = EthernetUpdateRecord::DYNAMIC;
     ethernetUpdateRecord.clearOctets();
   }
-  writeKeyfile(ethernetPath, ethernetKeyfileEntries(mode, storedEthernetAddress, dns));
+  writeKeyfile(ethernetPath, ethernetKeyfileEntries(mode, settings));
 }
 
 void NetworkManagerWindow::writeEthernetUpdateFile() {
@@ -139,7 +142,7 @@ void NetworkManagerWindow::writeWifiSettingsToFile(const std::string& mode) {
 void NetworkManagerWindow::writeKeyfile(const std::string& path,
                                         const std::vector<KeyfileEntry>& entries) {
   for (const KeyfileEntry& entry : entries)
-    config->writeIniString(std::string(entry.section), std::string(entry.key), entry.value, path);
+    config->writeIniString(entry.section, entry.key, entry.value, path);
 }
 
 Glib::ustring NetworkManagerWindow::getWifiDeviceName() {

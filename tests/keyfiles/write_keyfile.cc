@@ -34,15 +34,14 @@ bool removeOnModeChange(const std::string& path, const char* section, const char
 
 void writeEntries(const std::string& path, const std::vector<KeyfileEntry>& entries) {
   for (const KeyfileEntry& entry : entries)
-    config().writeIniString(std::string(entry.section), std::string(entry.key), entry.value, path);
+    config().writeIniString(entry.section, entry.key, entry.value, path);
   removeKeyfileValueQuotes(path);
 }
 
-void saveEthernet(std::string_view mode, const std::string& storedAddress, const std::string& dns) {
+void saveEthernet(std::string_view mode, const EthernetSettings& settings) {
   if (removeOnModeChange(config().getEthernetConnectionPath(), "ipv4", "method", mode))
     config().createDefaultEthernetFile();
-  writeEntries(config().getEthernetConnectionPath(),
-               ethernetKeyfileEntries(mode, storedAddress, dns));
+  writeEntries(config().getEthernetConnectionPath(), ethernetKeyfileEntries(mode, settings));
 }
 
 void saveWifi(std::string_view mode, const WifiSettings& settings) {
@@ -52,9 +51,8 @@ void saveWifi(std::string_view mode, const WifiSettings& settings) {
 }
 
 void saveStatic(const Texts& texts) {
-  EthernetUpdateRecord unused;
-  const std::string stored = formatEthernetAddress(texts.at(0), texts.at(1), texts.at(2), unused);
-  saveEthernet(ETHERNET_STATIC_MODE, stored, std::string(trim(texts.at(3))));
+  saveEthernet(ETHERNET_STATIC_MODE, {formatEthernetAddress(texts.at(0), texts.at(1), texts.at(2)),
+                                      std::string(trim(texts.at(3)))});
 }
 
 void saveAccessPoint(const Texts& texts) {
@@ -74,7 +72,7 @@ int main(int argc, char** argv) {
       {"default-ethernet", [](const Texts&) { config().createDefaultEthernetFile(); }},
       {"default-wifi", [](const Texts&) { config().createDefaultWifiFile(); }},
       {"static", saveStatic},  // address, mask, gateway, DNS server
-      {"dynamic", [](const Texts&) { saveEthernet(ETHERNET_DYNAMIC_MODE, "", ""); }},
+      {"dynamic", [](const Texts&) { saveEthernet(ETHERNET_DYNAMIC_MODE, {}); }},
       {"access-point", saveAccessPoint},  // SSID, password, channel, address, mask
       {"client", saveClient},             // SSID, password
   };

@@ -28,8 +28,8 @@ std::vector<Entries> savesOf(const std::string& id, const std::string& password)
   wifi.channel = id;
   wifi.storedAddress = "10.42.0." + id + "/24,10.42.0.1";
   return {wifiKeyfileEntries(WIFI_AP_MODE, wifi), wifiKeyfileEntries(WIFI_CLIENT_MODE, wifi),
-          ethernetKeyfileEntries(ETHERNET_STATIC_MODE, wifi.storedAddress, "8.8.8." + id),
-          ethernetKeyfileEntries(ETHERNET_DYNAMIC_MODE, "", "")};
+          ethernetKeyfileEntries(ETHERNET_STATIC_MODE, {wifi.storedAddress, "8.8.8." + id}),
+          ethernetKeyfileEntries(ETHERNET_DYNAMIC_MODE, {})};
 }
 
 class SavesLoad : public testing::Test {
@@ -40,7 +40,7 @@ class SavesLoad : public testing::Test {
 
   void save(const Entries& entries) const {
     for (const auto& [section, key, value] : entries)
-      EXPECT_EQ(1, config.writeIniString(std::string(section), std::string(key), value, keyfile));
+      EXPECT_EQ(1, config.writeIniString(section, key, value, keyfile));
     removeKeyfileValueQuotes(keyfile);
     flushToDisk(keyfile);
   }

@@ -11,6 +11,6 @@
 inline std::vector<std::string> describe(const std::vector<KeyfileEntry>& entries) {
   std::vector<std::string> lines;
   for (const auto& [section, key, value] : entries)
-    lines.push_back(std::string(section) + " | " + std::string(key) + " | " + value);
+    lines.push_back(section + " | " + key + " | " + value);
   return lines;
 }

@@ -56,8 +56,8 @@ struct Stored {
 Stored store(const std::string& address, const std::string& mask, const std::string& gateway) {
   EthernetUpdateRecord record{1, {1, 2, 3, 4}, {5, 6, 7, 8}, {9, 10, 11, 12}};
   Stored stored;
-  stored.output =
-      capture([&] { stored.text = formatEthernetAddress(address, mask, gateway, record); });
+  stored.output = capture([&] { stored.text = formatEthernetAddress(address, mask, gateway); });
+  record.setOctets(address, mask, gateway);
   stored.record = record.toText();
   return stored;
 }
@@ -134,11 +134,11 @@ TEST(EthernetKeyfile, StaticEntriesInOrder) {
                 "ipv6 | addr-gen-mode | stable-privacy",
                 "ipv6 | method | auto",
             }),
-            describe(ethernetKeyfileEntries("manual", "192.168.1.10/24,192.168.1.1", "8.8.8.8")));
+            describe(ethernetKeyfileEntries("manual", {"192.168.1.10/24,192.168.1.1", "8.8.8.8"})));
 }
 
 TEST(EthernetKeyfile, StaticEntriesMayBeEmpty) {
-  const Lines lines = describe(ethernetKeyfileEntries("manual", "", ""));
+  const Lines lines = describe(ethernetKeyfileEntries("manual", {}));
   ASSERT_EQ(10U, lines.size());
   EXPECT_EQ("ipv4 | address1 | ", lines[6]);
   EXPECT_EQ("ipv4 | dns | ", lines[7]);
@@ -155,12 +155,12 @@ TEST(EthernetKeyfile, DynamicEntriesLeaveTheStaticOnesOut) {
                 "ipv6 | addr-gen-mode | stable-privacy",
                 "ipv6 | method | auto",
             }),
-            describe(ethernetKeyfileEntries("auto", "192.168.1.10/24,192.168.1.1", "8.8.8.8")));
+            describe(ethernetKeyfileEntries("auto", {"192.168.1.10/24,192.168.1.1", "8.8.8.8"})));
 }
 
 TEST(EthernetKeyfile, UnknownModesWriteNothing) {
   for (const char* mode : {"", "Manual", "AUTO", "auto ", "shared"})
-    EXPECT_TRUE(ethernetKeyfileEntries(mode, "a", "b").empty()) << mode;
+    EXPECT_TRUE(ethernetKeyfileEntries(mode, {"a", "b"}).empty()) << mode;
 }
 
 }  // namespace
