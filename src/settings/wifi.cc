@@ -8,15 +8,6 @@
 #include "base/trim.h"
 #include "settings/ipv4.h"
 
-namespace {
-
-constexpr std::size_t SHORTEST_PASSWORD = 8;
-// Spelled out: in some locales bytes above 127 are letters to isalnum().
-constexpr std::string_view PASSWORD_CHARACTERS =
-    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789 -_";
-
-}  // namespace
-
 // Unlike the one for Ethernet this has no empty lines.
 constexpr DefaultKeyfile DEFAULT_WIFI_KEYFILE = {
     "wlan0.nmconnection",
@@ -30,6 +21,55 @@ constexpr DefaultKeyfile DEFAULT_WIFI_KEYFILE = {
     "method=auto"
     "\n[proxy]",
 };
+
+namespace {
+
+constexpr std::size_t SHORTEST_PASSWORD = 8;
+// Spelled out: in some locales bytes above 127 are letters to isalnum().
+constexpr std::string_view PASSWORD_CHARACTERS =
+    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789 -_";
+
+std::vector<KeyfileEntry> accessPointEntries(const WifiSettings& settings) {
+  return {
+      {"connection", "id", "Hotspot"},
+      {"connection", "type", "wifi"},
+      {"connection", "autoconnect", "true"},
+      {"connection", "interface-name", settings.deviceName},
+      {"wifi", "mode", std::string(WIFI_AP_MODE)},
+      {"wifi", "ssid", settings.ssid},
+      {"wifi", "band", std::string(WIFI_BAND)},
+      {"wifi", "channel", settings.channel},
+      {"wifi-security", "group", "ccmp;"},
+      {"wifi-security", "key-mgmt", "wpa-psk"},
+      {"wifi-security", "pairwise", "ccmp;"},
+      {"wifi-security", "proto", "rsn;"},
+      {"wifi-security", "psk", settings.password},
+      {"ipv4", "method", "shared"},
+      {"ipv4", "address1", settings.storedAddress},
+      {"ipv6", "addr-gen-mode", "stable-privacy"},
+      {"ipv6", "method", "ignore"},
+  };
+}
+
+std::vector<KeyfileEntry> clientEntries(const WifiSettings& settings) {
+  return {
+      {"connection", "id", "ZOR"},
+      {"connection", "type", "wifi"},
+      {"connection", "autoconnect", "true"},
+      {"connection", "interface-name", settings.deviceName},
+      {"connection", "permissions", "user:zor:;"},
+      {"wifi", "mode", std::string(WIFI_CLIENT_MODE)},
+      {"wifi", "ssid", settings.ssid},
+      {"wifi-security", "auth-alg", "open"},
+      {"wifi-security", "key-mgmt", "wpa-psk"},
+      {"wifi-security", "psk", settings.password},
+      {"ipv4", "method", "auto"},
+      {"ipv6", "addr-gen-mode", "stable-privacy"},
+      {"ipv6", "method", "auto"},
+  };
+}
+
+}  // namespace
 
 bool isValidWifiPassword(std::string_view password) {
   return password.size() >= SHORTEST_PASSWORD &&
@@ -48,43 +88,7 @@ std::string formatApAddress(std::string_view address, std::string_view mask) {
 }
 
 std::vector<KeyfileEntry> wifiKeyfileEntries(std::string_view mode, const WifiSettings& settings) {
-  if (mode == WIFI_AP_MODE) {
-    return {
-        {"connection", "id", "Hotspot"},
-        {"connection", "type", "wifi"},
-        {"connection", "autoconnect", "true"},
-        {"connection", "interface-name", settings.deviceName},
-        {"wifi", "mode", std::string(mode)},
-        {"wifi", "ssid", settings.ssid},
-        {"wifi", "band", std::string(WIFI_BAND)},
-        {"wifi", "channel", settings.channel},
-        {"wifi-security", "group", "ccmp;"},
-        {"wifi-security", "key-mgmt", "wpa-psk"},
-        {"wifi-security", "pairwise", "ccmp;"},
-        {"wifi-security", "proto", "rsn;"},
-        {"wifi-security", "psk", settings.password},
-        {"ipv4", "method", "shared"},
-        {"ipv4", "address1", settings.storedAddress},
-        {"ipv6", "addr-gen-mode", "stable-privacy"},
-        {"ipv6", "method", "ignore"},
-    };
-  }
-  if (mode == WIFI_CLIENT_MODE) {
-    return {
-        {"connection", "id", "ZOR"},
-        {"connection", "type", "wifi"},
-        {"connection", "autoconnect", "true"},
-        {"connection", "interface-name", settings.deviceName},
-        {"connection", "permissions", "user:zor:;"},
-        {"wifi", "mode", std::string(mode)},
-        {"wifi", "ssid", settings.ssid},
-        {"wifi-security", "auth-alg", "open"},
-        {"wifi-security", "key-mgmt", "wpa-psk"},
-        {"wifi-security", "psk", settings.password},
-        {"ipv4", "method", "auto"},
-        {"ipv6", "addr-gen-mode", "stable-privacy"},
-        {"ipv6", "method", "auto"},
-    };
-  }
+  if (mode == WIFI_AP_MODE) return accessPointEntries(settings);
+  if (mode == WIFI_CLIENT_MODE) return clientEntries(settings);
   return {};
 }

@@ -480,16 +480,14 @@ class Pages(unittest.TestCase):
             self.assertRegex(HANDLER_PAGE, rf"\n\.It Cm {action}\b")
 
     def test_keys_that_are_written(self):
-        ethernet = self.source["src/settings/ethernet.cc"]
-        _, access_point, client = re.split(r"if \(mode == WIFI_(?:AP|CLIENT)_MODE\)",
+        _, access_point, client = re.split(r"(?:accessPoint|client)Entries\(const WifiSettings",
                                            self.source["src/settings/wifi.cc"])
-        constants = dict(re.findall(r'string_view (\w+) = "(.*)"',
-                                    self.source["src/settings/wifi.h"]))
-        for heading, code, mode in (("Wired", ethernet, None),
-                                    ("Access point", access_point, constants["WIFI_AP_MODE"]),
-                                    ("Client", client, constants["WIFI_CLIENT_MODE"])):
+        constants = {name: value for source in ("ethernet", "wifi") for name, value in
+                     re.findall(r'string_view (\w+) = "(.*)"',
+                                self.source[f"src/settings/{source}.h"])}
+        for heading, code in (("Wired", self.source["src/settings/ethernet.cc"]),
+                              ("Access point", access_point), ("Client", client)):
             with self.subTest(heading):
-                constants.update({"mode": mode} if mode else {})
                 table = re.search(rf"^\.Ss {heading}$(.*?)^\.El$", HANDLER_PAGE, re.M | re.S)[1]
                 listed = re.findall(r"^\.It ([\w-]+) Ta ([\w-]+) Ta (.*)", table, re.M)
                 written = re.findall(r'\{"([\w-]+)", "([\w-]+)", (.*?)\}', code)
