@@ -1,12 +1,36 @@
 // SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 // SPDX-License-Identifier: MIT
+#include <initializer_list>
+#include <string>
+#include <string_view>
+
 #include "base/print.h"
 #include "base/trim.h"
 #include "settings/ipv4.h"
-#include "settings/validation.h"
 #include "settings/wifi.h"
 #include "widgets/accessible.h"
 #include "window/NetworkManagerWindow.h"
+
+namespace {
+
+/** A field as the dialog names it, and the verdict on it. */
+struct CheckedField {
+  std::string_view label;
+  bool valid;
+};
+
+std::string describeInvalidFields(std::initializer_list<CheckedField> fields) {
+  std::string names;
+  for (const auto& [label, valid] : fields) {
+    if (valid) continue;
+    if (!names.empty()) names += ", ";
+    names += label;
+  }
+  // Nobody asks about fields that are all valid; the words are kept all the same.
+  return "Invalid " + (names.empty() ? "All fields are valid" : names);
+}
+
+}  // namespace
 
 bool NetworkManagerWindow::validateWifiValues() {
   wifiIpAddress = wifiGrid.getAPCredentials().getIpAddress();
