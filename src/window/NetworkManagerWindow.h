@@ -29,7 +29,7 @@ class NetworkManagerWindow : public Gtk::Window {
   NetworkManagerWindow& operator=(const NetworkManagerWindow&) = delete;
   ~NetworkManagerWindow() override;
 
-  // ---- Construction and view (NetworkManagerWindow.cc)
+  // ---- Construction (window.cc) and view (view.cc)
 
   void buildLayout();
   void connectSignals();
@@ -51,7 +51,7 @@ class NetworkManagerWindow : public Gtk::Window {
   /** Asks for a rollback, in debug mode too, and hides the window. Touches no file. */
   void closeWithoutSaving();
 
-  // ---- Keyfiles and entries (NetworkManagerWindowSettings.cc)
+  // ---- Keyfiles and entries (settings.cc)
 
   /** Takes mode and mode button from the keyfile; anything but "manual" counts as "auto". */
   void setSelectedEthernetMode();
@@ -86,13 +86,13 @@ class NetworkManagerWindow : public Gtk::Window {
   void resetWifiCredentials();
   void removeWifiSettingsFile();
 
-  // ---- Validation (NetworkManagerWindowValidation.cc)
+  // ---- Validation (validation.cc)
 
   /** Check the entries of a page. On false a dialog names the bad ones. */
   bool validateWifiValues();
   bool validateEthernetValues();
 
-  // ---- Save and exit (NetworkManagerWindowSave.cc)
+  // ---- Save and exit (save.cc)
 
   /** Saves the visible page, hides the window and has the privileged program apply the change. */
   void saveAndExit();

@@ -498,7 +498,7 @@ class Pages(unittest.TestCase):
                         self.assertEqual(value, constants.get(name, name.strip('"')), key)
 
     def test_numbers(self):
-        window = self.source["src/window/NetworkManagerWindow.cc"]
+        window = self.source["src/window/view.cc"]
         sizes = {name: int(value) for name, value in
                  re.findall(r"constexpr int (\w+(?:WIDTH|HEIGHT)) = (\d+);", window)}
         width = sizes.pop("WINDOW_WIDTH")

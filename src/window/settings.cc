@@ -1,5 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 // SPDX-License-Identifier: MIT
+#include "window/NetworkManagerWindow.h"
+
 #include <stdexcept>
 
 #include "base/print.h"
@@ -7,7 +9,6 @@
 #include "base/whole_file.h"
 #include "settings/ipv4.h"
 #include "settings/wifi.h"
-#include "window/NetworkManagerWindow.h"
 
 void NetworkManagerWindow::setSelectedEthernetMode() {
   EthernetIPModeBox& modeBox = ethernetGrid.getIPModeBox();

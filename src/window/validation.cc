@@ -1,5 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 // SPDX-License-Identifier: MIT
+#include "window/NetworkManagerWindow.h"
+
 #include <initializer_list>
 #include <string>
 #include <string_view>
@@ -9,7 +11,6 @@
 #include "settings/ipv4.h"
 #include "settings/wifi.h"
 #include "widgets/accessible.h"
-#include "window/NetworkManagerWindow.h"
 
 namespace {
 

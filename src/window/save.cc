@@ -1,10 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 // SPDX-License-Identifier: MIT
+#include "window/NetworkManagerWindow.h"
+
 #include "base/print.h"
 #include "base/whole_file.h"
 #include "settings/keyfile.h"
 #include "settings/wifi.h"
-#include "window/NetworkManagerWindow.h"
 
 void NetworkManagerWindow::saveAndExit() {
   // Hiding the window ends its life: what is needed afterwards is taken before.
@@ -61,4 +62,10 @@ bool NetworkManagerWindow::saveWifi() {
 
 std::string NetworkManagerWindow::readConnectionId(const std::string& path) const {
   return path.empty() ? std::string() : config->readIniString("connection", "id", "", path);
+}
+
+void NetworkManagerWindow::closeWithoutSaving() {
+  config->runPermissionsHandler("rollback", "");
+  logLine("Closing program without saving");
+  hide();
 }
