@@ -8,32 +8,14 @@ import sys
 import tempfile
 
 from tests.support.desktop import Desktop
+from tests.support.files import expected
 from tests.support.program import Program
 from tests.support.recorder import Recorder
 
-ETHERNET = """[connection]
-id=ethernet
-type=ethernet
-interface-name=eth0
-[ipv4]
-method=manual
-address1=192.168.1.10/24,192.168.1.1
-dns=8.8.8.8
-"""
-WIFI = """[connection]
-id=Hotspot
-type=wifi
-interface-name=wlan0
-[wifi]
-mode=ap
-ssid=Workshop
-band=bg
-channel=6
-[wifi-security]
-psk=correct horse 42
-[ipv4]
-address1=10.42.0.1/24,10.42.0.1
-"""
+KEYFILES = {
+    "ethernet": expected("ethernet-static", dns="8.8.8.8"),
+    "wlan0": expected("access-point", ssid="Workshop", psk="correct horse 42",
+                      address1="10.42.0.1/24,10.42.0.1")}
 
 
 def every_state(program, picture):
@@ -94,8 +76,8 @@ def take_run(program_path, target, prefix, states, screen, scale, environment):
     taken = []
     with tempfile.TemporaryDirectory(prefix="zor-gallery-") as folder:
         recorder = Recorder(folder)
-        for name, content in (("ethernet", ETHERNET), ("wlan0", WIFI)):
-            with open(os.path.join(folder, name + ".nmconnection"), "w", encoding="utf-8") as file:
+        for name, content in KEYFILES.items():
+            with open(os.path.join(folder, name + ".nmconnection"), "wb") as file:
                 file.write(content)
         environment = {"PATH": recorder.bin + ":" + os.environ["PATH"],
                        "ZOR_NETWORKMANAGER_DEBUG_PATH": folder, **environment}

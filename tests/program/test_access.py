@@ -5,31 +5,11 @@ import re
 
 from tests.support import program_case
 from tests.support.desktop import Desktop, wait_until
-from tests.support.files import read
+from tests.support.files import expected
 
-STATIC = """[connection]
-id=ethernet
-type=ethernet
-interface-name=eth0
-[ipv4]
-method=manual
-address1=192.168.1.10/24,192.168.1.1
-dns=8.8.8.8
-"""
-ACCESS_POINT = """[connection]
-id=Hotspot
-type=wifi
-interface-name=wlan0
-[wifi]
-mode=ap
-ssid=ZOR
-band=bg
-channel=6
-[wifi-security]
-psk=secret 88
-[ipv4]
-address1=10.42.0.1/24,10.42.0.1
-"""
+STATIC = expected("ethernet-static", dns="8.8.8.8")
+ACCESS_POINT = expected("access-point", ssid="ZOR", psk="secret 88",
+                        address1="10.42.0.1/24,10.42.0.1")
 # In the order in which Tab goes round. A group of buttons is one stop, at the chosen one.
 BUTTONS = [("button", "Save And Exit"), ("button", "Exit Without Saving")]
 ETHERNET_ENTRIES = [("text box", name) for name in ("IP Address", "Subnet Mask", "Default Gateway",
@@ -232,10 +212,8 @@ class Keyboard(AccessCase):
             program.focus_and_type(name, text)
         program.focus_and_press("button", "Save And Exit", "Return")
         self.assertEqual(program.finish(), 0)
-        saved = read(self.path("ethernet.nmconnection")).decode()
-        self.assertIn("\nmethod=manual\n", saved)
-        self.assertIn("\naddress1=10.20.30.40/20,10.20.16.1\n", saved)
-        self.assertIn("\ndns=10.20.16.53\n", saved)
+        self.assert_keyfile(self.path("ethernet.nmconnection"), expected(
+            "ethernet-static", address1="10.20.30.40/20,10.20.16.1", dns="10.20.16.53"))
         self.assertEqual(self.recorder.calls(), [["finalize_ethernet", "ethernet"]])
 
     def test_access_point(self):
@@ -257,10 +235,8 @@ class Keyboard(AccessCase):
         wait_until(lambda: program.focused() == ("button", CHANNEL), "the list to close")
         program.focus_and_press("button", "Save And Exit", "space")
         self.assertEqual(program.finish(), 0)
-        saved = read(self.path("wlan0.nmconnection")).decode()
-        for line in ("ssid=Halvorik AP", "mode=ap", "channel=7", "psk=new_pass-1",
-                     "address1=192.168.4.20/24,192.168.4.1"):
-            self.assertIn(f"\n{line}\n", saved)
+        self.assert_keyfile(self.path("wlan0.nmconnection"),
+                            expected("access-point", psk="new_pass-1", channel=7))
         self.assertEqual(self.recorder.calls(), [["finalize_wifi", "Hotspot"]])
 
     def test_list_of_channels_on_a_small_panel(self):
@@ -285,8 +261,8 @@ class Keyboard(AccessCase):
         program.focus_and_type("SSID", "Café 7")
         program.focus_and_press("button", "Save And Exit", "Return")
         self.assertEqual(program.finish(), 0)
-        saved = read(self.path("wlan0.nmconnection")).decode()
-        self.assertIn("\nssid=Café 7\n", saved)
+        self.assert_keyfile(self.path("wlan0.nmconnection"),
+                            expected("client", ssid="Café 7", psk="secret 88"))
         self.assertEqual(self.recorder.calls(), [["finalize_wifi", "ZOR"]])
 
     def test_dialog_is_answered_and_the_focus_comes_back(self):
@@ -303,8 +279,7 @@ class Keyboard(AccessCase):
                 program.focus_and_press("button", "Exit Without Saving", "Return")
                 self.assertEqual(program.finish(), 0)
                 program.__exit__()
-                self.assertEqual(read(self.path("ethernet.nmconnection")).decode(),
-                                 STATIC)
+                self.assert_keyfile(self.path("ethernet.nmconnection"), STATIC)
 
 
 program_case.main()

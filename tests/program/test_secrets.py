@@ -11,68 +11,16 @@ import re
 import stat
 
 from tests.support import program_case
-from tests.support.files import read
+from tests.support.files import expected, read
 
 OLD = "Qz7-Vx_9 Kw3 Jm5"
 NEW = "Hb2_Tn8-Yc6 Lp41"  # as long as the old one
 LONGER = NEW + " Rd0_Gs-9"
 ADDRESS = ("10.42.0.1", "255.255.255.0")
 # Only the line of the password differs from what a save writes, so that it is patched in place.
-CLIENT = """[connection]
-id=ZOR
-type=wifi
-interface-name=wlan0
-autoconnect=true
-permissions="user:zor:;"
-
-[wifi]
-ssid=Workshop
-mode=infrastructure
-
-[wifi-security]
-auth-alg=open
-key-mgmt=wpa-psk
-psk={password}
-
-[ipv4]
-method=auto
-
-[ipv6]
-addr-gen-mode=stable-privacy
-method=auto
-"""
-ACCESS_POINT = """[connection]
-id=Hotspot
-type=wifi
-interface-name=wlan0
-
-[wifi]
-ssid=Workshop
-mode=ap
-band=bg
-channel=6
-
-[wifi-security]
-key-mgmt=wpa-psk
-psk={password}
-
-[ipv4]
-method=shared
-address1=10.42.0.1/24,10.42.0.1
-"""
+CLIENT = expected("client", psk=OLD, permissions='"user:zor:;"')
 # A wired connection has secrets too, which a save must keep.
-ETHERNET = """[connection]
-id=ethernet
-type=ethernet
-
-[802-1x]
-eap=peap;
-password={password}
-
-[ipv4]
-method={method}
-address1=192.168.1.10/24,192.168.1.1
-"""
+WIRED_SECRET = f"[802-1x]\neap=peap;\npassword={OLD}\n".encode()
 
 TRACED = """open openat openat2 creat write writev pwrite64 pwritev pwritev2 truncate ftruncate
 chmod fchmod fchmodat fchmodat2 rename renameat renameat2 link linkat unlink unlinkat umask
@@ -227,11 +175,11 @@ class Secrets(program_case.ProgramCase):
         self.addCleanup(os.remove, self.log)
 
     def put_client(self, mode=0o600):
-        self.put("wlan0.nmconnection", CLIENT.format(password=OLD))
+        self.put("wlan0.nmconnection", CLIENT)
         os.chmod(self.keyfile, mode)
 
     def put_access_point(self):
-        self.put("wlan0.nmconnection", ACCESS_POINT.format(password=OLD))
+        self.put("wlan0.nmconnection", expected("access-point", psk=OLD))
 
     def watch(self, act, passwords=(NEW, OLD), umask="000"):
         """Runs the program and checks every moment of it. Returns the run and its files."""
@@ -401,7 +349,9 @@ class Secrets(program_case.ProgramCase):
 
     def save_ethernet(self, stored, label=None):
         """Saves, in another mode if a label is given; returns the keyfile and the files."""
-        self.put("ethernet.nmconnection", ETHERNET.format(password=OLD, method=stored))
+        # What is missing is added, so that the file is written again.
+        self.put("ethernet.nmconnection",
+                 expected(stored).replace(b"autoconnect=true\n", b"") + WIRED_SECRET)
 
         def act(program):
             if label:
@@ -420,21 +370,21 @@ class Secrets(program_case.ProgramCase):
         return read(self.path("ethernet.nmconnection")).decode(), files
 
     def test_static_address(self):
-        keyfile, files = self.save_ethernet("manual")
+        keyfile, files = self.save_ethernet("ethernet-static")
         self.assertIn(f"\npassword={OLD}\n", keyfile)
         self.assertGreater(files.writes, 0)
 
     def test_dynamic_address(self):
-        keyfile, files = self.save_ethernet("auto")
+        keyfile, files = self.save_ethernet("ethernet-dynamic")
         self.assertIn(f"\npassword={OLD}\n", keyfile)
         self.assertGreater(files.writes, 0)
 
     def test_static_address_in_place_of_a_dynamic_one(self):
-        keyfile, _ = self.save_ethernet("auto", "Static IP")
+        keyfile, _ = self.save_ethernet("ethernet-dynamic", "Static IP")
         self.assertNotIn(OLD, keyfile)
 
     def test_dynamic_address_in_place_of_a_static_one(self):
-        keyfile, _ = self.save_ethernet("manual", "Dynamic IP")
+        keyfile, _ = self.save_ethernet("ethernet-static", "Dynamic IP")
         self.assertNotIn(OLD, keyfile)
 
 

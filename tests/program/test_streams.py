@@ -6,30 +6,21 @@ import os
 from tests.program import transcripts as said
 from tests.support import program_case
 from tests.support.desktop import wait_until
-from tests.support.files import read
+from tests.support.files import expected, read
 
-STATIC = """[connection]
-id=ethernet
-type=ethernet
-autoconnect-priority=-999
-autoconnect=true
-interface-name=eth0
-[ipv4]
-method=manual
-address1={address}/24,192.168.1.1
-dns=
-[ipv6]
-addr-gen-mode=stable-privacy
-method=auto
-"""
 ODD_TEXT = "naïve €ß→😀"
+
+
+def static(address):
+    """The keyfile of a static address."""
+    return expected("ethernet-static", address1=address + "/24,192.168.1.1", dns="")
 
 
 class BrokenStreams(program_case.ProgramCase):
 
     def setUp(self):
         super().setUp()
-        self.keyfile = self.put("ethernet.nmconnection", STATIC.format(address="192.168.1.10"))
+        self.keyfile = self.put("ethernet.nmconnection", static("192.168.1.10"))
 
     def save(self, program):
         program.fill("IP Address", "192.168.1.77")
@@ -38,7 +29,7 @@ class BrokenStreams(program_case.ProgramCase):
     def assert_saved(self, program, errors=""):
         self.assertEqual(program.finish(), 0)
         self.assertEqual(program.errors, errors)
-        self.assert_keyfile(self.keyfile, STATIC.format(address="192.168.1.77"))
+        self.assert_keyfile(self.keyfile, static("192.168.1.77"))
         self.assertEqual(read(program_case.UPDATE_RECORD),
                          b"00 C0 A8 01 4D FF FF FF 00 C0 A8 01 01 ")
         wait_until(self.recorder.calls, "the request")
@@ -98,7 +89,7 @@ class Locales(program_case.ProgramCase):
 
     def assert_bytes_pass(self, environment):
         """Any text that is typed is printed byte for byte, checked and refused."""
-        self.put("ethernet.nmconnection", STATIC.format(address="192.168.1.10"))
+        self.put("ethernet.nmconnection", static("192.168.1.10"))
         program = self.run_debug(environment=environment)
         program.fill("IP Address", ODD_TEXT)
         program.button("Save And Exit")

@@ -2,6 +2,7 @@
 # SPDX-License-Identifier: MIT
 """The project's own files, for tests that look at them or start from them."""
 import os
+import re
 
 SOURCES = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 KEYFILES = os.path.join(SOURCES, "tests", "keyfiles")
@@ -22,6 +23,10 @@ def source(*path):
     return read(SOURCES, *path).decode()
 
 
-def expected(name):
-    """A keyfile that the program is to write."""
-    return read(KEYFILES, "expected", name + ".nmconnection")
+def expected(name, **values):
+    """A keyfile as the program writes it; values: by their keys, in place of those in the file."""
+    content = read(KEYFILES, "expected", name + ".nmconnection")
+    for key, value in values.items():
+        content, count = re.subn(rf"(?m)^{key}=.*$".encode(), f"{key}={value}".encode(), content)
+        assert count == 1, f"{count} times {key} in {name}"
+    return content

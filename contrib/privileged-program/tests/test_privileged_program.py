@@ -247,13 +247,12 @@ class Requests(Device):
         self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
 
     def test_all_that_the_window_writes_is_taken(self):
-        for kind in ("ethernet-default", "ethernet-dynamic-address-left", "ethernet-static-no-dns"):
+        for kind in ("ethernet-default", "ethernet-dynamic-address-left", "ethernet-static"):
             self.request("unlock")
             self.put_on_desk(expected(kind), ETHERNET)
             self.ask("finalize_ethernet", "x")
             self.assert_installed(expected(kind), CLIENT)
-        for kind in ("access-point", "access-point-again", "client", "client-again",
-                     "wifi-default"):
+        for kind in ("access-point", "client", "wifi-default"):
             self.request("unlock")
             self.put_on_desk(expected(kind), WIFI)
             self.request("finalize_wifi", "x")
