@@ -29,7 +29,7 @@ from tests.faults.saves import SCENARIOS
 from tests.ini import model
 from tests.support import isolation, tap
 from tests.support.files import SOURCES, read
-from tests.support.recorder import NAME as HANDLER
+from tests.support.recorder import NAME, Recorder
 
 RECORD = "/tmp/ethernetUpdateSettings"
 LIMIT = 30 * float(os.environ.get("MESON_TEST_TIMEOUT_MULTIPLIER", "1"))
@@ -64,14 +64,10 @@ class Runner:
         self.connections = self.path("connections")
         self.keyfile = os.path.join(self.connections, scenario.name)
         self.temporary = self.keyfile[:-1] + "~"
-        self.handler = self.path("bin", HANDLER)
+        self.recorder = Recorder(self.folder)
         os.mkdir(self.connections)
-        os.mkdir(self.path("bin"))
-        with open(self.handler, "w", encoding="utf-8") as file:
-            file.write(f"#!/bin/sh\necho \"$*\" >> {self.path('requests')}\n")
-        os.chmod(self.handler, 0o755)
         self.environment = {
-            **os.environ, "PATH": self.path("bin") + ":" + os.environ["PATH"],
+            **os.environ, "PATH": self.recorder.bin + ":" + os.environ["PATH"],
             "ZOR_NETWORKMANAGER_DEBUG_PATH": self.connections,
             # The tracer allows no leak check, and the runtime does not come first.
             "ASAN_OPTIONS": os.environ.get("ASAN_OPTIONS", "")
@@ -84,9 +80,10 @@ class Runner:
     def prepare(self):
         """Makes everything as it is before a save."""
         names = [os.path.join(self.connections, name) for name in os.listdir(self.connections)]
-        for path in (*names, self.path("requests"), RECORD):
+        for path in (*names, RECORD):
             if os.path.exists(path):
                 os.remove(path)
+        self.recorder.forget()
         with open(self.keyfile, "wb") as file:
             file.write(self.scenario.old)
         os.chmod(self.keyfile, 0o600)
@@ -94,7 +91,7 @@ class Runner:
     def run(self, injection=None, short_write=None, strings=0):
         """Saves once. Returns the status and the trace from the start of the save on."""
         paths = [self.keyfile, self.temporary, self.connections, RECORD, self.path("out"),
-                 self.handler]
+                 self.recorder.path]
         calls = FILE_CALLS
         if injection and injection.startswith("inject=clone"):
             paths, calls = [], "access,clone"  # which names no file
@@ -182,13 +179,13 @@ def judge_flow(runner, status, forked=True, identity=None):
     allowed = {*runner.expected_errors, "Error: Unable to create the file.",
                f"Failed to create new Wi-Fi connection file at: {runner.keyfile}"}
     problems = [line for line in errors_in(runner) if line not in allowed]
-    executed = not (problems and problems[-1].startswith(f"Failed to execute {HANDLER}: "))
+    executed = not (problems and problems[-1].startswith(f"Failed to execute {NAME}: "))
     if not executed:
         problems.pop()
     if status != 0:
         problems.append(f"ended with {status}")
-    request = f"finalize_{scenario.kind} {identity.decode()}".strip()
-    requests = (read(runner.path("requests")) or b"").decode().splitlines()
+    request = [f"finalize_{scenario.kind}", *([identity.decode()] if identity else [])]
+    requests = runner.recorder.calls()
     if requests != ([request] if executed and forked else []):
         problems.append(f"requests: {requests}")
     return problems

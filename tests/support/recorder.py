@@ -1,18 +1,15 @@
 # SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 # SPDX-License-Identifier: MIT
 """A stand-in for the privileged program that only writes down what it was called with."""
-import json
 import os
+
+from tests.support.files import read
 
 NAME = "zor-network-permissions-handler"
 
-# One file per call, complete as soon as it has its name, and the names sort in the order of calls.
-_SCRIPT = """#!/usr/bin/python3 -ISs
-import json, os, sys, time
-name = f"{folder}/{{time.monotonic_ns():020d}}-{{os.getpid()}}"
-with open(name + ".part", "w") as file:
-    json.dump(sys.argv[1:], file)
-os.rename(name + ".part", name + ".json")
+# Each call with one write, so that no two of them get mixed up.
+_SCRIPT = """#!/bin/sh
+printf '%s\\0' $# "$@" >>'{record}'
 """
 
 
@@ -21,19 +18,28 @@ class Recorder:
 
     def __init__(self, folder):
         self.bin = os.path.join(folder, "bin")
-        self._records = os.path.join(folder, "calls")
+        self._record = os.path.join(folder, "calls")
         os.makedirs(self.bin)
-        os.makedirs(self._records)
         self.path = os.path.join(self.bin, NAME)
+        self.replace(_SCRIPT.format(record=self._record))
+
+    def replace(self, script):
+        """Puts another script in its place."""
         with open(self.path, "w", encoding="utf-8") as file:
-            file.write(_SCRIPT.format(folder=self._records))
+            file.write(script)
         os.chmod(self.path, 0o755)
 
     def calls(self):
-        """The arguments of every call so far, without the program's name."""
+        """The arguments of every call so far, in their order, without the program's name."""
+        words = (read(self._record) or b"").decode().split("\0")
         calls = []
-        for name in sorted(os.listdir(self._records)):
-            if name.endswith(".json"):
-                with open(os.path.join(self._records, name), encoding="utf-8") as file:
-                    calls.append(json.load(file))
+        while len(words) > 1:
+            end = 1 + int(words[0])
+            calls.append(words[1:end])
+            words = words[end:]
         return calls
+
+    def forget(self):
+        """Forgets all calls so far."""
+        if os.path.exists(self._record):
+            os.remove(self._record)
