@@ -12,7 +12,7 @@ import unittest
 from tests.program import transcripts as said
 from tests.support import program_case
 from tests.support.desktop import bound_to_us, wait_until
-from tests.support.files import SOURCES, read, source
+from tests.support.files import SOURCES, expected, read, source
 from tests.support.isolation import SYSTEM_CONNECTIONS
 from tests.support.program_case import UPDATE_RECORD
 
@@ -23,16 +23,6 @@ WINDOW_IS_BUILT = "no manual settings to populate.\n"
 LONGER_PAUSE = {"wrapper": ["strace", "-qq", "-o", "/dev/null", "-e", "trace=clock_nanosleep",
                             "-e", "inject=clock_nanosleep:delay_enter=2000000"],
                 "environment": {"ASAN_OPTIONS": "detect_leaks=0"}}
-# A report is complete as soon as it has its name. For a redirection of its own the shell opens more,
-# which must not be seen.
-REPORTER = """#!/bin/sh
-report={folder}/$1
-mkdir "$report.part"
-(exec ls -l /proc/$$/fd > "$report.part/descriptors")
-cp /proc/$$/environ /proc/$$/limits /proc/$$/stat /proc/$$/status "$report.part"
-mv "$report.part" "$report"
-"""
-
 
 PROGRAM_PAGE = source("data", "man", "zor-network-manager.1")
 HANDLER_PAGE = source("data", "man", "zor-network-permissions-handler.8")
@@ -40,126 +30,26 @@ HANDLER_PAGE = source("data", "man", "zor-network-permissions-handler.8")
 
 class ManualCase(program_case.ProgramCase):
 
-    def setUp(self):
-        super().setUp()
-        self.reports = os.path.join(self.folder, "reports")
-        os.mkdir(self.reports)
-
     def replace_handler(self, script):
         """Puts a shell script in the recorder's place."""
-        with open(self.recorder.path, "w", encoding="utf-8") as file:
-            file.write(script.format(folder=self.reports))
+        self.recorder.replace(script.format(folder=self.folder))
 
     def mark(self, name):
         """The path of a file by which the scripts and the test tell each other something."""
-        return os.path.join(self.reports, name)
+        return os.path.join(self.folder, name)
 
-    def run_production(self, **options):
+    def run_production(self, *arguments, **options):
         """Starts the program on the samples, in the system's folder."""
         self.use_samples(SYSTEM_CONNECTIONS)
-        return self.run_program(**options)
+        return self.run_program(*arguments, **options)
 
     def assert_requests(self, *calls):
         # Streams are shared with the requests: they have ended when the program's are closed.
         self.assertCountEqual(self.recorder.calls(), list(calls))
 
 
-class Inherited(ManualCase):
-    """HOW IT IS CALLED: what a request is given."""
-
-    def reports_of_a_run(self, shell, **options):
-        """Runs production mode, prepared by shell commands; returns its pid and all reports."""
-        self.replace_handler(REPORTER)
-        program = self.run_production(wrapper=["sh", "-c", shell + '"$@"', "sh"], **options)
-        program.look()
-        environment = read(f"/proc/{program.process.pid}/environ")
-        program.button("Save And Exit")
-        self.assertEqual(program.finish(), 0)
-        actions = ("unlock", "finalize_ethernet", "rollback")
-        wait_until(lambda: sorted(os.listdir(self.reports)) == sorted(actions), "three reports")
-        return program.process.pid, environment, [
-            {name: read(os.path.join(self.reports, action, name)).decode()
-             for name in ("environ", "status", "stat", "limits", "descriptors")}
-            for action in actions]
-
-    def test_environment_but_for_the_startup_id(self):
-        odd = {"PATH": self.recorder.bin + ":/usr/bin:/bin:relative", "IFS": ".",
-               "ODD": "two\nlines", "DESKTOP_STARTUP_ID": "id"}
-        _, given, reports = self.reports_of_a_run("exec ", environment=odd)
-        expected = sorted(given.decode().split("\0"))
-        self.assertIn("ODD=two\nlines", expected)
-        expected.remove("DESKTOP_STARTUP_ID=id")
-        for report in reports:
-            self.assertEqual(sorted(report["environ"].split("\0")), expected)
-
-    def descriptors(self, report):
-        """Number and target of what was open, without the shell's own script."""
-        found = re.findall(r" (\d+) -> (.*)", report["descriptors"])
-        return {int(number): target for number, target in found if target != self.recorder.path}
-
-    def test_descriptors_are_those_of_the_start(self):
-        _, _, reports = self.reports_of_a_run("exec 7</dev/zero; exec ")
-        for report in reports:
-            descriptors = self.descriptors(report)
-            self.assertEqual(sorted(descriptors), [0, 1, 2, 7])
-            self.assertEqual(descriptors[7], "/dev/zero")
-            self.assertRegex(descriptors[1], "^pipe:")
-
-    def test_closed_streams_are_open_on_the_null_device(self):
-        _, _, reports = self.reports_of_a_run("exec <&- >&- 2>&- ")
-        for report in reports:
-            self.assertEqual(self.descriptors(report), dict.fromkeys(range(3), "/dev/null"))
-
-    def test_signals(self):
-        _, _, reports = self.reports_of_a_run("trap '' HUP USR1 PIPE; exec ")
-
-        def ignored(report, number):
-            (mask,) = re.findall(r"SigIgn:\s(\w+)", report["status"])
-            return int(mask, 16) >> (number - 1) & 1
-
-        for report in reports:
-            self.assertTrue(ignored(report, signal.SIGUSR1))
-            self.assertFalse(ignored(report, signal.SIGPIPE))
-        self.assertEqual([ignored(report, signal.SIGHUP) for report in reports], [1, 0, 0])
-
-    def test_limits(self):
-        _, _, reports = self.reports_of_a_run("ulimit -f 4321; exec ")
-        for report in reports:
-            self.assertRegex(report["limits"], rf"\nMax file size\s+{4321 * 512} ")
-
-    def test_blocked_signals(self):
-        # A shell would take all blocks away before it looks.
-        self.replace_handler("#!/usr/bin/python3\nimport shutil, sys\n"
-                             "shutil.copy('/proc/self/status', '{folder}/' + sys.argv[1])\n")
-        program = self.run_production(wrapper=["/usr/bin/python3", "-c", (
-            "import os, signal, sys; signal.pthread_sigmask(signal.SIG_BLOCK, [signal.SIGUSR2]);"
-            "os.execvp(sys.argv[1], sys.argv[1:])")])
-        program.look()
-        program.button("Save And Exit")
-        self.assertEqual(program.finish(), 0)
-        for action in ("unlock", "finalize_ethernet", "rollback"):
-            (mask,) = re.findall(r"\nSigBlk:\s(\w+)\n", read(self.mark(action)).decode())
-            self.assertEqual(int(mask, 16), 1 << (signal.SIGUSR2 - 1), action)
-
-    def test_process_group_session_and_parent(self):
-        pid, _, reports = self.reports_of_a_run("exec ")
-        for report in reports:
-            _, _, group, session = report["stat"].rpartition(")")[2].split()[:4]
-            self.assertEqual((int(group), int(session)), (os.getpgrp(), os.getsid(0)))
-        self.assertRegex(reports[0]["status"], rf"\nPPid:\s{pid}\n")
-
-
 class Requests(ManualCase):
     """ACTIONS: what is asked when, and what is not."""
-
-    def test_finished_ones_remain_as_zombies(self):
-        program = self.run_production()
-        program.look()
-        pid = program.process.pid
-        (child,) = read(f"/proc/{pid}/task/{pid}/children").split()
-        wait_until(lambda: b"\nState:\tZ" in read(f"/proc/{child.decode()}/status"), "a zombie")
-        program.close()
-        self.assertEqual(program.finish(), 0)
 
     def test_script_without_an_interpreter_is_run_by_the_shell(self):
         self.replace_handler("echo $1 >> {folder}/requests\n")
@@ -198,21 +88,10 @@ class Requests(ManualCase):
                 self.assertEqual(b"\n# ours\n" in read(keyfile), in_time)
                 os.remove(self.mark("go"))
 
-    def test_finalize_and_rollback_run_at_the_same_time(self):
-        self.replace_handler("""#!/bin/sh
-        case $1 in
-          finalize_*) while [ ! -e {folder}/rollback ]; do sleep 0.01; done; : > {folder}/both ;;
-          rollback) : > {folder}/rollback ;;
-        esac\n""")
-        program = self.run_production()
-        program.button("Save And Exit")
-        self.assertEqual(program.finish(), 0)
-        self.assertTrue(os.path.exists(self.mark("both")))
-
     def test_none_after_a_kill_or_a_fault(self):
         for number in (signal.SIGKILL, signal.SIGQUIT, signal.SIGABRT, signal.SIGSEGV):
             with self.subTest(signal=number):
-                self.recorder = program_case.Recorder(os.path.join(self.folder, str(number)))
+                self.recorder.forget()
                 # A sanitizer would turn the fault into an exit of its own.
                 program = self.run_production(
                     wrapper=["sh", "-c", 'ulimit -c 0; exec "$@"', "sh"],
@@ -249,33 +128,21 @@ class Requests(ManualCase):
         self.assertEqual(program.finish(), 1)
         self.assert_requests(UNLOCK)
 
-    def test_signal_closes_a_message_too(self):
-        program = self.run_production()
-        program.pick("Static IP")
-        program.button("Save And Exit")
-        self.assertTrue(program.dialog())
-        os.kill(program.process.pid, signal.SIGTERM)
-        self.assertEqual(program.finish(), 0)
-        self.assert_requests(UNLOCK, ROLLBACK)
-
 
 class Files(ManualCase):
     """THE KEYFILES, THE UPDATE RECORD, FILES."""
 
-    STATIC = ("[connection]\nid=ethernet\ntype=ethernet\n[ipv4]\nmethod=manual\n"
-              "address1=10.0.0.1/24,192.168.1.1\n")
-
-    def save_address(self, address):
-        program = self.run_debug()
-        program.fill("IP Address", address)
-        program.button("Save And Exit")
-        self.assertEqual(program.finish(), 0)
-
     def test_record_is_as_in_the_example(self):
         (example,) = re.findall(r"^[0-9A-F]{2}(?: [0-9A-F]{2}){12}$", HANDLER_PAGE, re.M)
-        self.put("ethernet.nmconnection", self.STATIC)
-        self.save_address("192.168.001.010")
-        record = read(UPDATE_RECORD).decode()
+        self.put("ethernet.nmconnection", expected("ethernet-static"))
+        target = self.mark("target")
+        os.symlink(target, UPDATE_RECORD)  # which is followed
+        program = self.run_debug()
+        program.fill("IP Address", "192.168.001.010")
+        program.button("Save And Exit")
+        self.assertEqual(program.finish(), 0)
+        self.assertTrue(os.path.islink(UPDATE_RECORD))
+        record = read(target).decode()
         self.assertEqual(record, example + " ")
         self.assertEqual(len(record), 39)
         offsets = re.findall(r"^\.It ([\d, ]+) Ta [\d to]+ Ta (\w+)", HANDLER_PAGE, re.M)
@@ -284,63 +151,6 @@ class Files(ManualCase):
         self.assertEqual([[int(field, 16) for field in group] for group in fields],
                          [[0], [192, 168, 1, 10], [255, 255, 255, 0], [192, 168, 1, 1]])
         self.assertIn(b"\naddress1=192.168.001.010/24,", read(self.path("ethernet.nmconnection")))
-
-    def test_link_in_place_of_the_record_is_followed(self):
-        target = os.path.join(self.folder, "target")
-        os.symlink(target, UPDATE_RECORD)
-        self.put("ethernet.nmconnection", self.STATIC)
-        self.save_address("10.0.0.2")
-        self.assertTrue(os.path.islink(UPDATE_RECORD))
-        self.assertEqual(read(target)[:12], b"00 0A 00 00 ")
-
-    def test_rewriting_replaces_a_link(self):
-        target = self.put("target", self.STATIC, self.folder)
-        keyfile = self.path("ethernet.nmconnection")
-        os.remove(keyfile)
-        os.symlink(target, keyfile)
-        self.save_address("10.0.0.234")
-        self.assertFalse(os.path.islink(keyfile))
-        self.assertIn(b"=10.0.0.234/24,", read(keyfile))
-
-    def test_interface_of_another_name_is_shown_and_replaced(self):
-        keyfile = self.put("ethernet.nmconnection", self.STATIC.replace(
-            "[ipv4]", "interface-name=end0\n[ipv4]"))
-        program = self.run_debug()
-        self.assertEqual(program.text("Device"), "end0")
-        program.button("Save And Exit")
-        self.assertEqual(program.finish(), 0)
-        self.assertIn(b"\ninterface-name=eth0\n", read(keyfile))
-
-    def test_dns_servers_stay_until_the_first_is_changed(self):
-        keyfile = self.put("ethernet.nmconnection", self.STATIC + "dns=8.8.8.8;1.1.1.1;\n")
-        for shown, typed, stored in (("8.8.8.8", None, b"8.8.8.8;1.1.1.1;"),
-                                     ("8.8.8.8", "8.8.4.4", b"8.8.4.4")):
-            program = self.run_debug()
-            self.assertEqual(program.text("DNS Server"), shown)
-            if typed:
-                program.fill("DNS Server", typed)
-            program.button("Save And Exit")
-            self.assertEqual(program.finish(), 0)
-            self.assertIn(b"\ndns=" + stored + b"\n", read(keyfile))
-
-    def test_password_of_a_client_is_printed_for_an_access_point(self):
-        program = self.run_debug()
-        program.show_page("Wifi")
-        program.pick("Client")
-        program.fill("Password", "a client's own")
-        program.pick("Access Point")
-        program.button("Save And Exit")
-        self.assertTrue(program.dialog())
-        self.assertIn("Wifi Password being validated: a client's own\n", program.output)
-
-    def test_page_that_is_not_shown_is_not_saved(self):
-        program = self.run_debug()
-        program.show_page("Wifi")
-        program.fill("SSID", "forgotten")
-        program.show_page("Ethernet")
-        program.button("Save And Exit")
-        self.assertEqual(program.finish(), 0)
-        self.assertNotIn(b"forgotten", read(self.path("wlan0.nmconnection")))
 
     def test_nothing_in_the_home_but_a_driver_s_cache(self):
         home = os.path.join(self.folder, "home")
@@ -356,20 +166,10 @@ class Use(ManualCase):
     """OPTIONS, EXIT STATUS, KEYBOARD, BUGS."""
 
     def test_unknown_option(self):
-        program = self.run_production_with("--version")
+        program = self.run_production("--version")
         self.assertEqual(program.finish(), 1)
         self.assertIn("Unknown option --version", program.errors)
         self.assert_requests(UNLOCK, ROLLBACK)
-
-    def test_help(self):
-        program = self.run_production_with("--help")
-        self.assertEqual(program.finish(), 0)
-        self.assertIn("\nUsage:\n  zor-network-manager [OPTION", program.output)
-        self.assert_requests(UNLOCK, ROLLBACK)
-
-    def run_production_with(self, *arguments):
-        self.use_samples(SYSTEM_CONNECTIONS)
-        return self.run_program(*arguments)
 
     def test_signal_ends_debug_mode(self):
         program = self.run_debug()
@@ -387,31 +187,13 @@ class Use(ManualCase):
             program.finish()
 
     def test_keys_that_do_nothing_in_an_entry(self):
-        self.put("ethernet.nmconnection", Files.STATIC)
+        self.put("ethernet.nmconnection", expected("ethernet-static"))
         program = self.run_debug()
         for key in ("Return", "Escape"):
             program.focus_and_press("text box", "IP Address", key)
             self.assertEqual(program.focused(), ("text box", "IP Address"))
         self.assertIsNone(program.dialog())
         self.assertNotIn("being validated", program.output)
-        program.close()
-        self.assertEqual(program.finish(), 0)
-
-    def test_keys_in_the_list_of_channels(self):
-        channel = "Channel (2.4 GHz)"
-        program = self.run_debug()
-        program.show_page("Wifi")
-        program.pick("Access Point")
-        # Key that opens the list, keys in it, what is chosen in the end.
-        for opening, keys, chosen in (("Return", ("End", "Up", "Escape"), "Auto"),
-                                      ("space", ("End", "Up", "Return"), "10"),
-                                      ("Return", ("Home", "Down", "Return"), "1")):
-            program.focus_and_press("button", channel, opening)
-            wait_until(lambda: program.look().find("list item"), "the list")
-            for key in keys:
-                self.desktop.press(key)
-            wait_until(lambda: not program.look().find("list item"), "the list to close")
-            self.assertEqual(program.channel(), chosen)
         program.close()
         self.assertEqual(program.finish(), 0)
 

@@ -15,6 +15,30 @@ from tests.support.recorder import NAME
 PRODUCTION_START = said.start(SYSTEM_CONNECTIONS, said.PRODUCTION)
 NOT_FOUND = f"Failed to execute {NAME}: No such file or directory\n"
 CALLING = "Calling permissions handler action: "
+# Makes all that is inherited unusual, and becomes the program.
+PREPARE = """import os, resource, signal, sys
+os.umask(0o027)
+os.dup2(os.open("/dev/zero", os.O_RDONLY), 7)
+for number in signal.SIGHUP, signal.SIGUSR1, signal.SIGPIPE:
+    signal.signal(number, signal.SIG_IGN)
+signal.pthread_sigmask(signal.SIG_BLOCK, [signal.SIGUSR2])
+resource.setrlimit(resource.RLIMIT_FSIZE, (4321, 4321))
+os.execvp(sys.argv[1], sys.argv[1:])
+"""
+# Keeps what it was given, in a folder that is complete as soon as it has its name. In Perl: a shell
+# takes all blocks away when it starts, and Python ignores SIGPIPE.
+REPORTER = """#!/usr/bin/perl
+my $report = "{folder}/$ARGV[0]";
+my @links = map {{ my $to = readlink "/proc/self/$_"; $to ? "$_ -> $to\\n" : () }}
+    "cwd", map {{ "fd/$_" }} 0 .. 99;
+mkdir "$report.part";
+foreach my $name ("links", "environ", "limits", "stat", "status") {{
+  open my $target, ">", "$report.part/$name";
+  open my $source, "<", "/proc/self/$name";
+  print $target $name eq "links" ? @links : <$source>;
+}}
+rename "$report.part", $report;
+"""
 
 
 def disable_wifi(program):
@@ -24,16 +48,14 @@ def disable_wifi(program):
     program.button("Save And Exit")
 
 
-class PermissionsHandler(program_case.ProgramCase):
+class HandlerCase(program_case.ProgramCase):
 
     def setUp(self):
         super().setUp()
         self.use_samples(SYSTEM_CONNECTIONS)
 
-    def replace_handler(self, script):
-        """Puts a shell script in the recorder's place."""
-        with open(self.recorder.path, "w", encoding="utf-8") as file:
-            file.write("#!/bin/sh\n" + script)
+
+class PermissionsHandler(HandlerCase):
 
     def trace(self, calls, act, *arguments):
         """The trace of a run's system calls, with the paths of descriptors."""
@@ -44,11 +66,6 @@ class PermissionsHandler(program_case.ProgramCase):
         act(program)
         self.assertEqual(program.finish(), 0)
         return read(log).decode()
-
-    def vectors(self, act, *arguments):
-        """All its argument vectors of a run, with the name that it is given."""
-        trace = self.trace("execve", act, *arguments)
-        return sorted(re.findall(rf'execve\("{re.escape(self.recorder.path)}", (\[.*?\]),', trace))
 
     def steps_of_save(self, name, act):
         """What a save does to a keyfile from its last write on, and the request, in this order."""
@@ -81,50 +98,14 @@ class PermissionsHandler(program_case.ProgramCase):
         steps = self.steps_of_save("wlan0.nmconnection", disable_wifi)
         self.assertEqual(steps, ["unlink", "flush folder", "request"])
 
-    def test_vectors_of_a_production_run(self):
-        self.assertEqual(self.vectors(lambda program: program.button("Exit Without Saving")),
-                         [f'["{NAME}", "rollback"]', f'["{NAME}", "rollback"]',
-                          f'["{NAME}", "unlock"]'])
-
-    def test_vector_with_an_id(self):
-        self.assertEqual(self.vectors(lambda program: program.button("Save And Exit"), "1"),
-                         [f'["{NAME}", "finalize_ethernet", "ethernet"]'])
-
-    def test_vector_without_an_id(self):
-        self.assertEqual(self.vectors(disable_wifi, "1"), [f'["{NAME}", "finalize_wifi"]'])
-
-    def test_found_in_a_later_folder_of_the_path(self):
-        empty = os.path.join(self.folder, "empty")
-        os.mkdir(empty)
-        program = self.run_debug(environment={"PATH": f"{empty}:{self.recorder.bin}"})
-        program.button("Exit Without Saving")
-        self.assert_ended(program, said.start(self.connections) + said.CLOSED_WITHOUT_SAVING,
-                          calls=[["rollback"]])
-
     def test_not_on_the_path(self):
         os.remove(self.recorder.path)
         program = self.run_program(environment={"PATH": self.recorder.bin})
         program.button("Exit Without Saving")
         self.assert_ended(program, PRODUCTION_START + said.CLOSED_WITHOUT_SAVING, 3 * NOT_FOUND)
 
-    def test_not_on_the_path_when_saving(self):
-        os.remove(self.recorder.path)
-        program = self.run_program(environment={"PATH": self.recorder.bin})
-        program.show_page("Wifi")
-        program.button("Save And Exit")
-        self.assert_ended(program, PRODUCTION_START + said.SHOW_WIFI
-                          + said.wifi_mode_check("infrastructure", "infrastructure")
-                          + "Wifi Device name: wlan0\n", 3 * NOT_FOUND)
-
-    def test_not_executable(self):
-        os.chmod(self.recorder.path, 0o600)
-        program = self.run_debug(environment={"PATH": self.recorder.bin})
-        program.button("Exit Without Saving")
-        self.assert_ended(program, said.start(self.connections) + said.CLOSED_WITHOUT_SAVING,
-                          f"Failed to execute {NAME}: Permission denied\n")
-
     def test_failure_is_not_looked_at(self):
-        self.replace_handler("echo to its own output; echo no >&2; exit 3\n")
+        self.recorder.replace("#!/bin/sh\necho to its own output; echo no >&2; exit 3\n")
         program = self.run_debug()
         program.button("Exit Without Saving")
         self.assertEqual(program.finish(), 0)
@@ -135,7 +116,7 @@ class PermissionsHandler(program_case.ProgramCase):
 
     def test_not_waited_for(self):
         pids = os.path.join(self.folder, "pids")
-        self.replace_handler(f"echo $$ >> {pids}\nexec sleep 1000 >/dev/null 2>&1\n")
+        self.recorder.replace(f"#!/bin/sh\necho $$ >> {pids}\nexec sleep 1000 >/dev/null 2>&1\n")
 
         def end_all():
             for pid in read(pids).split():
@@ -148,20 +129,6 @@ class PermissionsHandler(program_case.ProgramCase):
         self.assertEqual(program.output, PRODUCTION_START
                          + said.ethernet_mode_check("auto", "auto") + said.RECORD_WRITTEN)
         wait_until(lambda: len(read(pids).split()) == 3, "three requests")
-
-    def test_inherits_what_the_program_was_given(self):
-        # Not what the program sets for itself: an ignored SIGPIPE, private files.
-        report = os.path.join(self.folder, "report")
-        self.replace_handler(f"{{ umask; grep SigIgn /proc/$$/status; pwd; }} > {report}\n")
-        program = self.run_debug(wrapper=["sh", "-c", 'umask 027; exec "$@"', "sh"],
-                                 cwd=self.connections)
-        program.button("Save And Exit")
-        self.assertEqual(program.finish(), 0)
-        umask, ignored, folder = read(report).decode().splitlines()
-        self.assertEqual(int(umask, 8), 0o027)
-        self.assertEqual(int(ignored.split()[1], 16) >> (signal.SIGPIPE - 1) & 1, 0)
-        self.assertEqual(folder, os.path.realpath(self.connections))
-        self.assertEqual(os.stat(program_case.UPDATE_RECORD).st_mode & 0o777, 0o640)
 
     # The child's own line is not flushed: a terminal shows it, a pipe (all other tests) does not.
 
@@ -183,11 +150,67 @@ class PermissionsHandler(program_case.ProgramCase):
         self.assert_on_terminal(program, ["unlock", "rollback", "rollback"], "")
         self.assertCountEqual(self.recorder.calls(), [["unlock"], ["rollback"], ["rollback"]])
 
-    def test_line_of_the_child_on_a_terminal_when_it_cannot_be_executed(self):
-        os.remove(self.recorder.path)
-        program = self.run_program(stdout="terminal", environment={"PATH": self.recorder.bin})
-        program.button("Exit Without Saving")
-        self.assert_on_terminal(program, ["unlock", "rollback", "rollback"], 3 * NOT_FOUND)
+
+
+class Inherited(HandlerCase):
+    """What a request is given: what the program was, but for what that sets for itself."""
+
+    def reports(self, *wrapper, **options):
+        """Runs production mode behind a command; returns the run, and a report for each action."""
+        self.recorder.replace(REPORTER.format(folder=self.folder))
+        program = self.run_program(wrapper=wrapper, **options)
+        program.look()
+        self.given = read(f"/proc/{program.process.pid}/environ").decode().split("\0")
+        program.button("Save And Exit")
+        self.assertEqual(program.finish(), 0)
+        folders = {action: os.path.join(self.folder, action)
+                   for action in ("unlock", "finalize_ethernet", "rollback")}
+        wait_until(lambda: all(map(os.path.isdir, folders.values())), "three reports")
+        return program, {action: {name: read(folder, name).decode()
+                                  for name in os.listdir(folder)}
+                         for action, folder in folders.items()}
+
+    def links(self, report):
+        """What was open, but for the reporter's own text, and the working directory."""
+        links = dict(re.findall("(.*) -> (.*)\n", report["links"]))
+        return {name: target for name, target in links.items() if target != self.recorder.path}
+
+    def test_all_but_what_the_program_sets(self):
+        program, reports = self.reports(
+            "/usr/bin/python3", "-c", PREPARE, cwd=self.connections,
+            environment={"PATH": f"{self.recorder.bin}:/usr/bin:relative", "ODD": "two\nlines",
+                         "DESKTOP_STARTUP_ID": "id"})
+        self.assertIn("ODD=two\nlines", self.given)
+        self.given.remove("DESKTOP_STARTUP_ID=id")  # which the toolkit takes out
+        for action, report in reports.items():
+            with self.subTest(action):
+                self.assertEqual(sorted(report["environ"].split("\0")), sorted(self.given))
+                links = self.links(report)
+                self.assertEqual(sorted(links), ["cwd", "fd/0", "fd/1", "fd/2", "fd/7"])
+                self.assertEqual(links["fd/7"], "/dev/zero")
+                self.assertEqual(links["cwd"], os.path.realpath(self.connections))
+                self.assertRegex(links["fd/1"], "^pipe:")
+                self.assertRegex(report["limits"], r"\nMax file size\s+4321 ")
+                status = dict(re.findall(r"(\w+):\s+(.*)\n", report["status"]))
+                self.assertEqual(int(status["Umask"], 8), 0o027)
+                self.assertEqual(int(status["SigBlk"], 16), 1 << (signal.SIGUSR2 - 1))
+                ignored = {number for number in signal.valid_signals()
+                           if int(status["SigIgn"], 16) >> (number - 1) & 1}
+                # SIGPIPE is ignored by the program alone, and SIGHUP is handled from its window on.
+                self.assertEqual(signal.SIGUSR1 in ignored, True)
+                self.assertEqual(signal.SIGPIPE in ignored, False)
+                self.assertEqual(signal.SIGHUP in ignored, action == "unlock")
+                _, _, group, session = report["stat"].rpartition(")")[2].split()[:4]
+                self.assertEqual((int(group), int(session)), (os.getpgrp(), os.getsid(0)))
+        self.assertRegex(reports["unlock"]["status"], rf"\nPPid:\s{program.process.pid}\n")
+        self.assertEqual(os.stat(program_case.UPDATE_RECORD).st_mode & 0o777, 0o640)
+
+    def test_closed_streams_are_open_on_the_null_device(self):
+        _, reports = self.reports("sh", "-c", 'exec "$@" <&- >&- 2>&-', "sh")
+        for report in reports.values():
+            links = self.links(report)
+            self.assertEqual([links.get(f"fd/{number}") for number in range(4)],
+                             [*3 * ["/dev/null"], None])
 
 
 program_case.main()
