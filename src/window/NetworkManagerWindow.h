@@ -103,12 +103,41 @@ class NetworkManagerWindow : public Gtk::Window {
   static constexpr int ETHERNET_PAGE = 0;
   static constexpr int WIFI_PAGE = 1;
 
+  /** What the entries of the Wi-Fi page held when they were last checked. */
+  struct WifiTexts {
+    Glib::ustring ipAddress;
+    Glib::ustring subnetMask;
+    Glib::ustring password;
+  };
+
+  /** What those of the Ethernet page held when they were last checked or, but for the DNS, stored.
+   */
+  struct EthernetTexts {
+    Glib::ustring ipAddress;
+    Glib::ustring subnetMask;
+    Glib::ustring gateway;
+    Glib::ustring dnsServer;
+  };
+
+  /** The verdicts of a page's last check; it overwrites all of them. */
+  struct WifiVerdicts {
+    bool ipAddress = false;
+    bool subnetMask = false;
+    bool password = false;
+  };
+  struct EthernetVerdicts {
+    bool ipAddress = false;
+    bool subnetMask = false;
+    bool gateway = false;
+    bool dnsServer = false;
+  };
+
   void updateEthernetView(std::string_view mode);
   void updateWifiView(std::string_view mode);
   void writeKeyfile(const std::string& path, const std::vector<KeyfileEntry>& entries);
   std::string readConnectionId(const std::string& path) const;
   void showInvalidValues(std::unique_ptr<Gtk::MessageDialog>& dialog, const Glib::ustring& message,
-                         const std::string& detail);
+                         const Glib::ustring& detail);
 
   NetworkManagerConfig* config;
   Gtk::Box mainBox;
@@ -139,21 +168,8 @@ class NetworkManagerWindow : public Gtk::Window {
   std::string selectedEthernetMode;
   int currentPage = ETHERNET_PAGE;
 
-  // The texts that were last validated or written.
-  Glib::ustring wifiIpAddress;
-  Glib::ustring wifiSubnetMask;
-  Glib::ustring wifiPassword;
-  Glib::ustring ethernetIpAddress;
-  Glib::ustring ethernetSubnetMask;
-  Glib::ustring ethernetGateway;
-  Glib::ustring ethernetDnsServer;
-
-  // The verdicts on the validated ones.
-  bool wifiIpAddressValid = false;
-  bool wifiSubnetMaskValid = false;
-  bool wifiPasswordValid = false;
-  bool ethernetIpAddressValid = false;
-  bool ethernetSubnetMaskValid = false;
-  bool ethernetGatewayValid = false;
-  bool ethernetDnsServerValid = false;
+  WifiTexts wifiTexts;
+  EthernetTexts ethernetTexts;
+  WifiVerdicts wifiValid;
+  EthernetVerdicts ethernetValid;
 };

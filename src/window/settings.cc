@@ -73,13 +73,13 @@ void NetworkManagerWindow::populateEthernetSettingsFromFile() {
 
 void NetworkManagerWindow::createEthernetAddress() {
   const EthernetCredentialsBox& entries = ethernetGrid.getCredentialsBox();
-  ethernetSubnetMask = entries.getSubnetMask();
-  ethernetIpAddress = entries.getIpAddress();
-  ethernetGateway = entries.getDefaultGateway();
-  storedEthernetAddress = formatEthernetAddress(ethernetIpAddress.raw(), ethernetSubnetMask.raw(),
-                                                ethernetGateway.raw());
-  ethernetUpdateRecord.setOctets(ethernetIpAddress.raw(), ethernetSubnetMask.raw(),
-                                 ethernetGateway.raw());
+  ethernetTexts.subnetMask = entries.getSubnetMask();
+  ethernetTexts.ipAddress = entries.getIpAddress();
+  ethernetTexts.gateway = entries.getDefaultGateway();
+  storedEthernetAddress = formatEthernetAddress(
+      ethernetTexts.ipAddress.raw(), ethernetTexts.subnetMask.raw(), ethernetTexts.gateway.raw());
+  ethernetUpdateRecord.setOctets(ethernetTexts.ipAddress.raw(), ethernetTexts.subnetMask.raw(),
+                                 ethernetTexts.gateway.raw());
 }
 
 void NetworkManagerWindow::writeEthernetSettingsToFile(const std::string& mode) {
@@ -124,7 +124,7 @@ void NetworkManagerWindow::populateWifiSettingsFromFile() {
 }
 
 void NetworkManagerWindow::createApAddress() {
-  storedApAddress = formatApAddress(wifiIpAddress.raw(), wifiSubnetMask.raw());
+  storedApAddress = formatApAddress(wifiTexts.ipAddress.raw(), wifiTexts.subnetMask.raw());
 }
 
 void NetworkManagerWindow::writeWifiSettingsToFile(const std::string& mode) {

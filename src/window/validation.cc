@@ -2,9 +2,10 @@
 // SPDX-License-Identifier: MIT
 #include "window/NetworkManagerWindow.h"
 
-#include <initializer_list>
+#include <algorithm>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "base/print.h"
 #include "base/trim.h"
@@ -16,80 +17,80 @@ namespace {
 
 /** A field as the dialog names it, and the verdict on it. */
 struct CheckedField {
-  std::string_view label;
+  std::string label;
   bool valid;
 };
+using CheckedFields = std::vector<CheckedField>;
 
-std::string describeInvalidFields(std::initializer_list<CheckedField> fields) {
-  std::string names;
-  for (const auto& [label, valid] : fields) {
-    if (valid) continue;
-    if (!names.empty()) names += ", ";
-    names += label;
-  }
-  // Nobody asks about fields that are all valid; the words are kept all the same.
-  return "Invalid " + (names.empty() ? "All fields are valid" : names);
+bool areAllValid(const CheckedFields& fields) {
+  return std::all_of(fields.begin(), fields.end(), [](const auto& field) { return field.valid; });
+}
+
+std::string describeInvalid(const CheckedFields& fields) {
+  std::string labels;
+  for (const auto& [label, valid] : fields)
+    if (!valid) labels += (labels.empty() ? "" : ", ") + label;
+  // Nobody asks about fields that are all valid; the words for them are kept all the same.
+  return "Invalid " + (labels.empty() ? "All fields are valid" : labels);
 }
 
 }  // namespace
 
 bool NetworkManagerWindow::validateWifiValues() {
-  wifiIpAddress = wifiGrid.getAPCredentials().getIpAddress();
-  wifiSubnetMask = wifiGrid.getAPCredentials().getSubnetMask();
-  wifiPassword = wifiGrid.getCredentials().getPassword();
-  logLine("IP Address being validated: ", wifiIpAddress.raw());
-  logLine("Subnet Mask being validated: ", wifiSubnetMask.raw());
-  logLine("Wifi Password being validated: ", wifiPassword.raw());
+  const APCredentials& entries = wifiGrid.getAPCredentials();
+  wifiTexts = {entries.getIpAddress(), entries.getSubnetMask(),
+               wifiGrid.getCredentials().getPassword()};
+  logLine("IP Address being validated: ", wifiTexts.ipAddress.raw());
+  logLine("Subnet Mask being validated: ", wifiTexts.subnetMask.raw());
+  logLine("Wifi Password being validated: ", wifiTexts.password.raw());
 
-  wifiIpAddressValid = validateIpAddress(trim(wifiIpAddress.raw()));
-  wifiSubnetMaskValid = isValidSubnetMask(wifiSubnetMask.raw());
-  wifiPasswordValid = isValidWifiPassword(wifiPassword.raw());
-  if (wifiIpAddressValid && wifiSubnetMaskValid && wifiPasswordValid) {
+  wifiValid.ipAddress = validateIpAddress(trim(wifiTexts.ipAddress.raw()));
+  wifiValid.subnetMask = isValidSubnetMask(wifiTexts.subnetMask.raw());
+  wifiValid.password = isValidWifiPassword(wifiTexts.password.raw());
+  const CheckedFields fields = {
+      {"IP Address", wifiValid.ipAddress},
+      {"Subnet Mask", wifiValid.subnetMask},
+      // The wording, grammar included, is kept.
+      {"Password (must at least 8 characters and contain no special characters)",
+       wifiValid.password}};
+  if (areAllValid(fields)) {
     logLine("Valid IP, Subnet, and password");
     return true;
   }
-  // The wording of the last one, grammar included, is kept.
-  showInvalidValues(wifiDialog, "You entered invalid Wifi Credentials",
-                    describeInvalidFields(
-                        {{"IP Address", wifiIpAddressValid},
-                         {"Subnet Mask", wifiSubnetMaskValid},
-                         {"Password (must at least 8 characters and contain no special characters)",
-                          wifiPasswordValid}}));
+  showInvalidValues(wifiDialog, "You entered invalid Wifi Credentials", describeInvalid(fields));
   return false;
 }
 
 bool NetworkManagerWindow::validateEthernetValues() {
   const EthernetCredentialsBox& entries = ethernetGrid.getCredentialsBox();
-  ethernetIpAddress = entries.getIpAddress();
-  ethernetSubnetMask = entries.getSubnetMask();
-  ethernetGateway = entries.getDefaultGateway();
-  ethernetDnsServer = entries.getDnsServer();
-  logLine("Ethernet IP Address being validated: ", ethernetIpAddress.raw());
-  logLine("Ethernet Subnet Mask being validated: ", ethernetSubnetMask.raw());
-  logLine("Ethernet Gateway being validated: ", ethernetGateway.raw());
-  logLine("Ethernet DNS Server being validated: ", ethernetDnsServer.raw());
+  ethernetTexts = {entries.getIpAddress(), entries.getSubnetMask(), entries.getDefaultGateway(),
+                   entries.getDnsServer()};
+  logLine("Ethernet IP Address being validated: ", ethernetTexts.ipAddress.raw());
+  logLine("Ethernet Subnet Mask being validated: ", ethernetTexts.subnetMask.raw());
+  logLine("Ethernet Gateway being validated: ", ethernetTexts.gateway.raw());
+  logLine("Ethernet DNS Server being validated: ", ethernetTexts.dnsServer.raw());
 
-  const std::string_view dns = trim(ethernetDnsServer.raw());
-  ethernetIpAddressValid = validateIpAddress(trim(ethernetIpAddress.raw()));
-  ethernetGatewayValid = validateIpAddress(trim(ethernetGateway.raw()));
-  ethernetSubnetMaskValid = isValidSubnetMask(ethernetSubnetMask.raw());
-  ethernetDnsServerValid = dns.empty() || validateIpAddress(dns);
-  if (ethernetIpAddressValid && ethernetSubnetMaskValid && ethernetGatewayValid &&
-      ethernetDnsServerValid) {
+  const std::string_view dns = trim(ethernetTexts.dnsServer.raw());
+  ethernetValid.ipAddress = validateIpAddress(trim(ethernetTexts.ipAddress.raw()));
+  ethernetValid.gateway = validateIpAddress(trim(ethernetTexts.gateway.raw()));
+  ethernetValid.subnetMask = isValidSubnetMask(ethernetTexts.subnetMask.raw());
+  ethernetValid.dnsServer = dns.empty() || validateIpAddress(dns);
+  const CheckedFields fields = {{"IP Address", ethernetValid.ipAddress},
+                                {"Subnet Mask", ethernetValid.subnetMask},
+                                {"Gateway", ethernetValid.gateway},
+                                {"DNS Server", ethernetValid.dnsServer}};
+  if (areAllValid(fields)) {
     logLine("Valid Ethernet IP, Subnet, Gateway, and Subnet Mask");  // the last one is the DNS
     return true;
   }
   showInvalidValues(ethernetDialog, "You entered invalid Ethernet Credentials",
-                    describeInvalidFields({{"IP Address", ethernetIpAddressValid},
-                                           {"Subnet Mask", ethernetSubnetMaskValid},
-                                           {"Gateway", ethernetGatewayValid},
-                                           {"DNS Server", ethernetDnsServerValid}}));
+                    describeInvalid(fields));
   return false;
 }
 
 void NetworkManagerWindow::showInvalidValues(std::unique_ptr<Gtk::MessageDialog>& dialog,
                                              const Glib::ustring& message,
-                                             const std::string& detail) {
+                                             const Glib::ustring& detail) {
   dialog.reset();  // the old one goes before the new one comes
   dialog = std::make_unique<Gtk::MessageDialog>(*this, message, false, Gtk::MessageType::INFO,
                                                 Gtk::ButtonsType::OK, false);
