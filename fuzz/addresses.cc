@@ -3,6 +3,7 @@
 // The arithmetic of addresses against its definitions. The input is the text of an address, a mask,
 // a prefix or a stored address, or of a whole form: address, mask and gateway with "|" between
 // them; its first four bytes are a mask too.
+#include <array>
 #include <iostream>
 #include <numeric>
 #include <sstream>
@@ -15,7 +16,7 @@
 
 namespace {
 
-/** All that a statement prints on the two streams. */
+/** All that a statement prints on the two streams: without files, for that many inputs. */
 template <typename Statement>
 std::string printed(Statement&& statement) {
   std::ostringstream text;

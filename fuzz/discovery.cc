@@ -3,7 +3,9 @@
 // Finding the keyfiles, reading all that the pages show, saving it and removing the quotes. The
 // input is the keyfiles of a folder, with "@@" and an LF between them.
 #include <algorithm>
+#include <array>
 #include <ctime>
+#include <filesystem>
 #include <iostream>
 #include <set>
 #include <sstream>
@@ -114,7 +116,7 @@ void checkFound(const std::string& found, const std::string& type,
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const Folder folder;
+  static const TemporaryDirectory& folder = fuzzFolder();
   static const bool silenced = [] {
     setenv("ZOR_NETWORKMANAGER_DEBUG_PATH", folder.path.c_str(), 1);
     std::cout.rdbuf(nullptr);
@@ -146,9 +148,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string saved = readBytes(file);
     removeKeyfileValueQuotes(file);
     REQUIRE(readBytes(file) == withoutQuotes(saved));
-    REQUIRE((statusOf(file).st_mode & 0777) == 0600);
-    REQUIRE(unlink(file.c_str()) == 0);
+    REQUIRE(modeOf(file) == 0600);
+    std::filesystem::remove(file);
   }
-  REQUIRE(folder.holdsNothingBut(""));
+  REQUIRE(folder.names().empty());
   return 0;
 }

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 // Gives a fuzzing program the inputs of a folder, one test each: what was found once stays mended.
 #include <algorithm>
+#include <filesystem>
 
 #include "fuzz/support.h"
 

@@ -2,20 +2,14 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <array>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "support/files.h"
 
 /** What each fuzzing program consists of: it looks at one input, and ends the process if a rule is
  * broken. */
@@ -47,57 +41,15 @@ inline std::vector<std::string> splitInput(const std::string& input) {
   return pieces;
 }
 
-/** A folder of this process alone, in memory where there is such a place; removed at its end. */
-class Folder {
- public:
-  Folder() {
-    std::error_code ignored;
-    const bool memory = access("/dev/shm", W_OK) == 0;
-    path = memory ? "/dev/shm" : std::filesystem::temp_directory_path(ignored).string();
-    path += "/zor-fuzz-XXXXXX";
-    REQUIRE(mkdtemp(path.data()) != nullptr);
-  }
-  Folder(const Folder&) = delete;
-  Folder& operator=(const Folder&) = delete;
-  ~Folder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(path, ignored);
-  }
-
-  std::string file(const std::string& name) const { return path + "/" + name; }
-
-  /** Whether one name, or none, is all that there is. */
-  bool holdsNothingBut(const std::string& name) const {
-    for (const auto& entry : std::filesystem::directory_iterator(path))
-      if (entry.path().filename() != name) return false;
-    return true;
-  }
-
-  std::string path;
-};
-
-inline std::string readBytes(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
+/** The folder for all inputs of a process, in memory where there is such a place. */
+inline const TemporaryDirectory& fuzzFolder() {
+  preferMemory(1U << 20U);
+  static const TemporaryDirectory folder;
+  return folder;
 }
 
-/** Writes a file with a time of change that any later change is sure to replace. */
+/** Writes a file whose next change shows. */
 inline void writeOldFile(const std::string& path, std::string_view bytes) {
-  const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, S_IRUSR | S_IWUSR);
-  REQUIRE(file >= 0);
-  REQUIRE(write(file, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size()));
-  const std::array<timespec, 2> times = {{{1000, 1}, {1000, 1}}};
-  REQUIRE(futimens(file, times.data()) == 0);
-  close(file);
-}
-
-inline struct stat statusOf(const std::string& path) {
-  struct stat status {};
-  REQUIRE(stat(path.c_str(), &status) == 0);
-  return status;
-}
-
-inline bool isStillOld(const std::string& path) {
-  const timespec changed = statusOf(path).st_mtim;
-  return changed.tv_sec == 1000 && changed.tv_nsec == 1;
+  writeBytes(path, bytes);
+  makeOld(path);
 }

@@ -13,9 +13,10 @@
 #include <vector>
 
 #include "app/NetworkManagerConfig.h"
-#include "support/capture.h"
+#include "support/bytes.h"
 #include "support/child.h"
 #include "support/files.h"
+#include "support/printed.h"
 
 namespace {
 
@@ -43,7 +44,7 @@ std::string listingError(const std::string& path) {
   try {
     const std::filesystem::directory_iterator entries(path);
   } catch (const std::filesystem::filesystem_error& error) {
-    return std::string("Error: ") + error.what() + "\n";
+    return std::string("! Error: ") + error.what() + "\n";
   }
   return "no error";
 }
@@ -55,9 +56,9 @@ class ConfigTest : public testing::Test {
 
   ~ConfigTest() override { unsetenv(VARIABLE); }
 
-  Output initializeIn(const std::string& path) {
+  std::string initializeIn(const std::string& path) {
     setenv(VARIABLE, path.c_str(), 1);
-    return capture([&] { config.initialize(NetworkManagerConfig::DEBUG); });
+    return printedBy([&] { config.initialize(NetworkManagerConfig::DEBUG); });
   }
 
   Strings sortedConnectionFiles() const {
@@ -71,8 +72,9 @@ class ConfigTest : public testing::Test {
 
 TEST_F(ConfigTest, ProductionUsesTheSystemDirectory) {
   const std::string path = "/etc/NetworkManager/system-connections";
-  const Output output = capture([&] { config.initialize(NetworkManagerConfig::PRODUCTION); });
-  EXPECT_EQ(0U, output.out.find("NetworkManagerDirectoryPath: " + path + "\n")) << output.out;
+  const std::string output =
+      printedBy([&] { config.initialize(NetworkManagerConfig::PRODUCTION); });
+  EXPECT_EQ(0U, output.find("NetworkManagerDirectoryPath: " + path + "\n")) << output;
   // What is in it is the machine's affair.
   for (const std::string& found :
        {config.getEthernetConnectionPath(), config.getWifiConnectionPath()})
@@ -82,11 +84,10 @@ TEST_F(ConfigTest, ProductionUsesTheSystemDirectory) {
 TEST_F(ConfigTest, DebugPrintsTheWholeSearch) {
   writeBytes(directory.file("a.nmconnection"), WIFI_FILE);
   writeBytes(directory.file("b.txt"), ETHERNET_FILE);
-  EXPECT_EQ(initializeIn(directory.path),
-            (Output{"NetworkManagerDirectoryPath: " + directory.path +
-                        "\nEthernet Connection Path: " + directory.path +
-                        "/b.txt\nWifi Connection Path: " + directory.path + "/a.nmconnection\n",
-                    ""}));
+  EXPECT_EQ(initializeIn(directory.path), "NetworkManagerDirectoryPath: " + directory.path +
+                                              "\nEthernet Connection Path: " + directory.path +
+                                              "/b.txt\nWifi Connection Path: " + directory.path +
+                                              "/a.nmconnection\n");
   EXPECT_EQ(directory.file("b.txt"), config.getEthernetConnectionPath());
   EXPECT_EQ(directory.file("a.nmconnection"), config.getWifiConnectionPath());
 }
@@ -96,11 +97,9 @@ TEST_F(ConfigTest, OtherModesKeepTheDirectoryAndSearchAgain) {
   writeBytes(directory.file("new"), ETHERNET_FILE);
   unsetenv(VARIABLE);
   for (const int mode : {2, -1}) {
-    EXPECT_EQ(capture([&] { config.initialize(mode); }),
-              (Output{"NetworkManagerDirectoryPath: " + directory.path +
-                          "\nEthernet Connection Path: " + directory.path +
-                          "/new\nNo Wifi Connection Exists\nWifi Connection Path: \n",
-                      ""}));
+    EXPECT_EQ(printedBy([&] { config.initialize(mode); }),
+              "NetworkManagerDirectoryPath: " + directory.path + "\nEthernet Connection Path: " +
+                  directory.path + "/new\nNo Wifi Connection Exists\nWifi Connection Path: \n");
   }
 }
 
@@ -108,10 +107,10 @@ TEST_F(ConfigTest, MissingDirectoryIsReported) {
   writeBytes(directory.file("file"), ETHERNET_FILE);
   initializeIn(directory.path);
   std::filesystem::remove_all(directory.path);
-  EXPECT_EQ(capture([&] { config.refreshConnectionPaths(); }),
-            (Output{"No Ethernet Connection Exists\nEthernet Connection Path: \n"
-                    "No Wifi Connection Exists\nWifi Connection Path: \n",
-                    listingError(directory.path)}));
+  EXPECT_EQ(printedBy([&] { config.refreshConnectionPaths(); }),
+            "No Ethernet Connection Exists\nEthernet Connection Path: \n"
+            "No Wifi Connection Exists\nWifi Connection Path: \n" +
+                listingError(directory.path));
   EXPECT_EQ("", config.getEthernetConnectionPath());
   EXPECT_NE("no error", listingError(directory.path));
 }
@@ -122,8 +121,8 @@ TEST_F(ConfigTest, UnreadableDirectoryIsReported) {
   chmod(directory.path.c_str(), 0300);
   EXPECT_EQ(0, asOrdinaryUser([&] {
               Strings names;
-              const Output output = capture([&] { names = config.listConnectionFiles(); });
-              EXPECT_EQ(output, (Output{"", listingError(directory.path)}));
+              const std::string output = printedBy([&] { names = config.listConnectionFiles(); });
+              EXPECT_EQ(output, listingError(directory.path));
               EXPECT_TRUE(names.empty());
             }));
 }
@@ -137,7 +136,7 @@ class DebugDirectory : public ConfigTest {
     EXPECT_EQ(0, inChild([&] {
                 std::filesystem::current_path(from);
                 std::string found;
-                EXPECT_EQ(capture([&] { found = config.getDebugDirectoryPath(); }), Output{});
+                EXPECT_EQ(printedBy([&] { found = config.getDebugDirectoryPath(); }), "");
                 EXPECT_EQ(expected, found);
               }));
   }
@@ -195,11 +194,11 @@ TEST_F(DebugDirectory, MissingEverywhereIsReportedByTheListing) {
   EXPECT_EQ(0, inChild([&] {
               std::filesystem::current_path(working);
               const std::string path = working + "/Ethernet_Test_Connections";
-              EXPECT_EQ(capture([&] { config.initialize(NetworkManagerConfig::DEBUG); }),
-                        (Output{"NetworkManagerDirectoryPath: " + path +
-                                    "\nNo Ethernet Connection Exists\nEthernet Connection Path: \n"
-                                    "No Wifi Connection Exists\nWifi Connection Path: \n",
-                                listingError(path)}));
+              EXPECT_EQ(printedBy([&] { config.initialize(NetworkManagerConfig::DEBUG); }),
+                        "NetworkManagerDirectoryPath: " + path +
+                            "\nNo Ethernet Connection Exists\nEthernet Connection Path: \n"
+                            "No Wifi Connection Exists\nWifi Connection Path: \n" +
+                            listingError(path));
             }));
 }
 
@@ -232,7 +231,7 @@ TEST_F(ConfigTest, ListHasTheOrderOfTheDirectory) {
 TEST_F(ConfigTest, TenThousandFilesAreNoProblem) {
   for (int i = 0; i < 10000; ++i)
     writeBytes(directory.file("file" + std::to_string(i)), i == 7777 ? WIFI_FILE : "x");
-  EXPECT_EQ("", initializeIn(directory.path).err);
+  EXPECT_EQ(std::string::npos, initializeIn(directory.path).find("! "));
   EXPECT_EQ(10000U, config.listConnectionFiles().size());
   EXPECT_EQ(directory.file("file7777"), config.getWifiConnectionPath());
   EXPECT_EQ("", config.getEthernetConnectionPath());
@@ -244,11 +243,11 @@ TEST_F(ConfigTest, FirstMatchInTheGivenOrderWins) {
   for (const char* name : {"a", "b"}) writeBytes(directory.file(name), ETHERNET_FILE);
   for (const char* name : {"x", "y"}) writeBytes(directory.file(name), WIFI_FILE);
   initializeIn(directory.path);
-  const Output output = capture([&] {
+  const std::string output = printedBy([&] {
     config.findEthernetConnection({"missing", "x", "b", "a"});
     config.findWifiConnection({"a", "y", "x"});
   });
-  EXPECT_EQ(output, Output{});
+  EXPECT_EQ(output, "");
   EXPECT_EQ(directory.file("b"), config.getEthernetConnectionPath());
   EXPECT_EQ(directory.file("y"), config.getWifiConnectionPath());
 }
@@ -257,10 +256,9 @@ TEST_F(ConfigTest, WithoutAMatchThePathIsCleared) {
   writeBytes(directory.file("a"), ETHERNET_FILE);
   writeBytes(directory.file("x"), WIFI_FILE);
   initializeIn(directory.path);
-  EXPECT_EQ(capture([&] { config.findEthernetConnection({"x"}); }),
-            (Output{"No Ethernet Connection Exists\n", ""}));
-  EXPECT_EQ(capture([&] { config.findWifiConnection({}); }),
-            (Output{"No Wifi Connection Exists\n", ""}));
+  EXPECT_EQ(printedBy([&] { config.findEthernetConnection({"x"}); }),
+            "No Ethernet Connection Exists\n");
+  EXPECT_EQ(printedBy([&] { config.findWifiConnection({}); }), "No Wifi Connection Exists\n");
   EXPECT_EQ("", config.getEthernetConnectionPath());
   EXPECT_EQ("", config.getWifiConnectionPath());
 }
@@ -320,43 +318,41 @@ class DefaultFiles : public ConfigTest {
 };
 
 TEST_F(DefaultFiles, HaveTheirBytes) {
-  EXPECT_EQ(capture([&] { config.createDefaultEthernetFile(); }),
-            (Output{"New Ethernet connection file created at: " + ethernet + "\n", ""}));
+  EXPECT_EQ(printedBy([&] { config.createDefaultEthernetFile(); }),
+            "New Ethernet connection file created at: " + ethernet + "\n");
   EXPECT_EQ(189U, readBytes(ethernet).size());
   EXPECT_BYTES_EQ(DEFAULT_ETHERNET_BYTES, readBytes(ethernet));
   EXPECT_EQ(ethernet, config.getEthernetConnectionPath());
   EXPECT_EQ("", config.getWifiConnectionPath());
 
-  EXPECT_EQ(capture([&] { config.createDefaultWifiFile(); }),
-            (Output{"New Wi-Fi connection file created at: " + wifi + "\n", ""}));
+  EXPECT_EQ(printedBy([&] { config.createDefaultWifiFile(); }),
+            "New Wi-Fi connection file created at: " + wifi + "\n");
   EXPECT_EQ(117U, readBytes(wifi).size());
   EXPECT_BYTES_EQ(DEFAULT_WIFI_BYTES, readBytes(wifi));
   EXPECT_EQ(wifi, config.getWifiConnectionPath());
 }
 
 TEST_F(DefaultFiles, AreFoundAgain) {
-  capture([&] {
+  printedBy([&] {
     config.createDefaultEthernetFile();
     config.createDefaultWifiFile();
   });
-  EXPECT_EQ(
-      capture([&] { config.refreshConnectionPaths(); }),
-      (Output{"Ethernet Connection Path: " + ethernet + "\nWifi Connection Path: " + wifi + "\n",
-              ""}));
+  EXPECT_EQ(printedBy([&] { config.refreshConnectionPaths(); }),
+            "Ethernet Connection Path: " + ethernet + "\nWifi Connection Path: " + wifi + "\n");
 }
 
 TEST_F(DefaultFiles, ArePrivateWhateverTheUmaskAndReplaceWhatIsThere) {
   for (const mode_t mask : {0000, 0022, 0777}) {
     EXPECT_EQ(0, inChild([&] {
                 umask(mask);
-                capture([&] { config.createDefaultWifiFile(); });
+                printedBy([&] { config.createDefaultWifiFile(); });
                 EXPECT_EQ(0600U, modeOf(wifi));
                 std::filesystem::remove(wifi);
               }));
     writeBytes(ethernet, std::string(1000, 'x'));
     EXPECT_EQ(0, inChild([&] {
                 umask(mask);
-                capture([&] { config.createDefaultEthernetFile(); });
+                printedBy([&] { config.createDefaultEthernetFile(); });
               }));
     EXPECT_EQ(0600U, modeOf(ethernet));
     EXPECT_BYTES_EQ(DEFAULT_ETHERNET_BYTES, readBytes(ethernet));
@@ -366,16 +362,14 @@ TEST_F(DefaultFiles, ArePrivateWhateverTheUmaskAndReplaceWhatIsThere) {
 TEST_F(DefaultFiles, FailureIsReportedAndThePathKept) {
   std::filesystem::create_directory(ethernet);
   ASSERT_EQ(0, mkfifo(wifi.c_str(), 0600));  // is not waited for either
-  EXPECT_EQ(
-      0, inChild([&] {
-        EXPECT_EQ(
-            capture([&] { config.createDefaultEthernetFile(); }),
-            (Output{"", "Failed to create new Wi-Fi connection file at: " + ethernet + "\n"}));
-        EXPECT_EQ(capture([&] { config.createDefaultWifiFile(); }),
-                  (Output{"", "Failed to create new Wi-Fi connection file at: " + wifi + "\n"}));
-        EXPECT_EQ(ethernet, config.getEthernetConnectionPath());
-        EXPECT_EQ(wifi, config.getWifiConnectionPath());
-      }));
+  EXPECT_EQ(0, inChild([&] {
+              EXPECT_EQ(printedBy([&] { config.createDefaultEthernetFile(); }),
+                        "! Failed to create new Wi-Fi connection file at: " + ethernet + "\n");
+              EXPECT_EQ(printedBy([&] { config.createDefaultWifiFile(); }),
+                        "! Failed to create new Wi-Fi connection file at: " + wifi + "\n");
+              EXPECT_EQ(ethernet, config.getEthernetConnectionPath());
+              EXPECT_EQ(wifi, config.getWifiConnectionPath());
+            }));
 }
 
 // ---- Values

@@ -3,163 +3,117 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <pty.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
-#include <cerrno>
 #include <csignal>
-#include <cstdlib>
+#include <cstdio>
 #include <filesystem>
-#include <functional>
 #include <string>
 
 #include "app/NetworkManagerConfig.h"
-#include "support/capture.h"
+#include "support/bytes.h"
 #include "support/child.h"
-#include "support/files.h"
+#include "support/printed.h"
+#include "support/recorder.h"
 
 namespace {
 
 const std::string FAILED = "Failed to execute zor-network-permissions-handler: ";
-const std::string STARTED = "Calling permissions handler action: ";
-
-/** All that comes from a descriptor, until its other side is closed. */
-std::string readAll(int descriptor) {
-  std::string text;
-  std::array<char, 512> block{};
-  // A terminal whose other side is closed gives an error instead of an end.
-  for (ssize_t length = 0; (length = read(descriptor, block.data(), block.size())) > 0;)
-    text.append(block.data(), static_cast<std::size_t>(length));
-  close(descriptor);
-  return text;
-}
 
 class PermissionsHandler : public testing::Test {
  protected:
-  TemporaryDirectory directory;
-  std::string record = directory.file("record");
-  std::function<void()> prepareCaller = [] {};
+  Recorder recorder;
+  int status = -1;  // of the last request's child process
 
-  void SetUp() override {
-    setenv("PATH", directory.makeDirectory("bin").c_str(), 1);
-    setenv("RECORD", record.c_str(), 1);
-    unsetenv("RETURNED");
-    std::signal(SIGHUP, SIG_DFL);  // ignored where the tests run in the background
-  }
-
-  std::string handler() const { return directory.file("bin/zor-network-permissions-handler"); }
-  void install() const { std::filesystem::create_symlink(HANDLER_RECORDER, handler()); }
-
-  [[noreturn]] void call(const char* action, const char* argument) const {
-    prepareCaller();
-    execl(HANDLER_CALLER, "handler-caller", action, argument, nullptr);
-    _exit(127);
-  }
-
-  /** Requests an action in a fresh process whose two streams are pipes. */
-  Output request(const char* action, const char* argument) const {
-    std::array<int, 2> out{};
-    std::array<int, 2> err{};
-    if (pipe2(out.data(), O_CLOEXEC) != 0 || pipe2(err.data(), O_CLOEXEC) != 0) return {};
-    const pid_t caller = fork();
-    if (caller == 0) {
-      dup2(out[1], STDOUT_FILENO);
-      dup2(err[1], STDERR_FILENO);
-      call(action, argument);
-    }
-    close(out[1]);
-    close(err[1]);
-    Output output;
-    output.out = readAll(out[0]);  // neither says more than fits into a pipe
-    output.err = readAll(err[0]);
-    EXPECT_EQ(0, waitForStatus(caller));
-    return output;
-  }
-
-  /** The same on a pseudo-terminal, which shows both streams. */
-  std::string requestOnTerminal(const char* action, const char* argument) const {
-    int terminal = -1;
-    const pid_t caller = forkpty(&terminal, nullptr, nullptr, nullptr);
-    if (caller == 0) call(action, argument);
-    std::string text = readAll(terminal);
-    EXPECT_EQ(0, waitForStatus(caller));
-    return text;
+  std::string request(const char* action, const char* argument) {
+    return printedBy([&] {
+      NetworkManagerConfig::getInstance().runPermissionsHandler(action, argument);
+      status = waitForStatus(-1);
+    });
   }
 };
 
-TEST_F(PermissionsHandler, GetsItsNameAndTheActionOnly) {
-  install();
-  prepareCaller = [] { umask(022); };
-  for (const char* action : {"unlock", "rollback"}) {
-    EXPECT_EQ(request(action, ""), (Output{"exit 0\n", ""}));
-    EXPECT_EQ(std::string("<zor-network-permissions-handler><") + action + "> umask 22",
-              readBytes(record));
+TEST_F(PermissionsHandler, GetsTheActionAndAnArgumentThatIsNotEmpty) {
+  const struct {
+    const char* action;
+    const char* argument;
+    std::string recorded;
+  } cases[] = {
+      {"unlock", "", "[unlock]"},
+      {"finalize_wifi", "Hotspot", "[finalize_wifi][Hotspot]"},
+      {"finalize_ethernet", " $(id) 'a' \"b\" *\n\xFF",
+       "[finalize_ethernet][ $(id) 'a' \"b\" *\n\xFF]"},
+  };
+  for (const auto& wanted : cases) {
+    EXPECT_EQ("", request(wanted.action, wanted.argument));
+    EXPECT_EQ(RECORDER_STATUS, status);
+    EXPECT_BYTES_EQ(wanted.recorded, recorder.requests());
   }
 }
 
-TEST_F(PermissionsHandler, GetsTheArgumentAsItIs) {
-  install();
-  prepareCaller = [] { umask(022); };
-  request("finalize_wifi", "Hotspot");
-  EXPECT_EQ("<zor-network-permissions-handler><finalize_wifi><Hotspot> umask 22",
-            readBytes(record));
-  request("finalize_ethernet", " $(id) 'a' \"b\" *\n\xFF");
-  EXPECT_BYTES_EQ(
-      "<zor-network-permissions-handler><finalize_ethernet>< $(id) 'a' \"b\" *\n\xFF> umask 22",
-      readBytes(record));
-}
-
 TEST_F(PermissionsHandler, InheritsWhatTheProgramDidNotSet) {
-  install();
-  prepareCaller = [] {
-    umask(0002);
-    std::signal(SIGHUP, SIG_IGN);
-  };
-  request("unlock", "");
-  EXPECT_EQ("<zor-network-permissions-handler><unlock> umask 2 SIGHUP ignored", readBytes(record));
+  EXPECT_EQ(0, inChild([&] {
+              umask(0026);
+              std::signal(SIGHUP, SIG_IGN);
+              std::signal(SIGPIPE, SIG_IGN);  // as the program does
+              request("unlock", "");
+            }));
+  EXPECT_EQ("zor-network-permissions-handler umask 26 SIGHUP ignored",
+            recorder.calls().at(0).circumstances);
 }
 
 TEST_F(PermissionsHandler, IsNotWaitedFor) {
-  install();
-  prepareCaller = [] { umask(022); };
-  setenv("RETURNED", directory.file("returned").c_str(), 1);
-  EXPECT_EQ(request("unlock", ""), (Output{"exit 0\n", ""}));
-  EXPECT_EQ("<zor-network-permissions-handler><unlock> umask 22 caller went on", readBytes(record));
-}
-
-TEST_F(PermissionsHandler, MissingOneIsReportedOnceAndTheProgramGoesOn) {
-  EXPECT_EQ(request("unlock", ""), (Output{"exit 1\n", FAILED + "No such file or directory\n"}));
-  EXPECT_EQ(request("finalize_wifi", "Hotspot"),
-            (Output{"exit 1\n", FAILED + "No such file or directory\n"}));
-}
-
-TEST_F(PermissionsHandler, OneThatCannotBeExecutedIsReported) {
-  writeBytes(handler(), "#!/bin/sh\n");
-  EXPECT_EQ(request("unlock", ""), (Output{"exit 1\n", FAILED + "Permission denied\n"}));
-}
-
-TEST_F(PermissionsHandler, TerminalShowsTheUnflushedLine) {
-  install();
-  EXPECT_EQ(STARTED + "unlock\r\nexit 0\r\n", requestOnTerminal("unlock", ""));
-  std::filesystem::remove(handler());
-  EXPECT_EQ(STARTED + "finalize_wifi\r\n" + FAILED + "No such file or directory\r\nexit 1\r\n",
-            requestOnTerminal("finalize_wifi", "Hotspot"));
-}
-
-TEST_F(PermissionsHandler, RequestIsLostSilentlyWhenNoProcessCanBeStarted) {
-  install();
-  EXPECT_EQ(0, asOrdinaryUser([&] {
-              const rlimit none{0, 0};
-              ASSERT_EQ(0, setrlimit(RLIMIT_NPROC, &none));
-              EXPECT_EQ(capture([] {
-                          NetworkManagerConfig::getInstance().runPermissionsHandler("unlock", "");
-                        }),
-                        Output{});
-              ASSERT_EQ(-1, wait(nullptr)) << "a child was started after all";
+  std::filesystem::remove(recorder.program());
+  std::filesystem::create_symlink("/bin/cat", recorder.program());
+  EXPECT_EQ(0, inChild([] {
+              std::array<int, 2> input{};
+              ASSERT_EQ(0, pipe2(input.data(), O_CLOEXEC));
+              dup2(input[0], STDIN_FILENO);
+              NetworkManagerConfig::getInstance().runPermissionsHandler("-", "");
+              close(input[1]);  // only now it can end
+              EXPECT_EQ(0, waitForStatus(-1));
             }));
-  EXPECT_FALSE(std::filesystem::exists(record));
+}
+
+TEST_F(PermissionsHandler, IsReportedWhenItCannotBeExecuted) {
+  writeBytes(recorder.program(), "#!/bin/sh\n");
+  EXPECT_EQ(request("unlock", ""), "! " + FAILED + "Permission denied\n");
+  EXPECT_EQ(1, status);
+  std::filesystem::remove(recorder.program());
+  EXPECT_EQ(request("finalize_wifi", "Hotspot"), "! " + FAILED + "No such file or directory\n");
+  EXPECT_EQ(1, status);
+}
+
+TEST_F(PermissionsHandler, IsAnnouncedOnATerminalOnlyEvenIfItCannotBeExecuted) {
+  std::filesystem::remove(recorder.program());
+  int terminal = -1;
+  const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
+  if (child == 0) {
+    std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);  // as it is where all is said on a terminal
+    NetworkManagerConfig::getInstance().runPermissionsHandler("finalize_wifi", "Hotspot");
+    _exit(waitForStatus(-1));
+  }
+  std::string text;
+  // A terminal whose other side is closed gives an error instead of an end.
+  for (char byte = 0; read(terminal, &byte, 1) > 0;) text += byte;
+  close(terminal);
+  EXPECT_EQ(1, waitForStatus(child));
+  EXPECT_EQ("Calling permissions handler action: finalize_wifi\r\n" + FAILED +
+                "No such file or directory\r\n",
+            text);
+}
+
+TEST_F(PermissionsHandler, IsForgottenSilentlyWhenNoProcessCanBeStarted) {
+  EXPECT_EQ(0, asOrdinaryUser([] {
+              const ResourceLimit none(RLIMIT_NPROC, 0);
+              EXPECT_EQ("", printedBy([] {
+                          NetworkManagerConfig::getInstance().runPermissionsHandler("unlock", "");
+                        }));
+              EXPECT_FALSE(hasChild());
+            }));
+  EXPECT_EQ("", recorder.requests());
 }
 
 }  // namespace

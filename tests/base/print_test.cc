@@ -6,24 +6,23 @@
 
 #include <sstream>
 
-#include "support/capture.h"
-#include "support/files.h"
+#include "support/bytes.h"
+#include "support/printed.h"
 
 namespace {
 
 TEST(Lines, GoToTheirStreamFlushed) {
-  EXPECT_EQ(capture([] { logLine("a", std::string("b"), std::string_view("c")); }),
-            (Output{"abc\n", ""}));
-  EXPECT_EQ(capture([] { logError("a", std::string("b"), std::string_view("c")); }),
-            (Output{"", "abc\n"}));
-  EXPECT_EQ(capture([] { logLine(""); }), (Output{"\n", ""}));
+  EXPECT_EQ(printedBy([] { logLine("a", std::string("b"), std::string_view("c")); }), "abc\n");
+  EXPECT_EQ(printedBy([] { logError("a", std::string("b"), std::string_view("c")); }), "! abc\n");
+  EXPECT_EQ(printedBy([] { logLine(""); }), "\n");
 }
 
 TEST(Lines, CarryTheBytesThatTheyAreGiven) {
   std::string bytes;
   for (int byte = 0; byte <= 255; ++byte) bytes += static_cast<char>(byte);
-  EXPECT_BYTES_EQ(bytes + "\n", capture([&] { logLine(bytes); }).out);
-  EXPECT_BYTES_EQ(bytes + "\n", capture([&] { logError(bytes); }).err);
+  EXPECT_BYTES_EQ(bytes + "\n", printedBy([&] { logLine(bytes); }));
+  const std::string twoLines = "! " + bytes.substr(0, 11) + "! " + bytes.substr(11) + "\n";
+  EXPECT_BYTES_EQ(twoLines, printedBy([&] { logError(bytes); }));
 }
 
 TEST(Lines, GoOnAfterTheStreamFailed) {

@@ -11,6 +11,7 @@
 #include <csignal>
 #include <string>
 
+#include "support/bytes.h"
 #include "support/child.h"
 #include "support/files.h"
 

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "ini/ini.h"
+#include "support/bytes.h"
 #include "support/files.h"
 
 /** A folder with one INI file, and the operations on it as strings. */

@@ -5,6 +5,7 @@
 #include <type_traits>
 
 #include "ini/ini.h"
+#include "support/bytes.h"
 #include "support/files.h"
 
 extern "C" int useFromC(const char* Filename);

@@ -5,11 +5,16 @@
 //
 // A string is "=" and its bytes as hexadecimal digits; "-" is NULL, or no file, or a buffer that
 // was left alone. The answer to a reading operation ends in " touched" if it changed the file.
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdio>
+#include <filesystem>
+#include <fstream>
 #include <iostream>
 #include <optional>
 #include <sstream>
+#include <stdexcept>
 
 #include "ini/ini.h"
 #include "support/files.h"

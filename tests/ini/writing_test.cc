@@ -4,6 +4,7 @@
 
 #include <cfloat>
 #include <climits>
+#include <filesystem>
 #include <random>
 #include <string>
 #include <string_view>

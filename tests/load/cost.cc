@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 #include <sys/resource.h>
-#include <sys/statvfs.h>
 #include <time.h>
 #include <unistd.h>
 
@@ -22,6 +21,7 @@
 #include <string>
 
 #include "support/child.h"
+#include "support/files.h"
 
 namespace {
 
@@ -137,17 +137,7 @@ class Shared {
   Value* value = nullptr;
 };
 
-/** Has the folders of all tests in memory where there is room, which spares the disk. */
-bool useMemoryForFolders() {
-  constexpr unsigned long long NEEDED = 600ULL << 20U;
-  const char* const memory = "/dev/shm";
-  struct statvfs status {};
-  if (access(memory, W_OK) != 0 || statvfs(memory, &status) != 0) return false;
-  const auto room = static_cast<unsigned long long>(status.f_bavail) * status.f_frsize;
-  return room >= NEEDED && setenv("TMPDIR", memory, 1) == 0;
-}
-
-[[maybe_unused]] const bool IN_MEMORY = useMemoryForFolders();
+[[maybe_unused]] const bool IN_MEMORY = (preferMemory(600ULL << 20U), true);
 
 }  // namespace
 

@@ -7,8 +7,6 @@
 #include <ostream>
 #include <string>
 
-#include "support/files.h"
-
 // Where every access to memory is checked, all of it is slower: loads are smaller then. The checks'
 // own memory counts there, too.
 #if defined(__SANITIZE_ADDRESS__)

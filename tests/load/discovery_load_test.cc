@@ -8,8 +8,8 @@
 
 #include "app/NetworkManagerConfig.h"
 #include "load/cost.h"
-#include "support/capture.h"
 #include "support/files.h"
+#include "support/printed.h"
 
 namespace {
 
@@ -36,9 +36,9 @@ class DiscoveryLoad : public testing::Test {
           "[connection]\nid=" + std::to_string(i) + "\ntype=bridge\n\n[ipv4]\nmethod=auto\n");
   }
 
-  Output initializeIn(const std::string& folder) const {
+  std::string initializeIn(const std::string& folder) const {
     setenv("ZOR_NETWORKMANAGER_DEBUG_PATH", folder.c_str(), 1);
-    return capture([&] { config.initialize(NetworkManagerConfig::DEBUG); });
+    return printedBy([&] { config.initialize(NetworkManagerConfig::DEBUG); });
   }
 
   std::function<void()> search(const std::string& folder) const {
@@ -49,7 +49,7 @@ class DiscoveryLoad : public testing::Test {
                     "Ethernet Connection Path: \n"
                     "No Wifi Connection Exists\n"
                     "Wifi Connection Path: \n",
-                initializeIn(folder).out);
+                initializeIn(folder));
     };
   }
 };
@@ -59,14 +59,13 @@ TEST_F(DiscoveryLoad, FindsTheOneOfEachTypeAmongTenThousand) {
   const std::string wifi = large + "/the wireless one";
   writeBytes(ethernet, "[connection]\ntype=ethernet\n");
   writeBytes(wifi, "[connection]\ntype=wifi\n");
-  EXPECT_EQ((Output{"NetworkManagerDirectoryPath: " + large +
-                        "\n"
-                        "Ethernet Connection Path: " +
-                        ethernet +
-                        "\n"
-                        "Wifi Connection Path: " +
-                        wifi + "\n",
-                    ""}),
+  EXPECT_EQ("NetworkManagerDirectoryPath: " + large +
+                "\n"
+                "Ethernet Connection Path: " +
+                ethernet +
+                "\n"
+                "Wifi Connection Path: " +
+                wifi + "\n",
             initializeIn(large));
   EXPECT_EQ(10U * FILES + 2, config.listConnectionFiles().size());
 }

@@ -16,10 +16,9 @@
 
 #include "app/NetworkManagerConfig.h"
 #include "load/cost.h"
-#include "load/handler_stub.h"
-#include "support/capture.h"
 #include "support/child.h"
-#include "support/files.h"
+#include "support/printed.h"
+#include "support/recorder.h"
 
 namespace {
 
@@ -54,12 +53,7 @@ bool allEnded() {
 
 class HandlerLoad : public testing::Test {
  protected:
-  TemporaryDirectory directory;
-
-  void install(const char* program) const {
-    setenv("PATH", directory.makeDirectory("bin").c_str(), 1);
-    std::filesystem::create_symlink(program, directory.file("bin/zor-network-permissions-handler"));
-  }
+  Recorder recorder;
 
   static void request(int times) {
     const NetworkManagerConfig& config = NetworkManagerConfig::getInstance();
@@ -69,17 +63,16 @@ class HandlerLoad : public testing::Test {
 
 TEST_F(HandlerLoad, TenThousandStartsLeaveOneEndedProcessEachAndNothingElse) {
   constexpr int NO_ROOM = 77;
-  install(HANDLER_STUB);
   // What the requesting process leaves behind comes to us.
   ASSERT_EQ(0, prctl(PR_SET_CHILD_SUBREAPER, 1));
   const int status = inChild([] {
     alarm(0);
-    EXPECT_EQ(Output{}, capture([] { request(1); }));
+    EXPECT_EQ("", printedBy([] { request(1); }));
     const int descriptors = countDescriptors();
     const long blocks = blocksInUse();
     const long peak = peakKilobytes();
 
-    EXPECT_EQ(Output{}, capture([] { request(STARTS - 1); }));
+    EXPECT_EQ("", printedBy([] { request(STARTS - 1); }));
     EXPECT_LE(peakKilobytes(), peak + NOISE_IN_KILOBYTES);
 
     const pid_t probe = fork();
@@ -98,24 +91,19 @@ TEST_F(HandlerLoad, TenThousandStartsLeaveOneEndedProcessEachAndNothingElse) {
   for (int each = 0; wait(&each) > 0;) ++statuses[WEXITSTATUS(each)];
   if (status == NO_ROOM) GTEST_SKIP() << "this account may not have " << STARTS << " processes";
   EXPECT_EQ(0, status);
-  EXPECT_EQ((std::map<int, int>{{HANDLER_STATUS, STARTS}}), statuses);
+  EXPECT_EQ((std::map<int, int>{{RECORDER_STATUS, STARTS}}), statuses);
 }
 
 TEST_F(HandlerLoad, RequestsBeyondTheProcessLimitAreLostSilently) {
   constexpr int LIMIT = 100;
-  install("/bin/true");  // that an ordinary user can start, wherever our own programs are
-  directory.giveToOrdinaryUser();
   EXPECT_EQ(0, asOrdinaryUser([&] {
               const int descriptors = countDescriptors();
               const long blocks = blocksInUse();
-              rlimit limit{};
-              ASSERT_EQ(0, getrlimit(RLIMIT_NPROC, &limit));
-              const rlimit few{LIMIT, limit.rlim_max};
-              ASSERT_EQ(0, setrlimit(RLIMIT_NPROC, &few));
-
-              EXPECT_EQ(Output{}, capture([&] { request(10 * LIMIT); }));
-
-              EXPECT_EQ(-1, fork());
+              {
+                const ResourceLimit few(RLIMIT_NPROC, LIMIT);
+                EXPECT_EQ("", printedBy([&] { request(10 * LIMIT); }));
+                EXPECT_EQ(-1, fork());
+              }
               EXPECT_EQ(descriptors, countDescriptors());
               EXPECT_EQ(blocks, blocksInUse());
               int started = 0;
@@ -123,7 +111,6 @@ TEST_F(HandlerLoad, RequestsBeyondTheProcessLimitAreLostSilently) {
               EXPECT_GE(LIMIT, started);  // fewer where this user has other processes
 
               // The next request is not lost, as soon as there is room.
-              ASSERT_EQ(0, setrlimit(RLIMIT_NPROC, &limit));
               request(1);
               EXPECT_LT(0, wait(nullptr));
             }));

@@ -17,6 +17,7 @@
 
 #include "ini/ini.h"
 #include "load/cost.h"
+#include "support/bytes.h"
 #include "support/files.h"
 
 namespace {

@@ -13,6 +13,7 @@
 #include "settings/ethernet.h"
 #include "settings/keyfile.h"
 #include "settings/wifi.h"
+#include "support/bytes.h"
 #include "support/files.h"
 
 namespace {

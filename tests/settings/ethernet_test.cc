@@ -10,8 +10,9 @@
 #include <vector>
 
 #include "settings/entries.h"
-#include "support/capture.h"
+#include "support/bytes.h"
 #include "support/files.h"
+#include "support/printed.h"
 
 namespace {
 
@@ -49,14 +50,14 @@ TEST(EthernetUpdateRecord, ClearingTheOctetsKeepsTheMode) {
 struct Stored {
   std::string text;
   std::string record;
-  Output output;
+  std::string output;
 };
 
 /** Starts from a record that is filled already. */
 Stored store(const std::string& address, const std::string& mask, const std::string& gateway) {
   EthernetUpdateRecord record{1, {1, 2, 3, 4}, {5, 6, 7, 8}, {9, 10, 11, 12}};
   Stored stored;
-  stored.output = capture([&] { stored.text = formatEthernetAddress(address, mask, gateway); });
+  stored.output = printedBy([&] { stored.text = formatEthernetAddress(address, mask, gateway); });
   record.setOctets(address, mask, gateway);
   stored.record = record.toText();
   return stored;
@@ -66,7 +67,7 @@ TEST(StoredEthernetAddress, IsAddressPrefixAndGateway) {
   const Stored stored = store("192.168.1.10", "255.255.255.0", "192.168.1.1");
   EXPECT_EQ("192.168.1.10/24,192.168.1.1", stored.text);
   EXPECT_EQ("01 C0 A8 01 0A FF FF FF 00 C0 A8 01 01 ", stored.record);
-  EXPECT_EQ(Output{}, stored.output);
+  EXPECT_EQ("", stored.output);
 }
 
 TEST(StoredEthernetAddress, KeepsTheTextsAsTheyWereEntered) {
@@ -80,8 +81,7 @@ TEST(StoredEthernetAddress, ReportsABadMaskFirst) {
     const Stored stored = store("bad", mask, "bad");
     EXPECT_EQ("", stored.text);
     EXPECT_EQ("01 " + UNSET_OCTETS, stored.record);
-    EXPECT_EQ((Output{"", "Unable to create ethernet address: invalid subnet mask\n"}),
-              stored.output);
+    EXPECT_EQ("! Unable to create ethernet address: invalid subnet mask\n", stored.output);
   }
 }
 
@@ -92,9 +92,8 @@ TEST(StoredEthernetAddress, ReportsABadAddressOrGateway) {
     const Stored stored = store(address, "255.255.255.0", gateway);
     EXPECT_EQ("", stored.text);
     EXPECT_EQ("01 " + UNSET_OCTETS, stored.record);
-    EXPECT_EQ(
-        (Output{"", "Unable to create ethernet address: invalid IP, subnet, or gateway format\n"}),
-        stored.output);
+    EXPECT_EQ("! Unable to create ethernet address: invalid IP, subnet, or gateway format\n",
+              stored.output);
   }
 }
 

@@ -14,7 +14,7 @@
 
 #include "settings/ipv4.h"
 #include "settings/ipv4_definitions.h"
-#include "support/capture.h"
+#include "support/printed.h"
 
 namespace {
 
@@ -68,9 +68,9 @@ TEST(ExhaustivePrefixes, BecomeMasksAndPrefixesAgain) {
   }
   for (const std::uint32_t prefix : {33U, 64U, 255U, 256U, 0x80000000U, 0xFFFFFFFFU}) {
     std::string mask;
-    const Output output = capture([&] { mask = cidrPrefixToSubnetMask(prefix); });
+    const std::string output = printedBy([&] { mask = cidrPrefixToSubnetMask(prefix); });
     EXPECT_EQ("", mask);
-    EXPECT_EQ("Invalid CIDR prefix: " + std::to_string(prefix) + "\n", output.err);
+    EXPECT_EQ("! Invalid CIDR prefix: " + std::to_string(prefix) + "\n", output);
   }
 }
 

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "base/print.h"
-#include "support/capture.h"
+#include "support/printed.h"
 
 namespace {
 
@@ -108,18 +108,17 @@ TEST(CidrPrefixToSubnetMask, WritesTheMask) {
       {24, "255.255.255.0"}, {31, "255.255.255.254"}, {32, "255.255.255.255"}};
   for (const auto& [prefix, expected] : cases) {
     std::string mask;
-    EXPECT_EQ(capture([&, length = prefix] { mask = cidrPrefixToSubnetMask(length); }), Output{});
+    EXPECT_EQ(printedBy([&, length = prefix] { mask = cidrPrefixToSubnetMask(length); }), "");
     EXPECT_EQ(expected, mask);
   }
 }
 
 TEST(CidrPrefixToSubnetMask, ReportsAPrefixAbove32) {
   std::string mask = "before";
-  EXPECT_EQ(capture([&] { mask = cidrPrefixToSubnetMask(33); }),
-            (Output{"", "Invalid CIDR prefix: 33\n"}));
+  EXPECT_EQ(printedBy([&] { mask = cidrPrefixToSubnetMask(33); }), "! Invalid CIDR prefix: 33\n");
   EXPECT_EQ("", mask);
-  EXPECT_EQ(capture([&] { mask = cidrPrefixToSubnetMask(4294967295U); }),
-            (Output{"", "Invalid CIDR prefix: 4294967295\n"}));
+  EXPECT_EQ(printedBy([&] { mask = cidrPrefixToSubnetMask(4294967295U); }),
+            "! Invalid CIDR prefix: 4294967295\n");
 }
 
 TEST(SubnetMaskToCidrPrefix, CountsTheBits) {
@@ -132,7 +131,7 @@ TEST(SubnetMaskToCidrPrefix, CountsTheBits) {
 }
 
 TEST(SubnetMaskToCidrPrefix, RejectsGapsAndOtherTextSilently) {
-  EXPECT_EQ(capture([] {
+  EXPECT_EQ(printedBy([] {
               for (const char* mask :
                    {"255.0.255.0", "0.255.255.255", "255.255.0.255", "0.0.0.1", "127.255.255.255",
                     "255.255.255.253", "255.255.255.256", "255.255.255", "", "24", "/24", "mask"}) {
@@ -140,18 +139,18 @@ TEST(SubnetMaskToCidrPrefix, RejectsGapsAndOtherTextSilently) {
                   logError("accepted: ", mask);
               }
             }),
-            Output{});
+            "");
 }
 
 // ---- The logged check
 
 TEST(ValidateIpAddress, LogsTextAndVerdict) {
   bool valid = false;
-  EXPECT_EQ(capture([&] { valid = validateIpAddress("10.0.0.1"); }),
-            (Output{"Validating IP Address: 10.0.0.1\nIP Address validation result: Valid\n", ""}));
+  EXPECT_EQ(printedBy([&] { valid = validateIpAddress("10.0.0.1"); }),
+            "Validating IP Address: 10.0.0.1\nIP Address validation result: Valid\n");
   EXPECT_TRUE(valid);
-  EXPECT_EQ(capture([&] { valid = validateIpAddress(" \xFF "); }),
-            (Output{"Validating IP Address:  \xFF \nIP Address validation result: Invalid\n", ""}));
+  EXPECT_EQ(printedBy([&] { valid = validateIpAddress(" \xFF "); }),
+            "Validating IP Address:  \xFF \nIP Address validation result: Invalid\n");
   EXPECT_FALSE(valid);
 }
 
@@ -161,19 +160,19 @@ struct Split {
   std::string address = "before";
   std::string mask = "before";
   std::string gateway = "before";
-  Output output;
+  std::string output;
 };
 
 Split splitEthernet(const std::string& stored) {
   Split split;
   split.output =
-      capture([&] { splitEthernetAddress(stored, split.address, split.mask, split.gateway); });
+      printedBy([&] { splitEthernetAddress(stored, split.address, split.mask, split.gateway); });
   return split;
 }
 
 Split splitAp(const std::string& stored) {
   Split split;
-  split.output = capture([&] { splitApAddress(stored, split.address, split.mask); });
+  split.output = printedBy([&] { splitApAddress(stored, split.address, split.mask); });
   return split;
 }
 
@@ -183,13 +182,13 @@ void expectEthernet(const std::string& stored, const std::string& address, const
   EXPECT_EQ(address, split.address) << stored;
   EXPECT_EQ(mask, split.mask) << stored;
   EXPECT_EQ(gateway, split.gateway) << stored;
-  EXPECT_EQ(Output{}, split.output) << stored;
+  EXPECT_EQ("", split.output) << stored;
 }
 
 void expectEthernetFailure(const std::string& stored, const std::string& message) {
   const Split split = splitEthernet(stored);
   EXPECT_EQ("", split.address + split.mask + split.gateway) << stored;
-  EXPECT_EQ((Output{"", message + stored + "\n"}), split.output);
+  EXPECT_EQ("! " + message + stored + "\n", split.output);
 }
 
 TEST(SplitEthernetAddress, GivesAddressMaskAndGateway) {
@@ -227,7 +226,7 @@ TEST(SplitApAddress, GivesAddressAndMask) {
     const Split split = splitAp(stored);
     EXPECT_EQ("10.42.0.1", split.address);
     EXPECT_EQ("255.255.255.0", split.mask);
-    EXPECT_EQ(Output{}, split.output);
+    EXPECT_EQ("", split.output);
   }
   const Split commaFirst = splitAp("a,b/8");
   EXPECT_EQ("a,b", commaFirst.address);
@@ -245,7 +244,7 @@ TEST(SplitApAddress, ReportsFailures) {
   for (const auto& [stored, message] : cases) {
     const Split split = splitAp(stored);
     EXPECT_EQ("", split.address + split.mask) << stored;
-    EXPECT_EQ((Output{"", message}), split.output);
+    EXPECT_EQ("! " + message, split.output);
   }
 }
 

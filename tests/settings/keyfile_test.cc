@@ -8,13 +8,15 @@
 
 #include <chrono>
 #include <csignal>
+#include <filesystem>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "support/capture.h"
+#include "support/bytes.h"
 #include "support/child.h"
 #include "support/files.h"
+#include "support/printed.h"
 
 using namespace std::string_literals;
 
@@ -26,7 +28,7 @@ class KeyfileQuotes : public testing::Test {
   std::string file = directory.file("wlan0.nmconnection");
 
   void removeQuotes() {
-    EXPECT_EQ(Output{}, capture([&] { removeKeyfileValueQuotes(file); }));
+    EXPECT_EQ("", printedBy([&] { removeKeyfileValueQuotes(file); }));
   }
 
   std::string cleaned(const std::string& bytes) {

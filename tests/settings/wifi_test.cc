@@ -11,9 +11,9 @@
 #include <vector>
 
 #include "settings/entries.h"
-#include "support/capture.h"
 #include "support/child.h"
 #include "support/files.h"
+#include "support/printed.h"
 
 namespace {
 
@@ -66,12 +66,12 @@ TEST(WifiPassword, RuleHoldsInOtherLocales) {
 
 struct Stored {
   std::string text;
-  Output output;
+  std::string output;
 };
 
 Stored store(const std::string& address, const std::string& mask) {
   Stored stored;
-  stored.output = capture([&] { stored.text = formatApAddress(address, mask); });
+  stored.output = printedBy([&] { stored.text = formatApAddress(address, mask); });
   return stored;
 }
 
@@ -90,14 +90,14 @@ TEST(StoredApAddress, GatewayIsTheFirstAddressOfTheLastField) {
   for (const auto& [address, mask, expected] : cases) {
     const Stored stored = store(address, mask);
     EXPECT_EQ(expected, stored.text);
-    EXPECT_EQ((Output{logOf(address, "Valid"), ""}), stored.output);
+    EXPECT_EQ(logOf(address, "Valid"), stored.output);
   }
 }
 
 TEST(StoredApAddress, TrimsTheAddress) {
   const Stored stored = store(" \t10.42.0.1\r\n", "255.255.255.0");
   EXPECT_EQ("10.42.0.1/24,10.42.0.1", stored.text);
-  EXPECT_EQ((Output{logOf("10.42.0.1", "Valid"), ""}), stored.output);
+  EXPECT_EQ(logOf("10.42.0.1", "Valid"), stored.output);
 }
 
 const std::string FAILED = "Unable to create AP address: invalid IP or subnet mask\n";
@@ -106,7 +106,7 @@ TEST(StoredApAddress, BadMaskFailsBeforeTheAddressIsLookedAt) {
   for (const char* mask : {"255.255.0.255", "", "24"}) {
     const Stored stored = store("192.168.4.20", mask);
     EXPECT_EQ("", stored.text);
-    EXPECT_EQ((Output{"", FAILED}), stored.output);
+    EXPECT_EQ("! " + FAILED, stored.output);
   }
 }
 
@@ -114,7 +114,7 @@ TEST(StoredApAddress, BadAddressFails) {
   for (const char* address : {"", "192.168.4", "192.168.4.256", "ap"}) {
     const Stored stored = store(address, "255.255.255.0");
     EXPECT_EQ("", stored.text);
-    EXPECT_EQ((Output{logOf(address, "Invalid"), FAILED}), stored.output);
+    EXPECT_EQ(logOf(address, "Invalid") + "! " + FAILED, stored.output);
   }
 }
 

@@ -3,12 +3,12 @@
 #include <gtkmm/checkbutton.h>
 #include <gtkmm/entry.h>
 
-#include "support/gtk_test.h"
+#include "support/keyfile_test.h"
+#include "support/printed.h"
+#include "support/widgets.h"
 #include "widgets/EthernetGrid.h"
 
 namespace {
-
-using namespace gtk_test;
 
 class EthernetPage : public KeyfileTest {
  protected:
@@ -16,7 +16,7 @@ class EthernetPage : public KeyfileTest {
 
   /** The keyfile that the widgets read their first values from. */
   void ethernetKeyfile(const std::string& connectionLines) {
-    keyfile("wired", "[connection]\ntype=ethernet\n" + connectionLines);
+    writeBytes(directory.file("wired"), "[connection]\ntype=ethernet\n" + connectionLines);
     loadKeyfiles();
   }
 };
@@ -123,7 +123,7 @@ TEST_F(EthernetPage, ModeBoxFramesTheTwoButtonsAndChoosesNone) {
 TEST_F(EthernetPage, ModeBoxPrintsTheKeyfileOnce) {
   ethernetKeyfile("");
   EXPECT_EQ(printedBy([&] { EthernetIPModeBox box(config); }),
-            "Ethernet Path: " + path("wired") + "\n");
+            "Ethernet Path: " + directory.file("wired") + "\n");
 }
 
 TEST_F(EthernetPage, ModeButtonsExcludeEachOther) {
@@ -171,7 +171,7 @@ TEST_F(EthernetPage, GridPlacesItsBoxesAndLeavesColumnZeroEmpty) {
 TEST_F(EthernetPage, GridPrintsTheKeyfileAndOneChange) {
   ethernetKeyfile("");
   EXPECT_EQ(printedBy([&] { EthernetGrid grid(config); }),
-            lines({"Ethernet Path: " + path("wired"), "Ethernet button has changed"}));
+            lines({"Ethernet Path: " + directory.file("wired"), "Ethernet button has changed"}));
 }
 
 TEST_F(EthernetPage, EntriesFollowTheModeButtons) {

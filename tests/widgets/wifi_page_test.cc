@@ -10,12 +10,12 @@
 #include <chrono>
 #include <stdexcept>
 
-#include "support/gtk_test.h"
+#include "support/keyfile_test.h"
+#include "support/printed.h"
+#include "support/widgets.h"
 #include "widgets/WifiGrid.h"
 
 namespace {
-
-using namespace gtk_test;
 
 class WifiPage : public KeyfileTest {
  protected:
@@ -23,7 +23,7 @@ class WifiPage : public KeyfileTest {
 
   /** The keyfile that the widgets read their first values from. */
   void wifiKeyfile(const std::string& more) {
-    keyfile("wireless", "[connection]\ntype=wifi\n" + more);
+    writeBytes(directory.file("wireless"), "[connection]\ntype=wifi\n" + more);
     loadKeyfiles();
   }
 };
@@ -73,7 +73,8 @@ TEST_F(WifiPage, ModeBoxFramesTheThreeButtonsDisabledFirst) {
 
 TEST_F(WifiPage, ModeBoxPrintsTheKeyfileOnce) {
   wifiKeyfile("[wifi]\nmode=ap\n");
-  EXPECT_EQ(printedBy([&] { WifiModeBox box(config); }), "Wifi Path: " + path("wireless") + "\n");
+  EXPECT_EQ(printedBy([&] { WifiModeBox box(config); }),
+            "Wifi Path: " + directory.file("wireless") + "\n");
 }
 
 TEST_F(WifiPage, ModeBoxChoosesExactlyTheModeOfTheKeyfile) {
@@ -355,7 +356,8 @@ TEST_F(WifiPage, GridPlacesItsBoxesAndLeavesColumnZeroEmpty) {
 
 TEST_F(WifiPage, GridPrintsTheKeyfileAndNothingElse) {
   wifiKeyfile("[wifi]\nmode=ap\n");
-  EXPECT_EQ(printedBy([&] { WifiGrid grid(config); }), "Wifi Path: " + path("wireless") + "\n");
+  EXPECT_EQ(printedBy([&] { WifiGrid grid(config); }),
+            "Wifi Path: " + directory.file("wireless") + "\n");
 }
 
 TEST_F(WifiPage, AccessPointsPartFollowsTheModeFromTheStart) {

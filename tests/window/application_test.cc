@@ -7,8 +7,6 @@
 
 namespace {
 
-using namespace gtk_test;
-
 /** The window as the program runs it: made, owned and deleted by the application. */
 class ApplicationRun : public WindowTest {
  protected:
@@ -34,8 +32,10 @@ class ApplicationRun : public WindowTest {
         },
         30);
     int status = -1;
-    printed = printedBy(
-        [&] { status = application->make_window_and_run<NetworkManagerWindow>(0, nullptr); });
+    printed = printedBy([&] {
+      status = application->make_window_and_run<NetworkManagerWindow>(0, nullptr);
+      waitForChildren();
+    });
     limit.disconnect();
     EXPECT_EQ(running, nullptr) << "the window is deleted";
     return status == 0 && !late;
@@ -60,24 +60,24 @@ TEST_F(ApplicationRun, EndsWhenTheUserLeaves) {
   }));
   EXPECT_TRUE(visible);
   EXPECT_TRUE(printedLine("Closing program without saving"));
-  EXPECT_EQ(requests(), "[rollback]");
+  EXPECT_EQ(recorder.requests(), "[rollback]");
 }
 
 TEST_F(ApplicationRun, EndsAfterAnEthernetSave) {
   const UpdateRecordLock lock;
-  keyfile("wired", STATIC_KEYFILE);
+  writeBytes(directory.file("wired"), STATIC_KEYFILE);
   EXPECT_TRUE(runWindow([&] { press("Save And Exit"); }));
-  EXPECT_EQ(requests(), "[finalize_ethernet][ethernet]");
+  EXPECT_EQ(recorder.requests(), "[finalize_ethernet][ethernet]");
 }
 
 TEST_F(ApplicationRun, EndsAfterAWifiSave) {
   for (const char* content : {AP_KEYFILE, CLIENT_KEYFILE}) {
-    keyfile("wireless", content);
+    writeBytes(directory.file("wireless"), content);
     EXPECT_TRUE(runWindow([&] {
       showPageOfRunning(WIFI);
       press("Save And Exit");
     }));
-    EXPECT_EQ(requests(),
+    EXPECT_EQ(recorder.requests(),
               content == AP_KEYFILE ? "[finalize_wifi][Hotspot]" : "[finalize_wifi][ZOR]");
   }
 }
@@ -87,7 +87,7 @@ TEST_F(ApplicationRun, EndsAfterWifiIsDisabled) {
     showPageOfRunning(WIFI);
     press("Save And Exit");
   }));
-  EXPECT_EQ(requests(), "[finalize_wifi]");
+  EXPECT_EQ(recorder.requests(), "[finalize_wifi]");
 }
 
 TEST_F(ApplicationRun, EndsWhenTheWindowIsClosed) {
@@ -96,13 +96,13 @@ TEST_F(ApplicationRun, EndsWhenTheWindowIsClosed) {
       showPageOfRunning(page);
       running->close();
     }));
-    EXPECT_EQ(requests(), "");
+    EXPECT_EQ(recorder.requests(), "");
   }
 }
 
 TEST_F(ApplicationRun, IsNotKeptByAVisibleDialog) {
-  keyfile("wired", STATIC_KEYFILE);
-  keyfile("wireless", AP_KEYFILE);
+  writeBytes(directory.file("wired"), STATIC_KEYFILE);
+  writeBytes(directory.file("wireless"), AP_KEYFILE);
   for (const bool close : {false, true}) {
     bool visible = false;
     EXPECT_TRUE(runWindow([&] {
@@ -121,13 +121,13 @@ TEST_F(ApplicationRun, IsNotKeptByAVisibleDialog) {
     }));
     EXPECT_TRUE(visible);
     EXPECT_TRUE(dialogs().empty());
-    EXPECT_EQ(requests(), close ? "" : "[rollback]");
+    EXPECT_EQ(recorder.requests(), close ? "" : "[rollback]");
   }
 }
 
 TEST_F(ApplicationRun, GoesOnAfterADialog) {
   const UpdateRecordLock lock;
-  keyfile("wired", STATIC_KEYFILE);
+  writeBytes(directory.file("wired"), STATIC_KEYFILE);
   bool stillThere = false;
   EXPECT_TRUE(runWindow([&] {
     auto& gateway = fieldOf<Gtk::Entry>(*running, "Default Gateway");
@@ -139,7 +139,7 @@ TEST_F(ApplicationRun, GoesOnAfterADialog) {
     press("Save And Exit");
   }));
   EXPECT_TRUE(stillThere);
-  EXPECT_EQ(requests(), "[finalize_ethernet][ethernet]");
+  EXPECT_EQ(recorder.requests(), "[finalize_ethernet][ethernet]");
 }
 
 }  // namespace

@@ -4,19 +4,17 @@
 
 namespace {
 
-using namespace gtk_test;
-
 class Construction : public WindowTest {};
 
 // ---- Printed lines
 
 TEST_F(Construction, PrintsEachStepForAStaticAddressAndAnAccessPoint) {
-  keyfile("a", STATIC_KEYFILE);
-  keyfile("b", AP_KEYFILE);
+  writeBytes(directory.file("a"), STATIC_KEYFILE);
+  writeBytes(directory.file("b"), AP_KEYFILE);
   EXPECT_EQ(open(), lines({
-                        "Ethernet Path: " + path("a"),
+                        "Ethernet Path: " + directory.file("a"),
                         "Ethernet button has changed",
-                        "Wifi Path: " + path("b"),
+                        "Wifi Path: " + directory.file("b"),
                         "Current Page: 0",
                         "setSelectedEthernetMode called. Retrieved mode: manual",
                         "ETHERNET_STATIC_MODE constant: manual",
@@ -33,12 +31,12 @@ TEST_F(Construction, PrintsEachStepForAStaticAddressAndAnAccessPoint) {
 }
 
 TEST_F(Construction, PrintsEachStepForADynamicAddressAndAClient) {
-  keyfile("a", DYNAMIC_KEYFILE);
-  keyfile("b", CLIENT_KEYFILE);
+  writeBytes(directory.file("a"), DYNAMIC_KEYFILE);
+  writeBytes(directory.file("b"), CLIENT_KEYFILE);
   EXPECT_EQ(open(), lines({
-                        "Ethernet Path: " + path("a"),
+                        "Ethernet Path: " + directory.file("a"),
                         "Ethernet button has changed",
-                        "Wifi Path: " + path("b"),
+                        "Wifi Path: " + directory.file("b"),
                         "Current Page: 0",
                         "setSelectedEthernetMode called. Retrieved mode: auto",
                         "ETHERNET_STATIC_MODE constant: manual",
@@ -69,12 +67,12 @@ TEST_F(Construction, PrintsEachStepWithoutAnyKeyfile) {
 }
 
 TEST_F(Construction, PrintsTheUnknownModeAndTheUnreadableAccessPointAddress) {
-  keyfile("a", "[connection]\ntype=ethernet\n[ipv4]\nmethod=link-local\n");
-  keyfile("b", "[connection]\ntype=wifi\n[wifi]\nmode=ap\n");
+  writeBytes(directory.file("a"), "[connection]\ntype=ethernet\n[ipv4]\nmethod=link-local\n");
+  writeBytes(directory.file("b"), "[connection]\ntype=wifi\n[wifi]\nmode=ap\n");
   EXPECT_EQ(open(), lines({
-                        "Ethernet Path: " + path("a"),
+                        "Ethernet Path: " + directory.file("a"),
                         "Ethernet button has changed",
-                        "Wifi Path: " + path("b"),
+                        "Wifi Path: " + directory.file("b"),
                         "Current Page: 0",
                         "setSelectedEthernetMode called. Retrieved mode: link-local",
                         "ETHERNET_STATIC_MODE constant: manual",
@@ -150,7 +148,8 @@ TEST_F(Construction, TakesTheEthernetModeFromTheKeyfile) {
       {"method=\xff\xc3", "Dynamic IP", "! Unrecognized Ethernet mode '\xff\xc3'; "},
   };
   for (const auto& wanted : cases) {
-    keyfile("a", "[connection]\ntype=ethernet\n[ipv4]\n" + wanted.method + "\naddress1=/,\n");
+    writeBytes(directory.file("a"),
+               "[connection]\ntype=ethernet\n[ipv4]\n" + wanted.method + "\naddress1=/,\n");
     const std::string printed = open();
     EXPECT_EQ(ethernetMode(), wanted.button) << wanted.method;
     if (wanted.error.empty()) {
@@ -194,7 +193,8 @@ TEST_F(Construction, FillsTheStaticEntriesFromTheKeyfile) {
        "Read fullEthernetAddress: \xff/24,\xc3\xa9\xc3\n"},
   };
   for (const auto& wanted : cases) {
-    keyfile("a", "[connection]\ntype=ethernet\n[ipv4]\nmethod=manual\n" + wanted.stored + "\n");
+    writeBytes(directory.file("a"),
+               "[connection]\ntype=ethernet\n[ipv4]\nmethod=manual\n" + wanted.stored + "\n");
     const std::string printed = open();
     EXPECT_EQ(ethernetTexts(), wanted.shown) << wanted.stored;
     EXPECT_NE(printed.find(wanted.printed), std::string::npos) << printed;
@@ -203,7 +203,8 @@ TEST_F(Construction, FillsTheStaticEntriesFromTheKeyfile) {
 }
 
 TEST_F(Construction, LeavesTheEntriesEmptyForADynamicAddress) {
-  keyfile("a", std::string(DYNAMIC_KEYFILE) + "address1=1.2.3.4/24,1.2.3.1\ndns=8.8.8.8\n");
+  writeBytes(directory.file("a"),
+             std::string(DYNAMIC_KEYFILE) + "address1=1.2.3.4/24,1.2.3.1\ndns=8.8.8.8\n");
   open();
   EXPECT_EQ(ethernetTexts(), (std::vector<std::string>{"", "", "", ""}));
   EXPECT_FALSE(widgetOf<EthernetCredentialsBox>(*window).get_visible());
@@ -240,8 +241,8 @@ TEST_F(Construction, FillsTheAccessPointFromTheKeyfile) {
   for (const auto& wanted : cases) {
     std::string content = "[connection]\ntype=wifi\n" + wanted.stored;
     content.insert(content.find("[wifi]\n") + 7, "mode=ap\n");
-    keyfile("a", DYNAMIC_KEYFILE);
-    keyfile("b", content);
+    writeBytes(directory.file("a"), DYNAMIC_KEYFILE);
+    writeBytes(directory.file("b"), content);
     const std::string printed = open();
     EXPECT_EQ(apEntry("IP Address").get_text().raw(), wanted.ipAddress) << wanted.stored;
     EXPECT_EQ(apEntry("Subnet Mask").get_text().raw(), wanted.mask) << wanted.stored;
@@ -254,8 +255,8 @@ TEST_F(Construction, FillsTheAccessPointFromTheKeyfile) {
 
 TEST_F(Construction, LeavesTheAccessPointEmptyInOtherModes) {
   for (const std::string mode : {"infrastructure", "disabled", "mesh"}) {
-    keyfile("b", "[connection]\ntype=wifi\n[wifi]\nband=bg\nchannel=6\nmode=" + mode +
-                     "\n[ipv4]\naddress1=10.42.0.1/24,10.42.0.1\n");
+    writeBytes(directory.file("b"), "[connection]\ntype=wifi\n[wifi]\nband=bg\nchannel=6\nmode=" +
+                                        mode + "\n[ipv4]\naddress1=10.42.0.1/24,10.42.0.1\n");
     open();
     EXPECT_EQ(apEntry("IP Address").get_text().raw(), "") << mode;
     EXPECT_EQ(apEntry("Subnet Mask").get_text().raw(), "") << mode;
@@ -264,7 +265,7 @@ TEST_F(Construction, LeavesTheAccessPointEmptyInOtherModes) {
 }
 
 TEST_F(Construction, ReadsModeNameAndPasswordOfTheWifiKeyfile) {
-  keyfile("b", CLIENT_KEYFILE);
+  writeBytes(directory.file("b"), CLIENT_KEYFILE);
   open();
   EXPECT_EQ(wifiMode(), "Client");
   EXPECT_EQ(credentialEntry("SSID").get_text().raw(), "Home");
@@ -278,10 +279,11 @@ TEST_F(Construction, SurvivesKeyfilesOfAnyBytes) {
        {"interface-name", "method", "address1", "dns", "mode", "ssid", "psk", "band", "channel"}) {
     const std::string odd =
         std::string(key) + "=" + all + "\n" + key + "=" + all.substr(128) + "\n";
-    keyfile("a",
-            "[connection]\ntype=ethernet\n" + odd + "[ipv4]\n" + odd + "method=manual\n" + odd);
-    keyfile("b", "[connection]\ntype=wifi\n" + odd + "[wifi]\n" + odd + "mode=ap\nband=bg\n" + odd +
-                     "[wifi-security]\n" + odd + "[ipv4]\n" + odd);
+    writeBytes(directory.file("a"),
+               "[connection]\ntype=ethernet\n" + odd + "[ipv4]\n" + odd + "method=manual\n" + odd);
+    writeBytes(directory.file("b"), "[connection]\ntype=wifi\n" + odd + "[wifi]\n" + odd +
+                                        "mode=ap\nband=bg\n" + odd + "[wifi-security]\n" + odd +
+                                        "[ipv4]\n" + odd);
     open();
     showPage(WIFI);
     EXPECT_EQ(channel().get_selected(), 0U) << key;

@@ -10,8 +10,6 @@
 
 namespace {
 
-using namespace gtk_test;
-
 constexpr const char* STATIC_ON_DEFAULT =
     "[connection]\nid=ethernet\ntype=ethernet\nautoconnect-priority=-999\ninterface-name=eth0\n\n"
     "autoconnect=true\n[ethernet]\n\n"
@@ -49,16 +47,16 @@ class Save : public WindowTest {
     std::string order;
     window->signal_hide().connect([&] { order = hasChild() ? "request, hide" : "hide"; });
     save();
-    return order == "hide" && !requests().empty() ? "hide, request" : order;
+    return order == "hide" && !recorder.requests().empty() ? "hide, request" : order;
   }
 
   void expectNotSaved() {
     EXPECT_TRUE(window->get_visible());
-    EXPECT_EQ(requests(), "");
+    EXPECT_EQ(recorder.requests(), "");
   }
   void expectSaved(const std::string& request) {
     EXPECT_FALSE(window->get_visible());
-    EXPECT_EQ(requests(), request);
+    EXPECT_EQ(recorder.requests(), request);
   }
 };
 
@@ -95,7 +93,7 @@ TEST_F(SaveEthernet, StaticAfterDynamicStartsFromADefaultFile) {
 }
 
 TEST_F(SaveEthernet, DynamicAfterStaticStartsFromADefaultFile) {
-  keyfile("old", STATIC_KEYFILE);
+  writeBytes(directory.file("old"), STATIC_KEYFILE);
   open();
   window->show();
   choose("Dynamic IP");
@@ -103,7 +101,7 @@ TEST_F(SaveEthernet, DynamicAfterStaticStartsFromADefaultFile) {
             "existing ethernet mode: manual selected mode: auto\n"
             "New Ethernet connection file created at: " +
                 ethernetFile() + "\n" + RECORD_WRITTEN);
-  EXPECT_FALSE(exists(path("old")));
+  EXPECT_FALSE(exists(directory.file("old")));
   EXPECT_EQ(readBytes(ethernetFile()), DYNAMIC_ON_DEFAULT);
   EXPECT_EQ(readBytes(UpdateRecordLock::PATH), DYNAMIC_RECORD);
   expectSaved("[finalize_ethernet][ethernet]");
@@ -121,13 +119,13 @@ TEST_F(SaveEthernet, WithoutAKeyfileStartsFromADefaultFile) {
 }
 
 TEST_F(SaveEthernet, SameModeKeepsTheFileAndWhatElseItHolds) {
-  keyfile("wired",
-          "; note\r\n[connection]\r\ntype=ethernet\r\nuuid=1\r\n[ipv4]\r\nmethod=auto\r\n"
-          "address1=9.9.9.9/24,9.9.9.1\r\ndns=9.9.9.2\r\n[more]\r\nproto=\"a;b\"");
+  writeBytes(directory.file("wired"),
+             "; note\r\n[connection]\r\ntype=ethernet\r\nuuid=1\r\n[ipv4]\r\nmethod=auto\r\n"
+             "address1=9.9.9.9/24,9.9.9.1\r\ndns=9.9.9.2\r\n[more]\r\nproto=\"a;b\"");
   open();
   window->show();
   EXPECT_EQ(save(), "existing ethernet mode: auto selected mode: auto\n" + RECORD_WRITTEN);
-  EXPECT_EQ(readBytes(path("wired")),
+  EXPECT_EQ(readBytes(directory.file("wired")),
             "; note\r\n[connection]\r\ntype=ethernet\r\nuuid=1\r\nid=ethernet\n"
             "autoconnect-priority=-999\nautoconnect=true\ninterface-name=eth0\n"
             "[ipv4]\r\nmethod=auto\r\naddress1=9.9.9.9/24,9.9.9.1\r\ndns=9.9.9.2\r\n"
@@ -184,12 +182,12 @@ TEST_F(SaveEthernet, InvalidEntriesStopItBeforeAnythingIsWritten) {
 }
 
 TEST_F(SaveEthernet, InvalidEntriesAfterAModeChangeLeaveTheDefaultFile) {
-  keyfile("old", DYNAMIC_KEYFILE);
+  writeBytes(directory.file("old"), DYNAMIC_KEYFILE);
   open();
   window->show();
   choose("Static IP");
   save();
-  EXPECT_FALSE(exists(path("old")));
+  EXPECT_FALSE(exists(directory.file("old")));
   EXPECT_NE(readBytes(ethernetFile()).find("id=new_ethernet_connection\n"), std::string::npos);
   EXPECT_FALSE(exists(UpdateRecordLock::PATH));
   expectNotSaved();
@@ -208,7 +206,7 @@ TEST_F(SaveEthernet, ModeOfTheOtherPageIsRefused) {
 
 TEST_F(SaveEthernet, MissingDirectoryGivesARequestWithoutAnId) {
   open(DYNAMIC_KEYFILE, "", ETHERNET);
-  std::filesystem::remove_all(directory());
+  std::filesystem::remove_all(directory.path);
   EXPECT_EQ(save(), "existing ethernet mode:  selected mode: auto\n" + RECORD_WRITTEN +
                         "! Failed to create new Wi-Fi connection file at: " + ethernetFile() +
                         "\n");
@@ -241,14 +239,14 @@ TEST_F(SaveEthernet, DirectoryOrFifoInTheDefaultFilesPlaceDoesNotStopIt) {
                           "! Failed to create new Wi-Fi connection file at: " + ethernetFile() +
                           "\n");
     EXPECT_FALSE(window->get_visible());
-    EXPECT_EQ(requests().substr(0, 19), "[finalize_ethernet]");
+    EXPECT_EQ(recorder.requests().substr(0, 19), "[finalize_ethernet]");
   }
 }
 
 TEST_F(SaveEthernet, ReadOnlyFolderAndKeyfileStayAsTheyAre) {
   open(DYNAMIC_KEYFILE, "", ETHERNET);
   chmod(ethernetFile().c_str(), 0444);
-  chmod(directory().c_str(), 0555);
+  chmod(directory.path.c_str(), 0555);
   std::string printed;
   {
     const Unprivileged user;
@@ -257,14 +255,14 @@ TEST_F(SaveEthernet, ReadOnlyFolderAndKeyfileStayAsTheyAre) {
   EXPECT_EQ(printed, "existing ethernet mode: auto selected mode: auto\n" + RECORD_WRITTEN);
   EXPECT_EQ(readBytes(ethernetFile()), DYNAMIC_KEYFILE);
   expectSaved("[finalize_ethernet][wired]");
-  chmod(directory().c_str(), 0755);
+  chmod(directory.path.c_str(), 0755);
 }
 
 TEST_F(SaveEthernet, ReadOnlyFolderAfterAModeChangeReportsTheDefaultFile) {
   open(STATIC_KEYFILE, "", ETHERNET);
   choose("Dynamic IP");
   chmod(ethernetFile().c_str(), 0444);
-  chmod(directory().c_str(), 0555);
+  chmod(directory.path.c_str(), 0555);
   std::string printed;
   {
     const Unprivileged user;
@@ -275,11 +273,11 @@ TEST_F(SaveEthernet, ReadOnlyFolderAfterAModeChangeReportsTheDefaultFile) {
                          "\n");
   EXPECT_EQ(readBytes(ethernetFile()), STATIC_KEYFILE);
   expectSaved("[finalize_ethernet][wired]");
-  chmod(directory().c_str(), 0755);
+  chmod(directory.path.c_str(), 0755);
 }
 
 TEST_F(SaveEthernet, WithoutThePrivilegedProgramTheWindowGoesAllTheSame) {
-  removePrivilegedProgram();
+  std::filesystem::remove(recorder.program());
   open(DYNAMIC_KEYFILE, "", ETHERNET);
   EXPECT_EQ(save(), "existing ethernet mode: auto selected mode: auto\n" + RECORD_WRITTEN +
                         "! Failed to execute zor-network-permissions-handler: "
@@ -310,7 +308,7 @@ TEST_F(SaveWifi, AccessPointWithoutAKeyfileStartsFromADefaultFile) {
 }
 
 TEST_F(SaveWifi, ClientAfterAccessPointStartsFromADefaultFile) {
-  keyfile("old", AP_KEYFILE);
+  writeBytes(directory.file("old"), AP_KEYFILE);
   open();
   window->show();
   showPage(WIFI);
@@ -319,7 +317,7 @@ TEST_F(SaveWifi, ClientAfterAccessPointStartsFromADefaultFile) {
   EXPECT_EQ(save(), lines({"existing wifi mode: ap selected mode: infrastructure",
                            "New Wi-Fi connection file created at: " + wifiFile(),
                            "Wifi Device name: wlan1"}));
-  EXPECT_FALSE(exists(path("old")));
+  EXPECT_FALSE(exists(directory.file("old")));
   std::string wanted = CLIENT_ON_DEFAULT;
   wanted.replace(wanted.find("wlan0"), 5, "wlan1");  // the name that the page shows
   EXPECT_EQ(readBytes(wifiFile()), wanted);
@@ -355,7 +353,7 @@ TEST_F(SaveWifi, RequestComesBeforeHiding) {
     open("", AP_ON_DEFAULT, WIFI);
     choose(mode);
     EXPECT_EQ(orderOfSave(), "request, hide") << mode;
-    EXPECT_NE(requests(), "");
+    EXPECT_NE(recorder.requests(), "");
   }
 }
 
@@ -398,13 +396,13 @@ TEST_F(SaveWifi, InvalidAccessPointStopsItBeforeAnythingIsWritten) {
 }
 
 TEST_F(SaveWifi, InvalidAccessPointAfterAModeChangeLeavesTheDefaultFile) {
-  keyfile("old", CLIENT_KEYFILE);
+  writeBytes(directory.file("old"), CLIENT_KEYFILE);
   open();
   window->show();
   showPage(WIFI);
   choose("Access Point");
   save();
-  EXPECT_FALSE(exists(path("old")));
+  EXPECT_FALSE(exists(directory.file("old")));
   EXPECT_NE(readBytes(wifiFile()).find("id=new_wifi_connection\n"), std::string::npos);
   expectNotSaved();
 }
@@ -439,7 +437,7 @@ TEST_F(SaveWifi, ModeOfTheOtherPageIsRefused) {
 
 TEST_F(SaveWifi, MissingDirectoryGivesARequestWithoutAnId) {
   open("", CLIENT_KEYFILE, WIFI);
-  std::filesystem::remove_all(directory());
+  std::filesystem::remove_all(directory.path);
   EXPECT_EQ(save(),
             lines({"existing wifi mode:  selected mode: infrastructure", "Wifi Device name: wlan0",
                    "! Failed to create new Wi-Fi connection file at: " + wifiFile()}));
@@ -448,7 +446,7 @@ TEST_F(SaveWifi, MissingDirectoryGivesARequestWithoutAnId) {
 
 TEST_F(SaveWifi, FifoInTheDefaultFilesPlaceDoesNotStopIt) {
   mkfifo(wifiFile().c_str(), 0600);
-  keyfile("wireless", CLIENT_KEYFILE);
+  writeBytes(directory.file("wireless"), CLIENT_KEYFILE);
   open();
   window->show();
   showPage(WIFI);
@@ -457,11 +455,11 @@ TEST_F(SaveWifi, FifoInTheDefaultFilesPlaceDoesNotStopIt) {
   fillAccessPoint("10.42.0.1", "255.255.255.0", 0);
   save();
   EXPECT_FALSE(window->get_visible());
-  EXPECT_EQ(requests().substr(0, 15), "[finalize_wifi]");
+  EXPECT_EQ(recorder.requests().substr(0, 15), "[finalize_wifi]");
 }
 
 TEST_F(SaveWifi, WithoutThePrivilegedProgramTheWindowGoesAllTheSame) {
-  removePrivilegedProgram();
+  std::filesystem::remove(recorder.program());
   open("", CLIENT_KEYFILE, WIFI);
   EXPECT_EQ(save(), lines({"existing wifi mode: infrastructure selected mode: infrastructure",
                            "Wifi Device name: wlan0",
@@ -524,7 +522,7 @@ TEST_F(Save, LeavingAsksAndPrintsBeforeItHides) {
 }
 
 TEST_F(Save, LeavingWithoutThePrivilegedProgramReportsIt) {
-  removePrivilegedProgram();
+  std::filesystem::remove(recorder.program());
   open("", "", ETHERNET);
   EXPECT_EQ(leave(), lines({"Closing program without saving",
                             "! Failed to execute zor-network-permissions-handler: "

@@ -6,8 +6,6 @@
 
 namespace {
 
-using namespace gtk_test;
-
 /** The window's operations on the keyfiles, each called for itself. */
 class Settings : public WindowTest {
  protected:
@@ -212,8 +210,8 @@ TEST_F(Settings, TwoEmptyModesAreEqual) {
 }
 
 TEST_F(Settings, FilesOfAnotherModeAreReplacedUnderTheDefaultNames) {
-  keyfile("old-wired", STATIC_KEYFILE);
-  keyfile("old-wireless", CLIENT_KEYFILE);
+  writeBytes(directory.file("old-wired"), STATIC_KEYFILE);
+  writeBytes(directory.file("old-wireless"), CLIENT_KEYFILE);
   open();
   choose("Dynamic IP");
   EXPECT_EQ(printedBy([this] { window->resetEthernetFileOnModeChange(); }),
@@ -224,8 +222,8 @@ TEST_F(Settings, FilesOfAnotherModeAreReplacedUnderTheDefaultNames) {
   EXPECT_EQ(printedBy([this] { window->resetWifiFileOnModeChange(); }),
             lines({"existing wifi mode: infrastructure selected mode: ap",
                    "New Wi-Fi connection file created at: " + wifiFile()}));
-  EXPECT_FALSE(exists(path("old-wired")));
-  EXPECT_FALSE(exists(path("old-wireless")));
+  EXPECT_FALSE(exists(directory.file("old-wired")));
+  EXPECT_FALSE(exists(directory.file("old-wireless")));
   EXPECT_EQ(readBytes(ethernetFile()), DEFAULT_ETHERNET_FILE);
   EXPECT_EQ(readBytes(wifiFile()), DEFAULT_WIFI_FILE);
   EXPECT_EQ(printedBy([this] { window->resetEthernetFileOnModeChange(); }),

@@ -4,8 +4,6 @@
 
 namespace {
 
-using namespace gtk_test;
-
 const std::string PASSWORD_LABEL =
     "Password (must at least 8 characters and contain no special characters)";
 

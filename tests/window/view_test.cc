@@ -4,8 +4,6 @@
 
 namespace {
 
-using namespace gtk_test;
-
 const std::string ETHERNET_PARTS = "ethernet-device ethernet-mode";
 const std::string ALL_ETHERNET_PARTS = ETHERNET_PARTS + " ethernet-entries";
 const std::string WIFI_PARTS = "wifi-device wifi-mode";

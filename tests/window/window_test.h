@@ -13,10 +13,12 @@
 #include <utility>
 #include <vector>
 
-#include "support/gtk_test.h"
+#include "support/bytes.h"
+#include "support/child.h"
+#include "support/keyfile_test.h"
+#include "support/printed.h"
+#include "support/widgets.h"
 #include "window/NetworkManagerWindow.h"
-
-namespace gtk_test {
 
 constexpr const char* STATIC_KEYFILE =
     "[connection]\nid=wired\ntype=ethernet\n"
@@ -48,15 +50,16 @@ class WindowTest : public KeyfileTest {
 
   /** The same with keyfiles under the names of the default files, and with a page in front. */
   void open(const std::string& ethernetKeyfile, const std::string& wifiKeyfile, int page) {
-    if (!ethernetKeyfile.empty()) keyfile("ethernet.nmconnection", ethernetKeyfile);
-    if (!wifiKeyfile.empty()) keyfile("wlan0.nmconnection", wifiKeyfile);
+    if (!ethernetKeyfile.empty())
+      writeBytes(directory.file("ethernet.nmconnection"), ethernetKeyfile);
+    if (!wifiKeyfile.empty()) writeBytes(directory.file("wlan0.nmconnection"), wifiKeyfile);
     open();
     window->show();
     showPage(page);
   }
 
-  std::string ethernetFile() const { return path("ethernet.nmconnection"); }
-  std::string wifiFile() const { return path("wlan0.nmconnection"); }
+  std::string ethernetFile() const { return directory.file("ethernet.nmconnection"); }
+  std::string wifiFile() const { return directory.file("wlan0.nmconnection"); }
 
   // What a user does. Each returns what it prints.
   std::string showPage(int page) {
@@ -65,12 +68,14 @@ class WindowTest : public KeyfileTest {
   std::string choose(const std::string& label) {
     return printedBy([&] { labelled<Gtk::CheckButton>(*window, label).set_active(true); });
   }
-  std::string save() {
-    return printedBy([this] { click(labelled<Gtk::Button>(*window, "Save And Exit")); });
+  std::string press(const std::string& label) {
+    return printedBy([&] {
+      click(labelled<Gtk::Button>(*window, label));
+      waitForChildren();
+    });
   }
-  std::string leave() {
-    return printedBy([this] { click(labelled<Gtk::Button>(*window, "Exit Without Saving")); });
-  }
+  std::string save() { return press("Save And Exit"); }
+  std::string leave() { return press("Exit Without Saving"); }
   void fillEthernet(const std::string& ipAddress, const std::string& mask,
                     const std::string& gateway, const std::string& dns) {
     ethernetEntry("IP Address").set_text(ipAddress);
@@ -154,5 +159,3 @@ class WindowTest : public KeyfileTest {
 inline std::string checked(const std::string& address, const std::string& verdict) {
   return "Validating IP Address: " + address + "\nIP Address validation result: " + verdict + "\n";
 }
-
-}  // namespace gtk_test
