@@ -21,6 +21,9 @@
 /**
  * The application's window: a page for the wired and a page for the wireless connection, filled
  * from the keyfiles, and the buttons that save the visible page or leave without saving.
+ *
+ * Its operations are public because each is a step with a contract of its own: it can be run, and
+ * is tested, without the ones around it. They work on the members below, and print what they do.
  */
 class NetworkManagerWindow : public Gtk::Window {
  public:
@@ -29,17 +32,23 @@ class NetworkManagerWindow : public Gtk::Window {
   NetworkManagerWindow& operator=(const NetworkManagerWindow&) = delete;
   ~NetworkManagerWindow() override;
 
-  // ---- Construction (window.cc) and view (view.cc)
+  // ---- Construction (window.cc)
 
   void buildLayout();
   void connectSignals();
 
+  // ---- What is visible, and how large the window is (view.cc)
+
   /**
    * Stores a mode for the visible page, whatever group of buttons it comes from, and shows what
-   * belongs to it.
+   * belongs to it. Handler of all five mode buttons.
    */
   void updateModeView(std::string_view mode);
+
+  /** Shows again what belongs to the stored mode of the visible page. */
   void refreshCurrentPage();
+
+  /** Handler of the notebook. */
   void onSwitchPage(Gtk::Widget* page, guint pageNumber);
 
   /** Hide or show the parts of a page; the access point's part is never shown by them. */
@@ -48,56 +57,68 @@ class NetworkManagerWindow : public Gtk::Window {
   void hideEthernetWidgets();
   void showEthernetWidgets();
 
-  /** Asks for a rollback, in debug mode too, and hides the window. Touches no file. */
-  void closeWithoutSaving();
-
-  // ---- Keyfiles and entries (settings.cc)
+  // ---- From the keyfiles into the entries (settings.cc)
 
   /** Takes mode and mode button from the keyfile; anything but "manual" counts as "auto". */
   void setSelectedEthernetMode();
 
-  /** Fills the entries of a static address from the keyfile. */
+  /** Fills the entries of a static address; for a dynamic one only empties that of the DNS. */
   void populateEthernetSettingsFromFile();
+
+  /** Fills address, mask and channel of the access point. */
+  void populateWifiSettingsFromFile();
+
+  /** Fills SSID and password again. */
+  void resetWifiCredentials();
+
+  // ---- From the entries into the keyfiles (settings.cc)
 
   /** Builds the stored address and the octets of the update record from the entries. */
   void createEthernetAddress();
+
+  /** Writes the rows of a mode, and fills the update record; another word than a mode does not. */
   void writeEthernetSettingsToFile(const std::string& mode);
 
   /** Writes the update record for the privileged program. Follows writeEthernetSettingsToFile(). */
   void writeEthernetUpdateFile();
 
-  /** Fills address, mask and channel of the access point from the keyfile. */
-  void populateWifiSettingsFromFile();
-
   /** Builds the stored address from the texts that validateWifiValues() kept. */
   void createApAddress();
+
+  /** Writes the rows of a mode, access point or client; nothing for another word. */
   void writeWifiSettingsToFile(const std::string& mode);
 
-  /** The wireless interface's name, which is logged. */
+  /** The wireless interface's name as the page shows it, which is logged. */
   Glib::ustring getWifiDeviceName();
 
+  // ---- Which keyfile it is (settings.cc)
+
+  /** Nobody calls this: a save makes the missing file itself. It is offered all the same. */
   void createWifiFileIfMissing();
 
   /** Replace a keyfile whose stored mode is not the selected one by a default file. */
   void resetWifiFileOnModeChange();
   void resetEthernetFileOnModeChange();
 
-  /** Fills SSID and password from the keyfile again. */
-  void resetWifiCredentials();
+  /** Removes the Wi-Fi keyfile and forgets its path. */
   void removeWifiSettingsFile();
 
-  // ---- Validation (validation.cc)
+  // ---- Checks (validation.cc)
 
   /** Check the entries of a page. On false a dialog names the bad ones. */
   bool validateWifiValues();
   bool validateEthernetValues();
 
-  // ---- Save and exit (save.cc)
+  // ---- The two ways out (save.cc)
 
-  /** Saves the visible page, hides the window and has the privileged program apply the change. */
+  /**
+   * Saves the visible page, hides the window and has the privileged program apply the change. What
+   * cannot be saved leaves the window open. Handler of the save button.
+   */
   void saveAndExit();
-  bool saveEthernet();
-  bool saveWifi();
+
+  /** Asks for a rollback, in debug mode too, and hides the window. Handler of the exit button. */
+  void closeWithoutSaving();
 
  private:
   static constexpr int ETHERNET_PAGE = 0;
@@ -110,8 +131,7 @@ class NetworkManagerWindow : public Gtk::Window {
     Glib::ustring password;
   };
 
-  /** What those of the Ethernet page held when they were last checked or, but for the DNS, stored.
-   */
+  /** The same of the Ethernet page. Building the stored address takes the first three anew. */
   struct EthernetTexts {
     Glib::ustring ipAddress;
     Glib::ustring subnetMask;
@@ -119,7 +139,7 @@ class NetworkManagerWindow : public Gtk::Window {
     Glib::ustring dnsServer;
   };
 
-  /** The verdicts of a page's last check; it overwrites all of them. */
+  /** The verdicts of a page's last check, which sets all of them. */
   struct WifiVerdicts {
     bool ipAddress = false;
     bool subnetMask = false;
@@ -132,9 +152,13 @@ class NetworkManagerWindow : public Gtk::Window {
     bool dnsServer = false;
   };
 
+  // The steps of the operations above.
   void updateEthernetView(std::string_view mode);
   void updateWifiView(std::string_view mode);
+  void populateStaticAddress();
   void writeKeyfile(const std::string& path, const std::vector<KeyfileEntry>& entries);
+  bool saveEthernet();
+  bool saveWifi();
   std::string readConnectionId(const std::string& path) const;
   void showInvalidValues(std::unique_ptr<Gtk::MessageDialog>& dialog, const Glib::ustring& message,
                          const Glib::ustring& detail);

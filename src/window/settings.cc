@@ -37,12 +37,11 @@ void NetworkManagerWindow::setSelectedEthernetMode() {
 }
 
 void NetworkManagerWindow::populateEthernetSettingsFromFile() {
-  EthernetCredentialsBox& entries = ethernetGrid.getCredentialsBox();
   logLine("populateEthernetSettingsFromFile called with mode: ", selectedEthernetMode);
   logLine("ETHERNET_STATIC_MODE constant: ", ETHERNET_STATIC_MODE);
   if (selectedEthernetMode == ETHERNET_DYNAMIC_MODE) {
     logLine("Ethernet mode is dynamic; no manual settings to populate.");
-    entries.setDnsServer("");
+    ethernetGrid.getCredentialsBox().setDnsServer("");
     return;
   }
   if (selectedEthernetMode != ETHERNET_STATIC_MODE) {
@@ -50,7 +49,10 @@ void NetworkManagerWindow::populateEthernetSettingsFromFile() {
     return;
   }
   logLine("Ethernet mode matches static.");
+  populateStaticAddress();
+}
 
+void NetworkManagerWindow::populateStaticAddress() {
   const std::string fullEthernetAddress =
       config->readIniString("ipv4", "address1", "", ethernetPath);
   const std::string dns = config->readIniString("ipv4", "dns", "", ethernetPath);
@@ -63,12 +65,37 @@ void NetworkManagerWindow::populateEthernetSettingsFromFile() {
   std::string mask;
   std::string gateway;
   splitEthernetAddress(fullEthernetAddress, address, mask, gateway);
+  EthernetCredentialsBox& entries = ethernetGrid.getCredentialsBox();
   entries.setIpAddress(address);
   entries.setSubnetMask(mask);
   entries.setDefaultGateway(gateway);
   entries.setDnsServer(firstDnsServer(dns));
   // Said even of an address that could not be split.
   logLine("Populated Ethernet settings successfully.");
+}
+
+void NetworkManagerWindow::populateWifiSettingsFromFile() {
+  const std::string stored = config->readIniString("ipv4", "address1", "", wifiPath);
+  const std::string band = config->readIniString("wifi", "band", "", wifiPath);
+  const std::string channel = config->readIniString("wifi", "channel", "0", wifiPath);
+  std::string address;
+  std::string mask;
+  splitApAddress(stored, address, mask);
+
+  APCredentials& entries = wifiGrid.getAPCredentials();
+  entries.setIpAddress(address);
+  entries.setSubnetMask(mask);
+  try {
+    entries.setChannel(trim(band) == WIFI_BAND ? channel : "0");
+  } catch (const std::logic_error&) {
+    // Text that is no channel number: the choice stays automatic.
+  }
+}
+
+void NetworkManagerWindow::resetWifiCredentials() {
+  logLine("Resetting Wifi Credentials");
+  wifiGrid.getCredentials().reloadSsid("");
+  wifiGrid.getCredentials().reloadPassword("");
 }
 
 void NetworkManagerWindow::createEthernetAddress() {
@@ -102,24 +129,6 @@ void NetworkManagerWindow::writeEthernetUpdateFile() {
     logLine("File created at ", path);
   } else {
     logError("Error: Unable to create the file.");
-  }
-}
-
-void NetworkManagerWindow::populateWifiSettingsFromFile() {
-  const std::string stored = config->readIniString("ipv4", "address1", "", wifiPath);
-  const std::string band = config->readIniString("wifi", "band", "", wifiPath);
-  const std::string channel = config->readIniString("wifi", "channel", "0", wifiPath);
-  std::string address;
-  std::string mask;
-  splitApAddress(stored, address, mask);
-
-  APCredentials& entries = wifiGrid.getAPCredentials();
-  entries.setIpAddress(address);
-  entries.setSubnetMask(mask);
-  try {
-    entries.setChannel(trim(band) == WIFI_BAND ? channel : "0");
-  } catch (const std::logic_error&) {
-    // Text that is no channel number: the choice stays automatic.
   }
 }
 
@@ -176,12 +185,6 @@ void NetworkManagerWindow::resetEthernetFileOnModeChange() {
   removeFile(ethernetPath);
   config->createDefaultEthernetFile();
   ethernetPath = config->getEthernetConnectionPath();
-}
-
-void NetworkManagerWindow::resetWifiCredentials() {
-  logLine("Resetting Wifi Credentials");
-  wifiGrid.getCredentials().reloadSsid("");
-  wifiGrid.getCredentials().reloadPassword("");
 }
 
 void NetworkManagerWindow::removeWifiSettingsFile() {

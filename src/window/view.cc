@@ -77,6 +77,7 @@ void NetworkManagerWindow::refreshCurrentPage() {
 void NetworkManagerWindow::onSwitchPage(Gtk::Widget* /*page*/, guint pageNumber) {
   logLine("Switched to tab with index ", std::to_string(pageNumber));
   currentPage = static_cast<int>(pageNumber);
+  // The mode's view hides and shows once more; both are kept.
   if (currentPage == ETHERNET_PAGE) {
     hideWifiWidgets();
     showEthernetWidgets();

@@ -26,7 +26,7 @@ NetworkManagerWindow::NetworkManagerWindow()
       wifiPath(config->getWifiConnectionPath()),
       ethernetPath(config->getEthernetConnectionPath()) {
   set_title("ZOR Network Manager");
-  refreshCurrentPage();
+  refreshCurrentPage();  // before there is a layout, on purpose: it sets the first default size
   set_resizable(false);
   buildLayout();
   connectSignals();
