@@ -1,0 +1,180 @@
+# SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
+# SPDX-License-Identifier: MIT
+"""What the tests of the example privileged program share: a device, requests, comparisons.
+
+For root. A recorder takes the place of nmcli.
+"""
+import contextlib
+import os
+import shutil
+import stat
+import subprocess
+import sys
+import unittest
+
+from tests.support import isolation, tap
+from tests.support.files import SOURCES, expected, read
+
+from . import device
+from .device import DESK, ETHERNET, HANDLER, HERE, INSTALLED, READERS, RUN, USER, WIFI, write
+
+RECORD = "/tmp/ethernetUpdateSettings"
+PUBLISHED = RUN + "/ethernet-settings"
+NOTES = "/run/nmcli"
+# What nobody has asked the program to touch: a neighbour of the installed files, and a stranger's.
+NEIGHBOUR = INSTALLED + "/office-vpn.nmconnection"
+STRANGER = "/etc/NetworkManager/canary"  # where hard links can be made to
+
+STATIC, DYNAMIC = expected("ethernet-static"), expected("ethernet-dynamic")
+CLIENT, ACCESS_POINT = expected("client"), expected("access-point")
+STATIC_RECORD = b"00 C0 A8 01 0A FF FF FF 00 C0 A8 01 01 "
+DYNAMIC_RECORD = b"01 " + 12 * b"00 "
+
+
+def snapshot(*folders):
+    """All that can be seen of the files below some folders, but for when they were read."""
+    found = {}
+    for folder in folders:
+        for parent, folders_within, files in os.walk(folder):
+            for name in [".", *folders_within, *files]:
+                path = os.path.join(parent, name)
+                status = os.lstat(path)
+                found[path] = (status.st_mode, status.st_uid, status.st_gid, status.st_mtime_ns,
+                               read(path) if stat.S_ISREG(status.st_mode) else None)
+    return found
+
+
+def empty(folder):
+    """Removes all that a folder holds."""
+    for entry in os.scandir(folder):
+        if entry.is_dir(follow_symlinks=False):
+            shutil.rmtree(entry.path)
+        else:
+            os.remove(entry.path)
+
+
+def access_of(*path):
+    """Owner, group and mode."""
+    status = os.lstat(os.path.join(*path))
+    return status.st_uid, status.st_gid, oct(stat.S_IMODE(status.st_mode))
+
+
+def nmcli_calls():
+    return (read(NOTES, "calls") or b"").decode().splitlines()
+
+
+class DeviceCase(unittest.TestCase):
+    """Each test begins with two installed files, a locked desk, and nothing in /run."""
+
+    maxDiff = None
+
+    def setUp(self):
+        for folder in DESK, INSTALLED, NOTES, STRANGER:
+            empty(folder)
+        shutil.rmtree(RUN, ignore_errors=True)
+        with contextlib.suppress(FileNotFoundError):
+            os.remove(RECORD)
+        write(DYNAMIC, INSTALLED, ETHERNET)
+        write(CLIENT, INSTALLED, WIFI)
+        write(b"[connection]\nid=vpn\n", NEIGHBOUR)
+        write(b"secret of root\n", STRANGER, "root")
+        write(b"secret of another\n", STRANGER, "another", owner=USER - 1)
+        os.chown(DESK, 0, 0)  # else there would be something to set aside
+        self.request("rollback")
+        self.strangers = self.look_at_strangers()
+
+    def tearDown(self):
+        self.assertEqual(self.look_at_strangers(), self.strangers, "what is not ours was touched")
+
+    @staticmethod
+    def look_at_strangers():
+        return snapshot(STRANGER), read(NEIGHBOUR), access_of(NEIGHBOUR), access_of("/tmp")
+
+    # Requests as sudo passes them on.
+
+    def start(self, *arguments, user=USER, wrapper=(), **options):
+        environment = {"PATH": "/tmp/evil", "EVIL": "1"}
+        if user is not None:
+            environment["SUDO_UID"] = str(user)
+        if wrapper:
+            environment["ASAN_OPTIONS"] = "detect_leaks=0"  # which a tracer would prevent
+        wrapper = [shutil.which(wrapper[0]), *wrapper[1:]] if wrapper else ()
+        return subprocess.Popen([*wrapper, HANDLER, *arguments], env=environment, text=True,
+                                stdout=subprocess.PIPE, stderr=subprocess.PIPE, **options)
+
+    def finish(self, process):
+        """The exit status, and what was complained about."""
+        output, errors = process.communicate(timeout=60)
+        self.assertEqual(output, "")
+        return process.returncode, errors
+
+    def ask(self, *arguments, **options):
+        return self.finish(self.start(*arguments, **options))
+
+    def request(self, *arguments, **options):
+        """A request that must succeed."""
+        self.assertEqual(self.ask(*arguments, **options), (0, ""))
+
+    def refused(self, *arguments, because="", **options):
+        """A request that must fail."""
+        status, errors = self.ask(*arguments, **options)
+        self.assertEqual(status, 1, errors)
+        self.assertIn(because, errors)
+
+    # What the user does.
+
+    def put_on_desk(self, content, name):
+        write(content, DESK, name, owner=USER)
+
+    def save_static(self):
+        """What the window leaves behind when a static address is saved."""
+        self.put_on_desk(STATIC, ETHERNET)
+        write(STATIC_RECORD, RECORD, owner=USER)
+
+    # What has to be.
+
+    def assert_installed(self, ethernet, wifi):
+        self.assertEqual(read(INSTALLED, ETHERNET), ethernet)
+        self.assertEqual(read(INSTALLED, WIFI), wifi)
+        for name in os.listdir(INSTALLED):
+            self.assertEqual(access_of(INSTALLED, name), (0, 0, "0o600"))
+
+    def assert_desk(self, locked, **contents):
+        """The desk holds these files and nothing else."""
+        expected = {ETHERNET: contents.get("ethernet"), WIFI: contents.get("wifi")}
+        self.assertEqual({name: read(DESK, name) for name in os.listdir(DESK)},
+                         {name: content for name, content in expected.items() if content})
+        owner = 0 if locked else USER
+        self.assertEqual(access_of(DESK), (owner, READERS, "0o750" if locked else "0o700"))
+        for name in os.listdir(DESK):
+            self.assertEqual(access_of(DESK, name),
+                             (owner, READERS, "0o640" if locked else "0o600"))
+
+
+def set_up(program):
+    """The device, with the recorder in the place of nmcli."""
+    device.install(program)
+    device.cover_run()
+    device.lay_over("/dev")  # for /dev/log
+    for folder in (NOTES, STRANGER):
+        os.mkdir(folder)
+    with open("/tmp/real-nmcli", "wb"):
+        pass
+    device.cover("/tmp/real-nmcli", "/usr/bin/nmcli")
+    device.cover("/usr/bin/nmcli", os.path.join(HERE, "nmcli"))
+
+
+def main():
+    """Runs the tests of the calling file, or says why not: PROGRAM [TEST...]."""
+    program = os.path.realpath(sys.argv[1])
+    reason = None
+    if os.geteuid() != 0:
+        reason = "only root can be asked"
+    elif not shutil.which("nmcli"):
+        reason = "not installed: nmcli"
+    reason = reason or isolation.enter(SOURCES, os.path.dirname(program))
+    tap.require_nothing(reason)
+    del sys.argv[1]
+    os.umask(0o022)
+    set_up(program)
+    tap.main()

@@ -1,0 +1,286 @@
+# SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
+# SPDX-License-Identifier: MIT
+"""The example privileged program against a user who means harm."""
+import os
+import socket
+import stat
+import struct
+import subprocess
+import sys
+
+from tests.support.desktop import wait_until
+
+from . import device_case
+from .device import DESK, ETHERNET, INSTALLED, OLD_DESKS, READERS, STATE, USER, WIFI, write
+from .device_case import (ACCESS_POINT, CLIENT, DYNAMIC, DeviceCase, NOTES, STATIC, STRANGER,
+                          access_of, empty, nmcli_calls)
+
+# Always twenty more, and on into the last of them; on a file system in memory, not too many at once.
+MAKE_FOLDERS = """
+import os, sys, time
+os.chdir(sys.argv[1])
+while True:
+    for number in range(20):
+        os.mkdir(str(number))
+    os.chdir("19")
+    while (status := os.statvfs(".")).f_files - status.f_ffree > 20000:
+        time.sleep(0.0005)
+"""
+
+
+class HostileFiles(DeviceCase):
+
+    def assert_refused(self, *words, because):
+        """The file on the desk is refused, and so when a rollback comes first."""
+        with self.subTest("finalize first"):
+            self.refused(*words, because=because)
+        with self.subTest("rollback first"):
+            self.ask("rollback")
+            self.refused(*words)
+        self.assert_installed(DYNAMIC, CLIENT)
+        self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
+        self.assertNotIn("connection reload", nmcli_calls())
+
+    def test_what_is_no_plain_file_of_the_users(self):
+        path = f"{DESK}/{ETHERNET}"
+
+        def link():
+            os.symlink(write(STATIC, "/tmp/mine", owner=USER), path)
+
+        def second_name():
+            os.link(write(STATIC, DESK, "mine", owner=USER), path)
+
+        def folder():
+            os.makedirs(path + "/deep/deeper")
+
+        def listening():
+            with socket.socket(socket.AF_UNIX) as server:
+                server.bind(path)
+
+        cases = {
+            "is a link": link,
+            "has another name": second_name,
+            "is no plain file": lambda: os.mkfifo(path, 0o666),
+            "is no plain file ": folder,
+            "is a link ": listening,
+            "has another owner": lambda: write(STATIC, path, owner=USER - 1),
+            "has another owner ": lambda: write(STATIC, path, owner=0),
+            "is too large": lambda: write(b"#" + 65537 * b"\n", path, owner=USER),
+        }
+        for reason, make in cases.items():
+            with self.subTest(reason):
+                self.request("unlock")
+                os.remove(path)
+                make()
+                self.assert_refused("finalize_ethernet", "ethernet", because=reason.strip())
+
+    def test_ethernet_settings_that_are_not_on_the_list(self):
+        replace = STATIC.replace
+        cases = {
+            "NUL": replace(b"id=ethernet", b"id=ether\0net"),
+            "carriage return": replace(b"\n", b"\r\n"),
+            "escape": STATIC + b"#\x1b[2J\n",
+            "unknown section": STATIC + b"[vpn]\n",
+            "unknown section that does nothing": STATIC + b"[tc]\n",
+            "a script's section": STATIC + b"[user]\nx=y\n",
+            "a section of Wi-Fi's": STATIC + b"[wifi]\nssid=x\n",
+            "section behind blanks": STATIC + b" [vpn]\n",
+            "section before blanks": replace(b"[ipv4]", b"[ipv4] "),
+            "section without an end": replace(b"[ipv4]", b"[ipv4"),
+            "two sections": STATIC + b"[ipv4]\n",
+            "unknown key": replace(b"[proxy]", b"[proxy]\npac-script=/etc/shadow"),
+            "certificate": STATIC + b"[802-1x]\neap=tls;\nca-cert=/etc/shadow\n",
+            "master": replace(b"id=ethernet", b"id=ethernet\nmaster=br0"),
+            "secondaries": replace(b"id=ethernet", b"id=ethernet\nsecondaries=vpn;"),
+            "colon": replace(b"method=manual", b"method: manual"),
+            "blank before the sign": replace(b"id=ethernet", b"id =ethernet"),
+            "semicolon comment": STATIC + b"; a comment\n",
+            "translated key": replace(b"id=ethernet", b"id=ethernet\nid[de]=x"),
+            "second key": replace(b"method=manual", b"method=manual\nmethod=auto"),
+            "key before any section": b"id=x\n" + STATIC,
+            "shared network": replace(b"method=manual", b"method=shared"),
+            "other type": replace(b"type=ethernet", b"type=vpn"),
+            "type of Wi-Fi": replace(b"type=ethernet", b"type=wifi"),
+            "no type": replace(b"type=ethernet\n", b""),
+            "other interface": replace(b"eth0", b"eth1"),
+            "interface of Wi-Fi": replace(b"eth0", b"wlan0"),
+            "no interface": replace(b"interface-name=eth0\n", b""),
+            "UUID of another": replace(b"id=ethernet", b"id=ethernet\nuuid=" + 4 * b"11111111-"),
+            "long value": replace(b"id=ethernet", b"id=" + 100 * b"x"),
+            "address missing": replace(b"192.168.1.10/24,192.168.1.1", b""),
+            "address with zeros": replace(b"192.168.1.10/", b"192.168.01.10/"),
+            "nothing": b"",
+        }
+        for name, content in cases.items():
+            with self.subTest(name):
+                self.assertNotEqual(content, STATIC)
+                self.request("unlock")
+                self.put_on_desk(content, ETHERNET)
+                empty(NOTES)
+                self.assert_refused("finalize_ethernet", "ethernet", because=ETHERNET + ": ")
+                # For all else the list is enough.
+                self.assertEqual(nmcli_calls() != [], name.startswith("address"))
+
+    def test_wifi_settings_that_are_not_on_the_list(self):
+        replace = ACCESS_POINT.replace
+        cases = {
+            "other interface": replace(b"wlan0", b"wlan1"),
+            "ethernet": replace(b"type=wifi", b"type=ethernet"),
+            "enterprise": replace(b"wpa-psk", b"wpa-eap"),
+            "flags": replace(b"psk=", b"psk-flags=1\npsk="),
+            "mode": replace(b"mode=ap", b"mode=mesh"),
+            "long name": replace(b"ssid=Halvorik AP", b"ssid=" + 33 * b"x"),
+            "free id": replace(b"id=Hotspot", b"id=Hotspot\\nlisted as done"),
+            "permissions": replace(b"id=Hotspot", b"id=Hotspot\npermissions=user:nobody:;"),
+            "shared by a client": replace(b"mode=ap", b"mode=infrastructure"),
+            "open access point": replace(b"key-mgmt=wpa-psk\n", b""),
+        }
+        for name, content in cases.items():
+            with self.subTest(name):
+                self.request("unlock")
+                self.put_on_desk(content, WIFI)
+                self.assert_refused("finalize_wifi", "Hotspot", because=WIFI + ": ")
+
+    def test_the_installed_uuid_may_stay(self):
+        uuid = b"uuid=1b4e28ba-2fa1-11d2-883f-0016d3cca427\n"
+        write(DYNAMIC.replace(b"type=", uuid + b"type="), INSTALLED, ETHERNET)
+        with_uuid = STATIC.replace(b"type=", uuid + b"type=")
+        self.request("unlock")
+        self.put_on_desk(with_uuid, ETHERNET)
+        self.ask("finalize_ethernet", "ethernet")
+        self.assert_installed(with_uuid, CLIENT)
+
+    def test_a_file_that_changes_afterwards(self):
+        self.request("unlock")
+        self.save_static()
+        with open(f"{DESK}/{ETHERNET}", "r+b") as held:  # what a process of the user's keeps open
+            self.request("rollback")
+            held.write(b"[vpn]\n")
+            held.flush()
+            self.request("finalize_ethernet", "ethernet")
+        self.assert_installed(STATIC, CLIENT)
+        self.assert_desk(True, ethernet=STATIC, wifi=CLIENT)
+
+    def test_a_folder_that_is_held_open(self):
+        self.request("unlock")
+        held = os.open(DESK, os.O_RDONLY)
+        self.addCleanup(os.close, held)
+        self.request("rollback")
+        child = os.fork()
+        if not child:
+            os.setgroups([READERS])
+            os.setresuid(USER, USER, USER)
+            try:
+                os.remove(ETHERNET, dir_fd=held)
+            except PermissionError:
+                os._exit(0)
+            os._exit(1)
+        self.assertEqual(os.waitpid(child, 0)[1], 0)
+
+    def test_leftovers_of_every_kind_are_removed_from_the_desk(self):
+        for user_again in ("unlock", "rollback"):
+            with self.subTest(user_again):
+                self.request("unlock")
+                for name in (ETHERNET, WIFI):
+                    os.remove(f"{DESK}/{name}")
+                os.symlink(STRANGER + "/root", f"{DESK}/{ETHERNET}")
+                os.symlink(STRANGER + "/root", f"{DESK}/{ETHERNET}~")
+                os.symlink(STRANGER, f"{DESK}/link")
+                os.makedirs(f"{DESK}/{WIFI}~/a/b")
+                os.symlink(STRANGER, f"{DESK}/{WIFI}~/a/link")
+                os.mkfifo(f"{DESK}/{WIFI}")
+                os.link(STRANGER + "/another", f"{DESK}/.hidden")
+                self.ask(user_again)
+                self.assert_desk(user_again == "rollback", ethernet=DYNAMIC, wifi=CLIENT)
+
+    def test_folders_of_any_depth_are_removed_from_the_desk(self):
+        self.request("unlock")
+        os.remove(f"{DESK}/{ETHERNET}")
+        for folder in (ETHERNET, "moved.2", "other"):
+            os.makedirs(f"{DESK}/{folder}/" + 900 * "d/")
+            write(b"", DESK, folder, "moved.1", owner=USER)
+        self.assertEqual(self.ask("rollback")[0], 0)
+        self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
+
+    def test_each_desk_is_a_new_folder(self):
+        seen = [os.stat(DESK).st_ino]
+        held = [os.open(DESK, os.O_RDONLY)]  # else a number could be given out again
+        self.addCleanup(lambda: [os.close(folder) for folder in held])
+        for action in ("unlock", "unlock", "rollback"):
+            self.request(action)
+            self.assertNotIn(os.stat(DESK).st_ino, seen)
+            seen.append(os.stat(DESK).st_ino)
+            held.append(os.open(DESK, os.O_RDONLY))
+        self.assertEqual(os.listdir(OLD_DESKS), [])
+        self.assertEqual(access_of(OLD_DESKS), (0, 0, "0o700"))
+
+    def test_a_process_that_goes_on_making_folders_holds_nobody_up(self):
+        self.request("unlock")
+        os.mkdir(os.path.join(DESK, "folder"))
+        os.chown(os.path.join(DESK, "folder"), USER, USER)
+        busy = subprocess.Popen([sys.executable, "-c", MAKE_FOLDERS, os.path.join(DESK, "folder")],
+                                user=USER, group=USER, extra_groups=[])
+        self.addCleanup(busy.wait)
+        self.addCleanup(busy.kill)
+        wait_until(lambda: os.path.exists(os.path.join(DESK, "folder", "19")), "the first folders")
+        self.request("rollback")
+        self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
+        self.request("unlock", user=USER - 1)
+        self.assertIsNone(busy.poll())
+
+    def test_the_names_for_what_is_moved_may_be_taken(self):
+        self.request("unlock")
+        write(b"", DESK, "moved.1")
+        os.makedirs(f"{DESK}/folder/folder")  # listed before the older file
+        self.request("rollback")
+        self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
+
+    def test_access_lists_are_taken_away(self):
+        user_may_write = struct.pack("<I" + 5 * "HHI", 2, 1, 7, 0xffffffff, 2, 7, USER,
+                                     4, 5, 0xffffffff, 16, 7, 0xffffffff, 32, 5, 0xffffffff)
+        self.request("unlock")
+        for name in ("system.posix_acl_access", "system.posix_acl_default"):
+            os.setxattr(DESK, name, user_may_write)
+        self.request("rollback")
+        for path in (DESK, f"{DESK}/{ETHERNET}"):
+            self.assertEqual(os.listxattr(path), [])
+        self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
+
+    def test_the_desk_must_be_a_folder(self):
+        moved = DESK + ".moved"
+        os.rename(DESK, moved)
+        self.addCleanup(os.rename, moved, DESK)
+        os.symlink(STRANGER, DESK)
+        self.addCleanup(os.remove, DESK)
+        for action in ("unlock", "rollback", "finalize_ethernet"):
+            self.refused(action, because="Not a directory")
+
+    def test_files_that_were_never_installed_stay(self):
+        for name in (ETHERNET, WIFI):
+            os.remove(os.path.join(INSTALLED, name))
+        write(DYNAMIC, DESK, ETHERNET)
+        write(CLIENT, DESK, "office.nmconnection")
+        os.chown(DESK, 0, 0)  # as it was before the first request of all
+        for action in ("unlock", "rollback"):
+            self.refused(action, because="nothing is installed")
+        self.assertIn("office.nmconnection", os.listdir(DESK))
+        os.rename(INSTALLED, INSTALLED + ".moved")
+        self.refused("rollback", because="No such file")
+        os.rename(INSTALLED + ".moved", INSTALLED)
+
+    def test_what_cannot_be_set_aside_is_not_taken_for_removed(self):
+        self.request("unlock")
+        os.link(os.path.join(DESK, WIFI), os.path.join(DESK, "link"))
+        self.ask("rollback")
+        self.assert_refused("finalize_wifi", because="nothing was unlocked")
+        self.assert_installed(DYNAMIC, CLIENT)
+
+    def test_folders_that_others_can_write_are_not_trusted(self):
+        for folder in (STATE, INSTALLED):
+            mode = stat.S_IMODE(os.stat(folder).st_mode)
+            os.chmod(folder, mode | stat.S_IWGRP)
+            self.refused("unlock", because="can be written by others")
+            os.chmod(folder, mode)
+
+
+device_case.main()
