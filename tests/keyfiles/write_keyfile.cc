@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 // SPDX-License-Identifier: MIT
-// Writes a keyfile as the window's save does, without the window: what is given to NetworkManager's
-// parser must be what the program writes, and neither a display nor entries are needed for that.
+// Writes a keyfile as the window's save does, or reads a value of one, without the window: what is
+// given to NetworkManager's parser must be what the program writes, and neither a display nor
+// entries are needed for that.
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -65,6 +66,10 @@ void saveClient(const Texts& texts) {
   saveWifi(WIFI_CLIENT_MODE, {"wlan0", texts.at(0), texts.at(1), "", ""});
 }
 
+void printValue(const Texts& texts) {
+  logLine(config().readIniString(texts.at(1), texts.at(2), "", texts.at(0)));
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -75,6 +80,7 @@ int main(int argc, char** argv) {
       {"dynamic", [](const Texts&) { saveEthernet(ETHERNET_DYNAMIC_MODE, {}); }},
       {"access-point", saveAccessPoint},  // SSID, password, channel, address, mask
       {"client", saveClient},             // SSID, password
+      {"read", printValue},               // path, section, key
   };
   // Without the folder the program would look for one near the working directory.
   if (argc < 2 || std::getenv("ZOR_NETWORKMANAGER_DEBUG_PATH") == nullptr) return 2;

@@ -119,7 +119,7 @@ class DeviceCase(unittest.TestCase):
         """A request that must fail."""
         status, errors = self.ask(*arguments, **options)
         self.assertEqual(status, 1, errors)
-        self.assertIn(because, errors)
+        self.assertIn(because or "\n", errors)  # it says at least something
 
     # What the user does.
 
@@ -165,16 +165,17 @@ def set_up(program):
 
 
 def main():
-    """Runs the tests of the calling file, or says why not: PROGRAM [TEST...]."""
-    program = os.path.realpath(sys.argv[1])
+    """Runs the tests of the calling file, or says why not: PROGRAM WRITE_KEYFILE [TEST...]."""
+    program, DeviceCase.write_keyfile = map(os.path.realpath, sys.argv[1:3])
     reason = None
     if os.geteuid() != 0:
         reason = "only root can be asked"
     elif not shutil.which("nmcli"):
         reason = "not installed: nmcli"
-    reason = reason or isolation.enter(SOURCES, os.path.dirname(program))
+    reason = reason or isolation.enter(
+        SOURCES, os.path.dirname(program), os.path.dirname(DeviceCase.write_keyfile))
     tap.require_nothing(reason)
-    del sys.argv[1]
+    del sys.argv[1:3]
     os.umask(0o022)
     set_up(program)
     tap.main()

@@ -106,7 +106,6 @@ class HostileFiles(DeviceCase):
             "interface of Wi-Fi": replace(b"eth0", b"wlan0"),
             "no interface": replace(b"interface-name=eth0\n", b""),
             "UUID of another": replace(b"id=ethernet", b"id=ethernet\nuuid=" + 4 * b"11111111-"),
-            "long value": replace(b"id=ethernet", b"id=" + 100 * b"x"),
             "address missing": replace(b"192.168.1.10/24,192.168.1.1", b""),
             "address with zeros": replace(b"192.168.1.10/", b"192.168.01.10/"),
             "nothing": b"",

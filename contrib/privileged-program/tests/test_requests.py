@@ -186,14 +186,30 @@ class Calls(DeviceCase):
         self.request("unlock")
         self.save_static()
         for arguments in ((), ("",), ("Unlock",), ("--help",), ("finalize",), ("unlock", "x"),
-                          ("rollback", ""), ("finalize_ethernet", "a", "b"), ("unlock;id",),
-                          ("finalize_ethernet", 100 * "x")):
+                          ("rollback", ""), ("finalize_ethernet", "a", "b"), ("unlock;id",)):
             with self.subTest(arguments):
                 status, errors = self.ask(*arguments)
                 self.assertEqual(status, 2)
                 self.assertIn("usage: unlock | ", errors)
         self.assertEqual(read(DESK, ETHERNET), STATIC)
         self.assert_installed(DYNAMIC, CLIENT)
+
+    def test_the_longest_texts_are_those_that_the_window_reads_whole(self):
+        # Both programs have this limit, and neither could ask the other one.
+        taken = []
+        for length in range(97, 103):
+            text = length * "x"
+            self.request("unlock")
+            self.put_on_desk(expected("client", psk=text), WIFI)
+            window = subprocess.run(
+                [self.write_keyfile, "read", os.path.join(DESK, WIFI), "wifi-security", "psk"],
+                capture_output=True, text=True, check=True,
+                env={"ZOR_NETWORKMANAGER_DEBUG_PATH": DESK})
+            as_value, _ = self.ask("finalize_wifi", "ZOR")
+            as_id, _ = self.ask("finalize_wifi", text)
+            taken.append((window.stdout.endswith(f"\n{text}\n"), as_value == 0, as_id != 2))
+        self.assertEqual(taken, [(whole, whole, whole) for whole, _, _ in taken])
+        self.assertEqual([whole for whole, _, _ in (taken[0], taken[-1])], [True, False])
 
     def test_only_sudo_from_a_user(self):
         for user in (None, 0, "", "-1", "4294967295", "4294967296", "65534x", " 65534", "root"):
