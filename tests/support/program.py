@@ -171,31 +171,56 @@ class Program:
         assert self.process.poll() is None, f"the program ended:\n{self.errors}"
         return self.desktop.application(self.process.pid)
 
-    def _ask(self, reference, interface, method, arguments=None):
-        return self.desktop.ask(*reference, interface, method, arguments)
+    def _below(self, reference):
+        """The references of an accessible object and of all below it, each with its children's."""
+        found, level = {}, [reference]
+        while level:
+            answers = self.desktop.ask(level, _ACCESSIBLE, "GetChildren")
+            found.update(zip(level, (children for (children,) in answers)))
+            level = [child for parent in level for child in found[parent]]
+        return found
 
-    def _look_at(self, reference):
-        if reference not in self._fixed:
-            (role,) = self._ask(reference, _ACCESSIBLE, "GetRoleName")
-            (interfaces,) = self._ask(reference, _ACCESSIBLE, "GetInterfaces")
+    def _states(self, references):
+        for (bits,) in self.desktop.ask(references, _ACCESSIBLE, "GetState"):
+            yield {name for bit, name in _STATES.items()
+                   if bits and bits[bit // 32] >> bit % 32 & 1}
+
+    def _names(self, references):
+        """Name and description."""
+        for (known,) in self.desktop.ask(references, "org.freedesktop.DBus.Properties", "GetAll",
+                                         GLib.Variant("(s)", (_ACCESSIBLE,))):
+            yield known["Name"], known["Description"]
+
+    def _fix(self, references):
+        """Gets to know what never changes: role and interfaces."""
+        new = [reference for reference in references if reference not in self._fixed]
+        for reference, (role,), (interfaces,) in zip(
+                new, self.desktop.ask(new, _ACCESSIBLE, "GetRoleName"),
+                self.desktop.ask(new, _ACCESSIBLE, "GetInterfaces")):
             self._fixed[reference] = role, {name.rpartition(".")[2] for name in interfaces}
-        role, interfaces = self._fixed[reference]
-        (bits,) = self._ask(reference, _ACCESSIBLE, "GetState")
-        states = {name for bit, name in _STATES.items() if bits and bits[bit // 32] >> bit % 32 & 1}
-        (known,) = self._ask(reference, "org.freedesktop.DBus.Properties", "GetAll",
-                             GLib.Variant("(s)", (_ACCESSIBLE,)))
-        box = text = None
-        if "Component" in interfaces:
-            (box,) = self._ask(reference, "org.a11y.atspi.Component", "GetExtents",
-                               GLib.Variant("(u)", (_WINDOW_COORDINATES,)))
-        if "Text" in interfaces:
-            (text,) = self._ask(reference, "org.a11y.atspi.Text", "GetText",
-                                GLib.Variant("(ii)", (0, 1 << 20)))
-        node = Node(role, known["Name"], known["Description"], states, box, text)
-        (children,) = self._ask(reference, _ACCESSIBLE, "GetChildren")
-        node.children = [self._look_at(child) for child in children]
-        self._drop_hidden_pages(node)
-        return node
+
+    def _ask_those_with(self, interface, references, method, *arguments):
+        """Asks the objects that have an interface."""
+        able = [reference for reference in references if interface in self._fixed[reference][1]]
+        return dict(zip(able, self.desktop.ask(able, "org.a11y.atspi." + interface, method,
+                                               GLib.Variant(*arguments))))
+
+    def _look_at(self, root):
+        children = self._below(root)
+        references = list(children)
+        self._fix(references)
+        boxes = self._ask_those_with("Component", references, "GetExtents",
+                                     "(u)", (_WINDOW_COORDINATES,))
+        texts = self._ask_those_with("Text", references, "GetText", "(ii)", (0, 1 << 20))
+        nodes = {
+            reference: Node(self._fixed[reference][0], *names, states,
+                            *boxes.get(reference, [None]), *texts.get(reference, [None]))
+            for reference, names, states in zip(references, self._names(references),
+                                                self._states(references))}
+        for reference in reversed(references):  # from below
+            nodes[reference].children = [nodes[child] for child in children[reference]]
+            self._drop_hidden_pages(nodes[reference])
+        return nodes[root]
 
     @staticmethod
     def _drop_hidden_pages(node):
@@ -209,12 +234,16 @@ class Program:
         pages.children = [page for tab, page in zip(tabs, pages.children)
                           if "selected" in tab.states]
 
+    def _take_input(self):
+        """Waits until the program has taken all input."""
+        for window, _ in self.desktop.windows():
+            self.desktop.ping(window)
+
     def look(self):
         """All that shows: a tree of nodes, once what was done has had all its effects."""
         reference = wait_until(self._owner, "the program to register")
         wait_until(lambda: self.process.poll() is not None or self.desktop.windows(), "a window")
-        for window, _ in self.desktop.windows():
-            self.desktop.ping(window)
+        self._take_input()
         last = ""
 
         def at_rest():
@@ -286,10 +315,18 @@ class Program:
 
     def focused(self):
         """Role and name of what has the keyboard's focus, as a screen reader would tell."""
-        for top in reversed(self.look().children):
-            for node in reversed(list(top.walk())):  # a list's row before the button that opened it
-                if "focused" in node.states:
-                    return node.role, node.name
+        root = wait_until(self._owner, "the program to register")
+        self._take_input()
+        ((windows,),) = self.desktop.ask([root], _ACCESSIBLE, "GetChildren")
+        for window in reversed(windows):
+            references = list(self._below(window))
+            found = [reference for reference, states in zip(references, self._states(references))
+                     if "focused" in states]
+            if found:
+                reference = found[-1]  # a list's row, and not the button that opened it
+                self._fix([reference])
+                ((name, _),) = self._names([reference])
+                return self._fixed[reference][0], name
         return None
 
     # Acting, with the keyboard alone.
@@ -392,8 +429,7 @@ class Program:
         def steady():
             nonlocal last, same
             # A program that has no time draws nothing either: it has to answer between two looks.
-            for window, _ in self.desktop.windows():
-                self.desktop.ping(window)
+            self._take_input()
             before, last = last, self.desktop.picture(box)
             same = same + 1 if before == last else 0
             return same == 3
