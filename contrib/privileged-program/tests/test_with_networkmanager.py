@@ -11,13 +11,12 @@ import shutil
 import sys
 import unittest
 
-from tests.networkmanager import network
 from tests.support import tap
 from tests.support.desktop import Desktop, missing_tools, wait_until
 from tests.support.files import SOURCES, expected, read
 from tests.support.program import Program
 
-from . import device
+from . import device, network
 from .device import (DESK, ETHERNET, EXAMPLE, HANDLER, INSTALLED, READERS, RUN, USER, WIFI)
 
 BIN = "/tmp/bin"

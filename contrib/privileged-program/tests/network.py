@@ -14,11 +14,8 @@ import subprocess
 from tests.support import isolation
 from tests.support.desktop import wait_until
 
-KEYFILES = "/run/keyfiles"  # the daemon's own folder; /run is private here
-# What the DHCP server hands out. Its host addresses are the ones it may give to the device.
+# What the DHCP server hands out.
 LEASED_NETWORK = ipaddress.ip_network("192.168.77.0/24")
-LEASED_FIRST, LEASED_LAST = (ipaddress.ip_address(text)
-                             for text in ("192.168.77.100", "192.168.77.150"))
 LEASED_ROUTER = "192.168.77.1"
 LEASED_DNS = "192.168.77.53"
 
@@ -44,16 +41,13 @@ _BUS_CONFIG = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Confi
 """
 
 # Without a profile of ours the device stays without an address, and nothing outside is touched.
-_DAEMON_CONFIG = f"""[main]
+_DAEMON_CONFIG = """[main]
 plugins=keyfile
 auth-polkit=false
 dhcp=internal
 dns=none
 hostname-mode=none
 no-auto-default=*
-
-[keyfile]
-path={KEYFILES}
 """
 
 
@@ -105,7 +99,7 @@ def _write(path, content):
     return path
 
 
-def set_up(gateways, config_dir="/run/none"):
+def set_up(gateways, config_dir):
     """Lays the cable and starts the daemons.
 
     gateways: ADDRESS/PREFIX of what is at its far end. config_dir: a folder of drop-ins (*.conf).
@@ -136,13 +130,12 @@ def _set_up_gateway(gateways):
     _start(*_AT_THE_GATEWAY, "dnsmasq", "--keep-in-foreground", "--conf-file=/dev/null",
            "--user=root", "--pid-file=", "--port=0", "--no-ping", "--log-facility=-",
            "--interface=port", "--dhcp-leasefile=/run/leases", "--dhcp-authoritative",
-           f"--dhcp-range={LEASED_FIRST},{LEASED_LAST},{LEASED_NETWORK.netmask}",
+           f"--dhcp-range=192.168.77.100,192.168.77.150,{LEASED_NETWORK.netmask}",
            f"--dhcp-option=option:router,{LEASED_ROUTER}",
            f"--dhcp-option=option:dns-server,{LEASED_DNS}")
 
 
 def _set_up_daemon(config_dir):
-    os.mkdir(KEYFILES, 0o700)
     os.mkdir("/run/dbus")
     os.environ.pop("DBUS_SYSTEM_BUS_ADDRESS", None)  # the usual place is this network's
     run("dbus-daemon", "--fork", "--config-file", _write("/run/bus.conf", _BUS_CONFIG))
@@ -177,12 +170,6 @@ def gateways_in_use():
 def name_servers():
     """The DNS servers that the daemon knows for eth0."""
     return run("nmcli", "-g", "IP4.DNS", "device", "show", "eth0").split()
-
-
-def loaded_keyfiles():
-    """The files of its folder that the daemon has taken."""
-    return [path for path in run("nmcli", "-t", "-f", "FILENAME", "connection", "show").split()
-            if os.path.dirname(path) == KEYFILES]
 
 
 def answers(address):
