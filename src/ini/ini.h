@@ -81,8 +81,9 @@ int ini_browse(ini_callback Callback, void* UserData, const char* Filename);
  * length is patched in place; any other change goes through a temporary file beside the target,
  * which takes its place only when it is complete.
  *
- * Returns 1 on success, also when there was nothing to change; 0 when a file could not be opened,
- * read or written: the file is then as it was, as far as the disk allows.
+ * Returns 0 when a file could not be opened, read or written: the file is then as it was, as far as
+ * the disk allows. Otherwise 1, also when there was nothing to change, and even when the complete
+ * new file could not be given the old one's name: it then keeps the temporary one.
  */
 int ini_puts(const char* Section, const char* Key, const char* Value, const char* Filename);
 

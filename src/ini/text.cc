@@ -9,26 +9,77 @@
 
 namespace ini {
 
+namespace {
+
 bool is_space(char byte) { return byte > 0 && byte <= ' '; }
 
-char* skip_leading(char* str) {
+/** Whether an escaped quote begins here: a backslash or another quote before it. */
+bool is_escape(const char* p) { return (p[0] == '"' || p[0] == '\\') && p[1] == '"'; }
+
+// Each of these copies with one option and returns how many bytes that makes.
+
+std::size_t copy_plain(char* dest, const char* source, std::size_t maxlen) {
+  std::size_t length = 0;
+  while (*source != '\0' && length < maxlen - 1) dest[length++] = *source++;
+  return length;
+}
+
+std::size_t copy_enquoted(char* dest, const char* source, std::size_t maxlen) {
+  std::size_t length = 0;
+  dest[length++] = '"';
+  while (*source != '\0' && length < maxlen - 2) {
+    if (*source == '"') {
+      if (maxlen - 1 - length < 3) break;  // backslash, quote and the closing quote
+      dest[length++] = '\\';
+    }
+    dest[length++] = *source++;
+  }
+  dest[length++] = '"';
+  return length;
+}
+
+std::size_t copy_dequoted(char* dest, const char* source, std::size_t maxlen) {
+  std::size_t length = 0;
+  while (*source != '\0' && length < maxlen - 1) {
+    if (is_escape(source)) ++source;
+    dest[length++] = *source++;
+  }
+  return length;
+}
+
+/** Where a value ends: at the first ";" or "#" outside quotes, or with the text. */
+const char* end_of_value(const char* string) {
+  bool quoted = false;
+  while (*string != '\0' && (quoted || (*string != ';' && *string != '#'))) {
+    if (is_escape(string)) {
+      string += 2;
+    } else {
+      if (*string == '"') quoted = !quoted;
+      ++string;
+    }
+  }
+  return string;
+}
+
+}  // namespace
+
+const char* skip_leading(const char* str, const char* end) {
   assert(str != NULL);
-  while (is_space(*str)) ++str;
+  while (str < end && is_space(*str)) ++str;
   return str;
 }
 
-char* skip_trailing(char* str, const char* base) {
+const char* skip_trailing(const char* str, const char* base) {
   assert(str != NULL);
   assert(base != NULL);
   while (str > base && is_space(str[-1])) --str;
   return str;
 }
 
-std::string_view trimmed(char* begin, char* end) {
-  begin = skip_leading(begin);
-  if (begin > end) begin = end;
-  end = skip_trailing(end, begin);
-  return {begin, static_cast<std::size_t>(end - begin)};
+std::string_view trimmed(std::string_view text) {
+  const char* end = text.data() + text.size();
+  const char* begin = skip_leading(text.data(), end);
+  return {begin, skip_trailing(end, begin)};
 }
 
 bool same_name(std::string_view name, const char* wanted) {
@@ -42,30 +93,13 @@ void ini_strncpy(char* dest, const char* source, std::size_t maxlen, quote_optio
   assert(source != NULL && dest != NULL);
   assert((dest < source || (dest == source && option != QUOTE_ENQUOTE)) || dest > source + strlen(source));
   // clang-format on
-  if (option == QUOTE_ENQUOTE && maxlen < 3) option = QUOTE_NONE;
-
   std::size_t length = 0;
-  switch (option) {
-    case QUOTE_NONE:
-      while (*source != '\0' && length < maxlen - 1) dest[length++] = *source++;
-      break;
-    case QUOTE_ENQUOTE:
-      dest[length++] = '"';
-      while (*source != '\0' && length < maxlen - 2) {
-        if (*source == '"') {
-          if (maxlen - 1 - length < 3) break;  // backslash, quote and the closing quote
-          dest[length++] = '\\';
-        }
-        dest[length++] = *source++;
-      }
-      dest[length++] = '"';
-      break;
-    case QUOTE_DEQUOTE:
-      while (*source != '\0' && length < maxlen - 1) {
-        if ((source[0] == '"' || source[0] == '\\') && source[1] == '"') ++source;
-        dest[length++] = *source++;
-      }
-      break;
+  if (option == QUOTE_DEQUOTE) {
+    length = copy_dequoted(dest, source, maxlen);
+  } else if (option == QUOTE_ENQUOTE && maxlen >= 3) {
+    length = copy_enquoted(dest, source, maxlen);
+  } else {
+    length = copy_plain(dest, source, maxlen);
   }
   dest[length] = '\0';
 }
@@ -79,25 +113,13 @@ quote_option check_enquote(const char* Value) {
 
 char* cleanstring(char* string, quote_option* quotes) {
   assert(string != NULL);
-  bool quoted = false;
-  char* ep = string;
-  while (*ep != '\0' && (quoted || (*ep != ';' && *ep != '#'))) {
-    if ((ep[0] == '"' || ep[0] == '\\') && ep[1] == '"') {
-      ep += 2;
-    } else {
-      if (*ep == '"') quoted = !quoted;
-      ++ep;
-    }
-  }
-  ep = skip_trailing(ep, string);
-  *quotes = QUOTE_NONE;
-  if (ep > string && *string == '"' && ep[-1] == '"') {
-    *quotes = QUOTE_DEQUOTE;
-    --ep;
-    if (string < ep) ++string;  // a lone quote is both the first and the last
-  }
-  *ep = '\0';
-  return string;
+  auto length = static_cast<std::size_t>(skip_trailing(end_of_value(string), string) - string);
+  const bool quoted = length > 0 && string[0] == '"' && string[length - 1] == '"';
+  *quotes = quoted ? QUOTE_DEQUOTE : QUOTE_NONE;
+  if (quoted) --length;
+  string[length] = '\0';
+  // A lone quote was both the first and the last: nothing is left of it.
+  return quoted && length > 0 ? string + 1 : string;
 }
 
 }  // namespace ini

@@ -9,30 +9,37 @@
 
 namespace ini {
 
+/** What becomes of quotes when a value is copied. */
 enum quote_option {
   QUOTE_NONE,     // plain copy
   QUOTE_ENQUOTE,  // surround with double quotes and escape inner quotes
   QUOTE_DEQUOTE,  // undo the escapes of a quoted value
 };
 
-bool is_space(char byte);
-char* skip_leading(char* str);
+/** The first byte from str to end that is no whitespace, or end. */
+const char* skip_leading(const char* str, const char* end);
 
-/** Steps back from str, the end of a text that starts at base, over trailing whitespace. */
-char* skip_trailing(char* str, const char* base);
+/** The place behind the last such byte from base to str, or base. */
+const char* skip_trailing(const char* str, const char* base);
 
-std::string_view trimmed(char* begin, char* end);
+/** The text without whitespace at either end. */
+std::string_view trimmed(std::string_view text);
+
+/** Names compare case-insensitively (ASCII). */
 bool same_name(std::string_view name, const char* wanted);
 
-/** Copies at most maxlen - 1 bytes and a NUL, applying the quotes that the option asks for. */
+/**
+ * Copies text into room for maxlen bytes, its NUL included; what is too long is cut, but never
+ * within an escape nor before the closing quote. Room for less than 3 bytes gets no quotes.
+ */
 void ini_strncpy(char* dest, const char* source, std::size_t maxlen, quote_option option);
 
-/** Whether a value must be written in quotes to read back as it is. */
+/** Whether a value must be written in quotes to be read as it is. */
 quote_option check_enquote(const char* Value);
 
 /**
- * Cuts the trailing note, whitespace and outer quotes off a value. Returns where it starts and
- * tells in quotes how to copy it.
+ * Cuts the note, the whitespace before it and the outer quotes off a value. Returns where the value
+ * begins, and tells in quotes how it is to be copied.
  */
 char* cleanstring(char* string, quote_option* quotes);
 

@@ -8,9 +8,7 @@
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <climits>
 #include <csignal>
-#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -54,19 +52,6 @@ TEST_F(Failures, DirectoryInPlaceOfTheFile) {
   EXPECT_TRUE(std::filesystem::is_directory(file));
   EXPECT_EQ(Strings{"test.ini"}, directory.names());
 }
-
-#if LONG_MAX == INT_MAX
-TEST_F(Failures, FileThatOffsetsCannotCountIsNotRewritten) {
-  for (const std::uintmax_t gibibytes : {2, 3, 5}) {
-    writeBytes(file, ORIGINAL);
-    std::filesystem::resize_file(file, gibibytes << 30U);  // the rest takes no room
-    EXPECT_EQ("old", get("s", "k"));
-    EXPECT_EQ(0, put("s", "k", "longer"));
-    EXPECT_EQ(gibibytes << 30U, std::filesystem::file_size(file));
-    EXPECT_EQ(Strings{"test.ini"}, directory.names());
-  }
-}
-#endif
 
 TEST_F(Failures, FifoInPlaceOfTheFileIsNotWaitedFor) {
   ASSERT_EQ(0, mkfifo(file.c_str(), 0600));

@@ -3,10 +3,16 @@
 // The unit as a whole, for what it refuses to be given: no caller outside can break most of it.
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <string>
 
-#include "ini/ini.cc"
+#include "ini/file.h"
+#include "ini/ini.h"
+#include "ini/lines.h"
+#include "ini/text.h"
 #include "support/files.h"
+
+using namespace ini;
 
 namespace {
 
@@ -29,15 +35,15 @@ class Internals : public testing::Test {
 using InternalsDeathTest = Internals;
 
 TEST_F(InternalsDeathTest, BlockFlushKnowsItsLimits) {
-  copier copy{line_reader(NULL)};
+  writer target(-1);
   int size = INI_BUFFERSIZE + 1;
-  EXPECT_DEATH(copy.cache_flush(&size), failureOf("*size <= INI_BUFFERSIZE"));
+  EXPECT_DEATH(target.cache_flush(&size), failureOf("*size <= INI_BUFFERSIZE"));
   size = -1;
-  EXPECT_DEATH(copy.cache_flush(&size), failureOf("pos > 0 && pos <= INI_BUFFERSIZE"));
+  EXPECT_DEATH(target.cache_flush(&size), failureOf("pos > 0 && pos <= INI_BUFFERSIZE"));
 }
 
 TEST_F(InternalsDeathTest, TrimmingNeedsText) {
-  EXPECT_DEATH(skip_leading(NULL), failureOf("str != NULL"));
+  EXPECT_DEATH(skip_leading(NULL, text), failureOf("str != NULL"));
   EXPECT_DEATH(skip_trailing(NULL, text), failureOf("str != NULL"));
   EXPECT_DEATH(skip_trailing(text, NULL), failureOf("base != NULL"));
 }
@@ -74,8 +80,8 @@ TEST_F(InternalsDeathTest, ValuesMustBeThere) {
   quote_option quotes = QUOTE_NONE;
   EXPECT_DEATH(check_enquote(NULL), failureOf("Value != NULL"));
   EXPECT_DEATH(cleanstring(NULL, &quotes), failureOf("string != NULL"));
-  EXPECT_DEATH(build_key_line(text, NULL, "v"), failureOf("Key != NULL && Value != NULL"));
-  EXPECT_DEATH(build_key_line(text, "k", NULL), failureOf("Key != NULL && Value != NULL"));
+  EXPECT_DEATH(new_line(NULL, "v"), failureOf("Key != NULL && Value != NULL"));
+  EXPECT_DEATH(new_line("k", NULL), failureOf("Key != NULL && Value != NULL"));
 }
 
 TEST_F(InternalsDeathTest, SearchNeedsANameOrAnIndex) {

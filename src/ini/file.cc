@@ -1,0 +1,85 @@
+// SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
+// SPDX-License-Identifier: MIT
+#include "ini/file.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cassert>
+#include <cerrno>
+#include <cstring>
+
+#include "base/open_private.h"
+#include "base/write_all.h"
+
+namespace ini {
+
+line_reader::line_reader(const char* Filename) : descriptor(openPrivate(Filename, O_RDONLY)) {
+  if (is_open()) return;
+  progress = errno == ENOENT || errno == ENOTDIR ? MISSING : FAILED;
+}
+
+line_reader::~line_reader() {
+  if (is_open()) ::close(descriptor);
+}
+
+bool line_reader::next(std::size_t limit) {
+  offset += static_cast<off_t>(length);
+  begin += length;
+  bool complete = false;
+  do {
+    const std::size_t size = std::min(filled - begin, limit);
+    const void* newline = std::memchr(buffer + begin, '\n', size);
+    const auto* end =
+        newline != NULL ? static_cast<const char*>(newline) + 1 : buffer + begin + size;
+    length = static_cast<std::size_t>(end - (buffer + begin));
+    complete = newline != NULL || size == limit;
+  } while (!complete && fill());
+  if (failed()) length = 0;
+  return length > 0;
+}
+
+/** Moves what is there of the line to the front and reads on behind it. False at the end. */
+bool line_reader::fill() {
+  if (progress != READING) return false;
+  filled -= begin;
+  std::memmove(buffer, buffer + begin, filled);
+  begin = 0;
+  const ssize_t got = read(descriptor, buffer + filled, sizeof buffer - filled);
+  if (got <= 0) {
+    progress = got == 0 ? ENDED : FAILED;
+    return false;
+  }
+  filled += static_cast<std::size_t>(got);
+  return true;
+}
+
+void writer::put(std::string_view text) {
+  while (!text.empty()) {
+    if (pending == INI_BUFFERSIZE - 1) cache_flush(&pending);
+    const auto room = static_cast<std::size_t>(INI_BUFFERSIZE - 1 - pending);
+    const std::size_t taken = text.copy(block + pending, room);
+    pending += static_cast<int>(taken);
+    text.remove_prefix(taken);
+  }
+}
+
+bool writer::close() {
+  if (!is_open()) return false;
+  cache_flush(&pending);
+  const bool closed = ::close(descriptor) == 0;
+  descriptor = -1;
+  return closed && complete;
+}
+
+void writer::cache_flush(int* size) {
+  assert(*size <= INI_BUFFERSIZE);
+  if (*size == 0) return;
+  const int pos = std::min(*size, INI_BUFFERSIZE - 1);
+  assert(pos > 0 && pos <= INI_BUFFERSIZE);
+  complete = complete && writeAll(descriptor, {block, static_cast<std::size_t>(pos)});
+  *size = 0;
+}
+
+}  // namespace ini

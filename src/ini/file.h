@@ -1,0 +1,87 @@
+// SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstddef>
+#include <string_view>
+
+#include "ini/ini.h"
+
+namespace ini {
+
+/** Reads a file line by line through one buffer, without ever waiting. */
+class line_reader {
+ public:
+  /** As much of a line as is seen at a time; what follows counts as the next line. */
+  static constexpr std::size_t LONGEST = INI_BUFFERSIZE - 1;
+
+  explicit line_reader(const char* Filename);
+  line_reader(const line_reader&) = delete;
+  line_reader& operator=(const line_reader&) = delete;
+  ~line_reader();
+
+  bool is_open() const { return descriptor >= 0; }
+
+  /** Whether there is no such file, which is not a failure. */
+  bool is_missing() const { return progress == MISSING; }
+
+  /** Whether the file could not be opened, or not be read on. */
+  bool failed() const { return progress == FAILED; }
+
+  /**
+   * Goes on to the next line, or to the first one. False at the end of the file and where it cannot
+   * be read: no part of a line is given then. A limit, at most LONGEST, makes lines shorter.
+   */
+  bool next(std::size_t limit = LONGEST);
+
+  /** The bytes of the line with its LF, until next() is called; none behind the last line. */
+  std::string_view bytes() const { return {buffer + begin, length}; }
+
+  /** Where in the file the line begins; behind the last line, the file's size. */
+  off_t start() const { return offset; }
+
+ private:
+  enum state { READING, ENDED, MISSING, FAILED };
+
+  bool fill();
+
+  int descriptor;  // -1 unless the file is open
+  state progress = READING;
+  off_t offset = 0;        // of the line in the file
+  std::size_t begin = 0;   // of the line in the buffer
+  std::size_t length = 0;  // of the line; 0 before the first one and behind the last one
+  std::size_t filled = 0;  // bytes in the buffer, those of the line and of what follows it
+  char buffer[INI_BUFFERSIZE];
+};
+
+/** Writes a file in blocks. What fails shows when it is closed. */
+class writer {
+ public:
+  /** Takes over a descriptor; a negative one leaves the file closed. */
+  explicit writer(int opened) : descriptor(opened) {}
+  writer(const writer&) = delete;
+  writer& operator=(const writer&) = delete;
+  ~writer() { (void)close(); }
+
+  bool is_open() const { return descriptor >= 0; }
+  void put(std::string_view text);
+
+  /** Whether there is a last byte, and it is an LF. */
+  bool ends_in_lf() const { return pending > 0 && block[pending - 1] == '\n'; }
+
+  /** Returns whether all that was put is in the file. False for one that was not open. */
+  bool close();
+
+  /** Writes the first bytes of the block, and sets their number to 0. */
+  void cache_flush(int* size);
+
+ private:
+  int descriptor;        // -1 unless the file is open
+  bool complete = true;  // whether every block so far was written whole
+  int pending = 0;       // bytes of the block; more than 0 once anything was put
+  char block[INI_BUFFERSIZE];
+};
+
+}  // namespace ini

@@ -1,0 +1,105 @@
+// SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
+// SPDX-License-Identifier: MIT
+#include "ini/lines.h"
+
+#include <algorithm>
+#include <cassert>
+#include <cstring>
+
+#include "ini/text.h"
+
+namespace ini {
+
+namespace {
+
+std::string_view as_text(std::string_view line) { return line.substr(0, line.find('\0')); }
+
+}  // namespace
+
+std::optional<std::string_view> header_name(std::string_view line) {
+  const char* end = line.data() + line.size();
+  const char* sp = skip_leading(line.data(), end);
+  if (sp == end || *sp != '[') return {};
+  const std::string_view text = as_text({sp, end});
+  const auto* ep = static_cast<const char*>(memrchr(text.data(), ']', text.size()));
+  if (ep == NULL) return {};
+  assert(ep != NULL && *ep == ']');  // the contract's text, though it cannot fail here
+  return trimmed({sp + 1, ep});
+}
+
+bool is_section(std::string_view line, const char* Section) {
+  const auto name = header_name(line);
+  return name && same_name(*name, Section);
+}
+
+std::optional<key_line> split(std::string_view line) {
+  const std::string_view text = trimmed(as_text(line));
+  if (text.empty() || text.front() == ';' || text.front() == '#') return {};
+  std::size_t separator = text.find('=');
+  if (separator == std::string_view::npos) separator = text.find(':');
+  if (separator == std::string_view::npos) return {};
+  const char* ep = text.data() + separator;
+  assert(*ep == '=' || *ep == ':');  // as above
+  return key_line{trimmed(text.substr(0, separator)), text.substr(separator + 1)};
+}
+
+bool is_unnamed(const char* Section) { return Section == NULL || *Section == '\0'; }
+
+bool find_section(line_reader& line, const char* Section) {
+  if (is_unnamed(Section)) return true;
+  while (line.next())
+    if (is_section(line.bytes(), Section)) return true;
+  return false;
+}
+
+bool find_section(line_reader& line, int idx) {
+  while (line.next())
+    if (header_name(line.bytes()) && idx-- == 0) return true;
+  return false;
+}
+
+bool getkeystring(line_reader& line, const char* Section, const char* Key, int idxKey, char* Buffer,
+                  int BufferSize) {
+  if (!find_section(line, Section)) return false;
+  assert(Key != NULL || idxKey >= 0);
+  while (line.next() && !header_name(line.bytes())) {
+    const auto key = split(line.bytes());
+    if (!key || (Key == NULL ? idxKey-- > 0 : !same_name(key->name, Key))) continue;
+    if (Key == NULL) {
+      copy_name(key->name, Buffer, BufferSize);
+    } else {
+      copy_value(key->value, Buffer, BufferSize);
+    }
+    return true;
+  }
+  return false;
+}
+
+void copy_name(std::string_view name, char* Buffer, int BufferSize) {
+  const auto room = static_cast<std::size_t>(BufferSize);
+  ini_strncpy(Buffer, name.data(), std::min(name.size() + 1, room), QUOTE_NONE);
+}
+
+void copy_value(std::string_view value, char* Buffer, int BufferSize) {
+  char text[INI_BUFFERSIZE];
+  copy_name(trimmed(value), text, sizeof text);
+  quote_option quotes = QUOTE_NONE;
+  const char* cleaned = cleanstring(text, &quotes);
+  ini_strncpy(Buffer, cleaned, static_cast<std::size_t>(BufferSize), quotes);
+}
+
+new_line::new_line(const char* Key, const char* Value) {
+  assert(Key != NULL && Value != NULL);
+  char first_line[INI_BUFFERSIZE];  // a value is one line
+  copy_name({Value, std::strcspn(Value, "\n")}, first_line, sizeof first_line);
+
+  constexpr std::size_t AFTER_KEY = sizeof "=\n";
+  ini_strncpy(line, Key, sizeof line - AFTER_KEY, QUOTE_NONE);
+  length = std::strlen(line);
+  line[length++] = '=';
+  ini_strncpy(line + length, first_line, sizeof line - 1 - length, check_enquote(first_line));
+  length += std::strlen(line + length);
+  line[length++] = '\n';
+}
+
+}  // namespace ini

@@ -1,0 +1,64 @@
+// SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string_view>
+
+#include "ini/file.h"
+#include "ini/ini.h"
+
+// What the bytes of a line mean, and the search for one. As text a line ends before its first NUL.
+
+namespace ini {
+
+/** The name in a section header; nothing for any other line. */
+std::optional<std::string_view> header_name(std::string_view line);
+
+/** Whether a line is the header of a section. */
+bool is_section(std::string_view line, const char* Section);
+
+/** The parts of a key line: the trimmed name, and the value as it stands there. */
+struct key_line {
+  std::string_view name;
+  std::string_view value;
+};
+
+/** Splits a line that is no header; nothing for a comment and a line without a separator. */
+std::optional<key_line> split(std::string_view line);
+
+/** Whether Section means the keys before the first header. */
+bool is_unnamed(const char* Section);
+
+/** Reads on up to the header of a section; the unnamed one starts where the file does. */
+bool find_section(line_reader& line, const char* Section);
+
+/** The same for the section with an index, from 0. */
+bool find_section(line_reader& line, int idx);
+
+/**
+ * Finds a key by name, copying its value, or (Key NULL, idxKey from 0) by index, copying its name.
+ * On success the reader stands on the key's line.
+ */
+bool getkeystring(line_reader& line, const char* Section, const char* Key, int idxKey, char* Buffer,
+                  int BufferSize);
+
+/** Copies a name, cut to the buffer's size. */
+void copy_name(std::string_view name, char* Buffer, int BufferSize);
+
+/** The same for a value, without its note and quotes. */
+void copy_value(std::string_view value, char* Buffer, int BufferSize);
+
+/** The line of a key as it is written, cut to what a buffer holds, LF included. */
+class new_line {
+ public:
+  new_line(const char* Key, const char* Value);
+  std::string_view bytes() const { return {line, length}; }
+
+ private:
+  std::size_t length;
+  char line[INI_BUFFERSIZE];
+};
+
+}  // namespace ini
