@@ -4,6 +4,8 @@
 
 #include <cassert>
 #include <cctype>
+#include <cfloat>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -59,7 +61,9 @@ long ini_getl(const char* Section, const char* Key, long DefValue, const char* F
 float ini_getf(const char* Section, const char* Key, float DefValue, const char* Filename) {
   char text[64];
   if (Key == NULL || !read_value(Section, Key, text, sizeof text, Filename)) return DefValue;
-  return static_cast<float>(std::strtod(text, NULL));
+  const double number = std::strtod(text, NULL);
+  // The conversion of a number beyond float would be undefined.
+  return std::fabs(number) <= FLT_MAX ? static_cast<float>(number) : std::strtof(text, NULL);
 }
 
 int ini_getbool(const char* Section, const char* Key, int DefValue, const char* Filename) {

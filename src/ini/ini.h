@@ -44,7 +44,9 @@ int ini_gets(const char* Section, const char* Key, const char* DefValue, char* B
  * empty. */
 long ini_getl(const char* Section, const char* Key, long DefValue, const char* Filename);
 
-/** The value as strtod() reads it in the current locale; DefValue when absent, 0 when not a number.
+/**
+ * The value as strtod() reads it in the current locale, infinite beyond what a float can hold;
+ * DefValue when absent, 0 when not a number.
  */
 float ini_getf(const char* Section, const char* Key, float DefValue, const char* Filename);
 

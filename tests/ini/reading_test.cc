@@ -2,7 +2,9 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
+#include <cfloat>
 #include <climits>
+#include <cmath>
 #include <cstring>
 #include <string>
 #include <utility>
@@ -267,6 +269,10 @@ TEST_F(Reading, FloatingNumbers) {
       {"", 0.0F},
       {"0x10", 16.0F},
       {std::string(62, '0') + "123", 1.0F},
+      {"3.4028235e38", FLT_MAX},
+      {"3.5e38", HUGE_VALF},
+      {"-1e400", -HUGE_VALF},
+      {"inf", HUGE_VALF},
   };
   for (const auto& [written, expected] : values) {
     writeBytes(file, "[s]\nk=" + written + "\n");
