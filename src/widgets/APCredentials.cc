@@ -5,7 +5,7 @@
 #include "base/trim.h"
 #include "widgets/accessible.h"
 #include "widgets/layout.h"
-#include "widgets/text.h"
+#include "widgets/widget_text.h"
 
 namespace {
 
@@ -22,13 +22,13 @@ std::vector<Glib::ustring> makeChannelNames() {
 
 }  // namespace
 
-APCredentials::APCredentials(NetworkManagerConfig& paths)
+APCredentials::APCredentials(NetworkManagerConfig& theConfig)
     : Gtk::Box(Gtk::Orientation::HORIZONTAL),
       ipAddressLabel("IP Address"),
       subnetMaskLabel("Subnet Mask"),
       channelLabel("Channel (2.4 GHz)"),
       channelNames(makeChannelNames()),
-      config(paths) {
+      config(theConfig) {
   set_visible(true);
   append(grid);
   for (Gtk::Label* label : {&ipAddressLabel, &subnetMaskLabel, &channelLabel})

@@ -17,7 +17,7 @@
 /** The address and the channel of the access point. */
 class APCredentials : public Gtk::Box {
  public:
-  explicit APCredentials(NetworkManagerConfig& paths);
+  explicit APCredentials(NetworkManagerConfig& theConfig);
 
   Glib::ustring getIpAddress() const;
   Glib::ustring getSubnetMask() const;

@@ -5,8 +5,8 @@
 #include "settings/wifi.h"
 #include "widgets/layout.h"
 
-DeviceBox::DeviceBox(NetworkManagerConfig& paths)
-    : Gtk::Box(Gtk::Orientation::VERTICAL), config(paths), deviceLabel("Device") {
+DeviceBox::DeviceBox(NetworkManagerConfig& theConfig)
+    : Gtk::Box(Gtk::Orientation::VERTICAL), config(theConfig), deviceLabel("Device") {
   layOutDeviceBox(*this, grid, deviceLabel, deviceEntry,
                   config.readIniString("connection", "interface-name", std::string(WIFI_INTERFACE),
                                        config.getWifiConnectionPath()));

@@ -12,7 +12,7 @@
 /** Shows the wireless interface's name as the keyfile has it, "wlan0" where it has none. */
 class DeviceBox : public Gtk::Box {
  public:
-  explicit DeviceBox(NetworkManagerConfig& paths);
+  explicit DeviceBox(NetworkManagerConfig& theConfig);
 
   Gtk::Entry& getDeviceEntry() { return deviceEntry; }
 

@@ -3,11 +3,11 @@
 #include "widgets/EthernetCredentialsBox.h"
 
 #include "widgets/layout.h"
-#include "widgets/text.h"
+#include "widgets/widget_text.h"
 
-EthernetCredentialsBox::EthernetCredentialsBox(NetworkManagerConfig& paths)
+EthernetCredentialsBox::EthernetCredentialsBox(NetworkManagerConfig& theConfig)
     : Gtk::Box(Gtk::Orientation::HORIZONTAL),
-      config(paths),
+      config(theConfig),
       ipAddressLabel("IP Address"),
       subnetMaskLabel("Subnet Mask"),
       defaultGatewayLabel("Default Gateway"),

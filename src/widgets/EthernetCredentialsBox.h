@@ -14,7 +14,7 @@
 /** The four entries of a static wired address. */
 class EthernetCredentialsBox : public Gtk::Box {
  public:
-  explicit EthernetCredentialsBox(NetworkManagerConfig& paths);
+  explicit EthernetCredentialsBox(NetworkManagerConfig& theConfig);
 
   Glib::ustring getIpAddress() const;
   Glib::ustring getSubnetMask() const;

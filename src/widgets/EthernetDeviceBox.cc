@@ -5,8 +5,8 @@
 #include "settings/ethernet.h"
 #include "widgets/layout.h"
 
-EthernetDeviceBox::EthernetDeviceBox(NetworkManagerConfig& paths)
-    : Gtk::Box(Gtk::Orientation::VERTICAL), config(paths), deviceLabel("Device") {
+EthernetDeviceBox::EthernetDeviceBox(NetworkManagerConfig& theConfig)
+    : Gtk::Box(Gtk::Orientation::VERTICAL), config(theConfig), deviceLabel("Device") {
   layOutDeviceBox(
       *this, grid, deviceLabel, deviceEntry,
       config.readIniString("connection", "interface-name", std::string(ETHERNET_INTERFACE),

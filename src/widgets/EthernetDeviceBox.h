@@ -12,7 +12,7 @@
 /** Shows the wired interface's name as the keyfile has it, "eth0" where it has none. */
 class EthernetDeviceBox : public Gtk::Box {
  public:
-  explicit EthernetDeviceBox(NetworkManagerConfig& paths);
+  explicit EthernetDeviceBox(NetworkManagerConfig& theConfig);
 
  private:
   NetworkManagerConfig& config;

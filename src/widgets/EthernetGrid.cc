@@ -4,8 +4,8 @@
 
 #include "widgets/layout.h"
 
-EthernetGrid::EthernetGrid(NetworkManagerConfig& paths)
-    : credentialsBox(paths), ipModeBox(paths), deviceBox(paths) {
+EthernetGrid::EthernetGrid(NetworkManagerConfig& theConfig)
+    : credentialsBox(theConfig), ipModeBox(theConfig), deviceBox(theConfig) {
   set_valign(Gtk::Align::START);
   ipModeBox.connectModeButtons(credentialsBox);
   ipModeBox.onModeToggled(credentialsBox);  // nothing is chosen yet: it only prints its line

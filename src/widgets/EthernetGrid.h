@@ -12,7 +12,7 @@
 /** The "Ethernet" page. */
 class EthernetGrid : public Gtk::Grid {
  public:
-  explicit EthernetGrid(NetworkManagerConfig& paths);
+  explicit EthernetGrid(NetworkManagerConfig& theConfig);
 
   EthernetCredentialsBox& getCredentialsBox() { return credentialsBox; }
   EthernetIPModeBox& getIPModeBox() { return ipModeBox; }

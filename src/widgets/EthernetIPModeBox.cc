@@ -6,9 +6,9 @@
 #include "settings/ethernet.h"
 #include "widgets/layout.h"
 
-EthernetIPModeBox::EthernetIPModeBox(NetworkManagerConfig& paths)
+EthernetIPModeBox::EthernetIPModeBox(NetworkManagerConfig& theConfig)
     : Gtk::Box(Gtk::Orientation::VERTICAL),
-      config(paths),
+      config(theConfig),
       ethernetPath(config.getEthernetConnectionPath()),
       modeLabel("Mode"),
       staticButton("Static IP"),

@@ -16,7 +16,7 @@
 /** The choice between a static and a dynamic wired address. Nothing is chosen at first. */
 class EthernetIPModeBox : public Gtk::Box {
  public:
-  explicit EthernetIPModeBox(NetworkManagerConfig& paths);
+  explicit EthernetIPModeBox(NetworkManagerConfig& theConfig);
 
   /** "manual", "auto", or empty text while nothing is chosen. */
   std::string getSelectedMode() const;

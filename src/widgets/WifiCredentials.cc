@@ -4,11 +4,11 @@
 
 #include "widgets/accessible.h"
 #include "widgets/layout.h"
-#include "widgets/text.h"
+#include "widgets/widget_text.h"
 
-WifiCredentials::WifiCredentials(NetworkManagerConfig& paths)
+WifiCredentials::WifiCredentials(NetworkManagerConfig& theConfig)
     : Gtk::Box(Gtk::Orientation::HORIZONTAL),
-      config(paths),
+      config(theConfig),
       ssidLabel("SSID"),
       passwordLabel("Password"),
       showPasswordButton("Show Password"),

@@ -15,7 +15,7 @@
 /** The wireless network's name and password, first filled from the keyfile. */
 class WifiCredentials : public Gtk::Box {
  public:
-  explicit WifiCredentials(NetworkManagerConfig& paths);
+  explicit WifiCredentials(NetworkManagerConfig& theConfig);
 
   Glib::ustring getSsid() const;
   Glib::ustring getPassword() const;

@@ -4,12 +4,12 @@
 
 #include "widgets/layout.h"
 
-WifiGrid::WifiGrid(NetworkManagerConfig& paths)
-    : deviceBox(paths),
-      modeBox(paths),
-      credentials(paths),
+WifiGrid::WifiGrid(NetworkManagerConfig& theConfig)
+    : deviceBox(theConfig),
+      modeBox(theConfig),
+      credentials(theConfig),
       noteLabel("Below info is only for access points"),
-      apCredentials(paths) {
+      apCredentials(theConfig) {
   set_valign(Gtk::Align::START);
   modeBox.connectModeButtons(apCredentials, dhcpBox, noteLabel);
   modeBox.onModeToggled(apCredentials, dhcpBox, noteLabel);

@@ -16,7 +16,7 @@
 /** The "Wifi" page. */
 class WifiGrid : public Gtk::Grid {
  public:
-  explicit WifiGrid(NetworkManagerConfig& paths);
+  explicit WifiGrid(NetworkManagerConfig& theConfig);
 
   DeviceBox& getDeviceBox() { return deviceBox; }
   WifiModeBox& getModeBox() { return modeBox; }

@@ -6,9 +6,9 @@
 #include "settings/wifi.h"
 #include "widgets/layout.h"
 
-WifiModeBox::WifiModeBox(NetworkManagerConfig& paths)
+WifiModeBox::WifiModeBox(NetworkManagerConfig& theConfig)
     : Gtk::Box(Gtk::Orientation::VERTICAL),
-      config(paths),
+      config(theConfig),
       wifiPath(config.getWifiConnectionPath()),
       modeLabel("Mode"),
       clientButton("Client"),

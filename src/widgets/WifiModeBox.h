@@ -17,7 +17,7 @@
 /** The choice of what the wireless interface is: client, access point or nothing. */
 class WifiModeBox : public Gtk::Box {
  public:
-  explicit WifiModeBox(NetworkManagerConfig& paths);
+  explicit WifiModeBox(NetworkManagerConfig& theConfig);
 
   /** "ap", "infrastructure" or, also while nothing is chosen, "disabled". */
   std::string getSelectedMode() const;

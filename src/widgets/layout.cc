@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "widgets/layout.h"
 
-#include "widgets/text.h"
+#include "widgets/widget_text.h"
 
 void showAll(std::initializer_list<Gtk::Widget*> widgets) {
   for (Gtk::Widget* widget : widgets) widget->set_visible(true);
