@@ -16,9 +16,20 @@ from tests.support.files import expected, read
 OLD = "Qz7-Vx_9 Kw3 Jm5"
 NEW = "Hb2_Tn8-Yc6 Lp41"  # as long as the old one
 LONGER = NEW + " Rd0_Gs-9"
-ADDRESS = ("10.42.0.1", "255.255.255.0")
 # Only the line of the password differs from what a save writes, so that it is patched in place.
 CLIENT = expected("client", psk=OLD, permissions='"user:zor:;"')
+ACCESS_POINT = expected("access-point", psk=OLD)
+# The keyfile before a save, its mode, the mode that is picked, and the new password.
+SAVES = (
+    (CLIENT, 0o600, None, LONGER),
+    (CLIENT, 0o600, None, NEW),
+    (CLIENT, 0o600, "Access Point", NEW),
+    (ACCESS_POINT, 0o600, None, LONGER),
+    (ACCESS_POINT, 0o600, "Client", NEW),
+    # Careless hands have left these. Their old password is known, the new one must not be.
+    (CLIENT, 0o644, None, LONGER),
+    (CLIENT, 0o666, None, NEW),
+)
 # A wired connection has secrets too, which a save must keep.
 WIRED_SECRET = f"[802-1x]\neap=peap;\npassword={OLD}\n".encode()
 
@@ -172,31 +183,29 @@ class Secrets(program_case.ProgramCase):
         super().setUp()
         self.keyfile = self.path("wlan0.nmconnection")
         self.log = os.path.join("/tmp", "trace")
-        self.addCleanup(os.remove, self.log)
 
-    def put_client(self, mode=0o600):
-        self.put("wlan0.nmconnection", CLIENT)
+    def put_wifi(self, content, mode=0o600):
+        self.put("wlan0.nmconnection", content)
         os.chmod(self.keyfile, mode)
 
-    def put_access_point(self):
-        self.put("wlan0.nmconnection", expected("access-point", psk=OLD))
-
-    def watch(self, act, passwords=(NEW, OLD), umask="000"):
+    def watch(self, act, passwords=(NEW, OLD)):
         """Runs the program and checks every moment of it. Returns the run and its files."""
         before = Files(passwords)
         traced = ",".join("?" + name for name in TRACED)
         program = self.run_debug(wrapper=[
             "strace", "-f", "--seccomp-bpf", "-y", "-v", "-s", "100000", "-o", self.log,
             "-e", "signal=none", "-e", "trace=" + traced,
-            "sh", "-c", f'umask {umask}; exec "$@"', "sh"])
+            "sh", "-c", 'umask 0; exec "$@"', "sh"])
         act(program)
         self.assertEqual(program.finish(), 0, program.errors)
         self.check_trace(before)
         return program, before
 
     def check_trace(self, files):
+        trace = read(self.log).decode("latin-1")
+        os.remove(self.log)  # in which the passwords stand
         executed = []
-        for name, arguments, result in calls(read(self.log).decode("latin-1")):
+        for name, arguments, result in calls(trace):
             if name.startswith("exec"):
                 executed.append(arguments)
                 self.assertFalse(files.is_secret(arguments), arguments)
@@ -210,182 +219,108 @@ class Secrets(program_case.ProgramCase):
     def check_end(self, files):
         """The model must have come to what is really there, or it has missed something."""
         for path, status, content in regular_files():
-            if path == self.log:
-                continue
             file = files.by_path.get(path)
             if files.is_secret(content):
                 self.assertTrue(file and file.secret, path)
             if path.startswith(self.connections):
                 self.assertEqual(stat.S_IMODE(status.st_mode), file.mode, path)
 
-    def save_client(self, password, pick=False):
+    @staticmethod
+    def save_wifi(password, pick=None, then=()):
+        """What is done to save a password; then: more buttons to press."""
         def act(program):
             program.show_page("Wifi")
             if pick:
-                program.pick("Client")
-            program.fill("Password", password)
-            program.button("Save And Exit")
-        return act
-
-    def save_access_point(self, password):
-        def act(program):
-            program.show_page("Wifi")
-            program.pick("Access Point")
-            program.fill("Password", password)
-            program.fill("IP Address", ADDRESS[0])
-            program.fill("Subnet Mask", ADDRESS[1])
-            program.button("Save And Exit")
+                program.pick(pick)
+            if pick != "Disabled":
+                program.fill("Password", password)
+            if pick == "Access Point" and not then:
+                program.fill("IP Address", "10.42.0.1")
+                program.fill("Subnet Mask", "255.255.255.0")
+            for label in ("Save And Exit", *then):
+                program.button(label)
         return act
 
     def assert_saved(self, password, program, files):
-        """The password is in the keyfile, and was seen on its way there."""
+        """The password is in the keyfile, was seen on its way there, and printed once at most."""
         self.assertIn(f"\npsk={password}\n", read(self.keyfile).decode())
         self.assertGreater(files.writes, 0)
         self.assertEqual(stat.S_IMODE(os.stat(self.keyfile).st_mode), 0o600)
         self.assertFalse(files.is_secret(program.errors))
+        is_access_point = b"\nmode=ap\n" in read(self.keyfile)
+        self.assertEqual([line for line in program.output.splitlines() if files.is_secret(line)],
+                         is_access_point * [f"Wifi Password being validated: {password}"])
         self.assertFalse(os.path.exists(program_case.UPDATE_RECORD))
 
-    # Wi-Fi. A client's password is not printed, an access point's is in one line.
+    def test_new_password(self):
+        for before, mode, pick, password in SAVES:
+            with self.subTest(pick=pick, mode=oct(mode), password=password):
+                self.put_wifi(before, mode)
+                inode = os.stat(self.keyfile).st_ino
+                run = self.watch(self.save_wifi(password, pick),
+                                 (NEW, OLD) if mode == 0o600 else [password])
+                self.assert_saved(password, *run)
+                self.assertEqual(os.stat(self.keyfile).st_ino == inode,
+                                 password == NEW and not pick, "patched in place or not")
 
-    def assert_client_saved(self, password, program, files):
-        self.assert_saved(password, program, files)
-        self.assertFalse(files.is_secret(program.output))
-
-    def assert_access_point_saved(self, password, program, files):
-        self.assert_saved(password, program, files)
-        self.assertEqual(
-            [line for line in program.output.splitlines() if files.is_secret(line)],
-            [f"Wifi Password being validated: {password}"])
-
-    def test_client(self):
-        self.put_client()
-        self.assert_client_saved(LONGER, *self.watch(self.save_client(LONGER)))
-
-    def test_client_patched_in_place(self):
-        self.put_client()
-        inode = os.stat(self.keyfile).st_ino
-        self.assert_client_saved(NEW, *self.watch(self.save_client(NEW)))
-        self.assertEqual(os.stat(self.keyfile).st_ino, inode)
-
-    def test_client_in_place_of_an_access_point(self):
-        self.put_access_point()
-        self.assert_client_saved(NEW, *self.watch(self.save_client(NEW, pick=True)))
-
-    def test_access_point(self):
-        self.put_access_point()
-
-        def act(program):
-            program.show_page("Wifi")
-            program.fill("Password", LONGER)
-            program.button("Save And Exit")
-
-        self.assert_access_point_saved(LONGER, *self.watch(act))
-
-    def test_access_point_in_place_of_a_client(self):
-        self.put_client()
-        self.assert_access_point_saved(NEW, *self.watch(self.save_access_point(NEW)))
-
-    def test_access_point_that_fails_validation(self):
-        self.put_client()
-
-        def act(program):
-            program.show_page("Wifi")
-            program.pick("Access Point")
-            program.fill("Password", NEW)
-            program.button("Save And Exit")
-            program.button("OK")
-            program.button("Exit Without Saving")
-
-        _, files = self.watch(act)
-        self.assertEqual(files.writes, 0)
-
-    def test_disabled(self):
-        self.put_client()
-
-        def act(program):
-            program.show_page("Wifi")
-            program.pick("Disabled")
-            program.button("Save And Exit")
-
-        program, files = self.watch(act)
-        self.assertFalse(os.path.exists(self.keyfile))
-        self.assertEqual(files.writes, 0)
-        self.assertFalse(files.is_secret(program.output))
-
-    # Files that careless hands have left. Their old password is known, the new one must not be.
-
-    def test_keyfile_that_everybody_may_read(self):
-        self.put_client(0o644)
-        self.assert_client_saved(LONGER, *self.watch(self.save_client(LONGER), [LONGER], "022"))
-
-    def test_keyfile_that_everybody_may_read_patched_in_place(self):
-        self.put_client(0o666)
-        self.assert_client_saved(NEW, *self.watch(self.save_client(NEW), [NEW]))
+    def test_nothing_is_written(self):
+        for pick, then in (("Access Point", ("OK", "Exit Without Saving")), ("Disabled", ())):
+            with self.subTest(pick):
+                self.put_wifi(CLIENT)
+                program, files = self.watch(self.save_wifi(NEW, pick, then))
+                self.assertEqual(files.writes, 0)
+                self.assertEqual(os.path.exists(self.keyfile), pick != "Disabled")
+                self.assertFalse(files.is_secret(program.errors))
+                self.assertEqual(files.is_secret(program.output), pick != "Disabled")
 
     def test_keyfile_with_a_second_name(self):
-        self.put_client(0o644)
+        self.put_wifi(CLIENT, 0o644)
         other = os.path.join(self.folder, "other")
         os.link(self.keyfile, other)
-        self.assert_client_saved(NEW, *self.watch(self.save_client(NEW), [NEW]))
+        self.assert_saved(NEW, *self.watch(self.save_wifi(NEW), [NEW]))
         self.assertEqual(stat.S_IMODE(os.stat(other).st_mode), 0o600)
 
     def test_keyfile_that_is_a_link(self):
-        self.put_client(0o644)
+        self.put_wifi(CLIENT, 0o644)
         target = os.path.join(self.folder, "target")
         os.rename(self.keyfile, target)
         os.symlink(target, self.keyfile)
-        self.assert_client_saved(NEW, *self.watch(self.save_client(NEW), [NEW]))
+        self.assert_saved(NEW, *self.watch(self.save_wifi(NEW), [NEW]))
 
     def test_temporary_file_that_was_left(self):
-        self.put_client()
+        self.put_wifi(CLIENT)
         left = self.put("wlan0.nmconnectio~", "left over")
         os.chmod(left, 0o666)
         other = os.path.join(self.folder, "other")
         os.link(left, other)
-        self.assert_client_saved(LONGER, *self.watch(self.save_client(LONGER)))
+        self.assert_saved(LONGER, *self.watch(self.save_wifi(LONGER)))
         self.assertEqual(read(other), b"left over")
+        self.assertFalse(os.path.exists(left), "not the name of the temporary file")
 
-    # Ethernet
+    def test_secret_of_a_wired_connection(self):
+        for stored, label in (("ethernet-static", None), ("ethernet-dynamic", None),
+                              ("ethernet-dynamic", "Static IP"), ("ethernet-static", "Dynamic IP")):
+            with self.subTest(stored=stored, label=label):
+                # What is missing is added, so that the file is written again.
+                self.put("ethernet.nmconnection",
+                         expected(stored).replace(b"autoconnect=true\n", b"") + WIRED_SECRET)
 
-    def save_ethernet(self, stored, label=None):
-        """Saves, in another mode if a label is given; returns the keyfile and the files."""
-        # What is missing is added, so that the file is written again.
-        self.put("ethernet.nmconnection",
-                 expected(stored).replace(b"autoconnect=true\n", b"") + WIRED_SECRET)
+                def act(program):
+                    if label:
+                        program.pick(label)
+                    if label == "Static IP":
+                        program.fill("IP Address", "192.168.1.10")
+                        program.fill("Subnet Mask", "255.255.255.0")
+                        program.fill("Default Gateway", "192.168.1.1")
+                    program.button("Save And Exit")
 
-        def act(program):
-            if label:
-                program.pick(label)
-            if label == "Static IP":
-                program.fill("IP Address", "192.168.1.10")
-                program.fill("Subnet Mask", "255.255.255.0")
-                program.fill("Default Gateway", "192.168.1.1")
-            program.button("Save And Exit")
-
-        program, files = self.watch(act)
-        self.assertFalse(files.is_secret(program.output + program.errors))
-        record = read(program_case.UPDATE_RECORD).decode()
-        self.assertRegex(record, "^([0-9A-F]{2} ){13}$")
-        self.assertEqual(stat.S_IMODE(os.stat(program_case.UPDATE_RECORD).st_mode), 0o666)
-        return read(self.path("ethernet.nmconnection")).decode(), files
-
-    def test_static_address(self):
-        keyfile, files = self.save_ethernet("ethernet-static")
-        self.assertIn(f"\npassword={OLD}\n", keyfile)
-        self.assertGreater(files.writes, 0)
-
-    def test_dynamic_address(self):
-        keyfile, files = self.save_ethernet("ethernet-dynamic")
-        self.assertIn(f"\npassword={OLD}\n", keyfile)
-        self.assertGreater(files.writes, 0)
-
-    def test_static_address_in_place_of_a_dynamic_one(self):
-        keyfile, _ = self.save_ethernet("ethernet-dynamic", "Static IP")
-        self.assertNotIn(OLD, keyfile)
-
-    def test_dynamic_address_in_place_of_a_static_one(self):
-        keyfile, _ = self.save_ethernet("ethernet-static", "Dynamic IP")
-        self.assertNotIn(OLD, keyfile)
+                program, files = self.watch(act)
+                self.assertFalse(files.is_secret(program.output + program.errors))
+                # A change of the mode begins with a default file.
+                kept = f"\npassword={OLD}\n" in read(self.path("ethernet.nmconnection")).decode()
+                self.assertEqual((kept, files.writes > 0), (not label, not label))
+                self.assertRegex(read(program_case.UPDATE_RECORD).decode(), "^([0-9A-F]{2} ){13}$")
+                self.assertEqual(stat.S_IMODE(os.stat(program_case.UPDATE_RECORD).st_mode), 0o666)
 
 
 program_case.main()
