@@ -44,6 +44,19 @@ class AccessCase(program_case.ProgramCase):
             wait_until(lambda: program.page() == page, "the other page")
         return program
 
+    def open_channels(self, program, row, key="space"):
+        """Opens the list of channels, which begins at the row of the chosen one."""
+        program.focus_and_press("button", CHANNEL, key)
+        wait_until(lambda: program.focused() == ("list item", row), "the list")
+
+    def choose_channel(self, program, channel, *keys):
+        """Presses keys in the list; the last one closes it."""
+        for key in keys:
+            self.desktop.press(*key.split("+"))
+        wait_until(lambda: program.focused() == ("button", CHANNEL), "the list to close")
+        self.assertEqual(program.channel(), channel)
+        self.assertEqual(program.look().find("button", CHANNEL).description, channel)
+
 
 class Names(AccessCase):
 
@@ -86,41 +99,23 @@ class Names(AccessCase):
     def test_list_of_channels(self):
         program = self.run_on("Wifi", wlan0=ACCESS_POINT)
         self.assertEqual(program.look().find("button", CHANNEL).description, "6")
-        program.focus_and_press("button", CHANNEL, "space")
-        wait_until(lambda: program.look().find("list item"), "the list")
+        self.open_channels(program, "6")
         tree = self.assert_named(program)
         self.assertEqual([row.name for row in tree.all("list item")], CHANNELS)
-        self.assertEqual(program.focused(), ("list item", "6"))
-        for key in ("Down", "Down", "Escape"):
-            self.desktop.press(key)
-        wait_until(lambda: not program.look().find("list item"), "the list to close")
-        self.desktop.press("space")
-        wait_until(lambda: program.look().find("list item"), "the list")
-        self.assertEqual(program.focused(), ("list item", "6"))
+        self.choose_channel(program, "6", "Down", "Down", "Escape")
+        self.open_channels(program, "6")
         self.assertEqual([row.name for row in program.look().all("list item")
                           if "selected" in row.states], ["6"])
-        self.desktop.press("Return")
-        wait_until(lambda: not program.look().find("list item"), "the list to close")
-        self.assertEqual(program.channel(), "6")
-        program.focus_and_press("button", CHANNEL, "space")
-        wait_until(lambda: program.look().find("list item"), "the list")
-        self.desktop.press("End")
-        self.desktop.press("Return")
-        wait_until(lambda: program.channel() == "11", "the choice")
-        self.assertEqual(program.look().find("button", CHANNEL).description, "11")
+        self.choose_channel(program, "6", "Return")
 
     def test_row_with_the_focus_is_taken(self):
         program = self.run_on("Wifi", wlan0=ACCESS_POINT)
-        for keys, channel in (([["Home"], ["Tab"], ["Tab"]], "2"), ([["Control_L", "End"]], "11"),
-                              ([["Control_L", "Home"], ["Down"]], "1")):
-            program.focus_and_press("button", CHANNEL, "space")
-            wait_until(lambda: program.look().find("list item"), "the list")
-            for together in keys:
-                self.desktop.press(*together)
-            self.assertEqual(program.focused(), ("list item", channel))
-            self.desktop.press("Return")
-            wait_until(lambda: not program.look().find("list item"), "the list to close")
-            self.assertEqual(program.channel(), channel)
+        chosen = "6"
+        for channel, *keys in (("11", "End"), ("2", "Home", "Tab", "Tab"), ("11", "Control_L+End"),
+                               ("1", "Control_L+Home", "Down")):
+            self.open_channels(program, chosen, key="Return")
+            self.choose_channel(program, channel, *keys, "Return")
+            chosen = channel
 
     def test_dialogs(self):
         for page, entry, message, fields in (
@@ -226,13 +221,8 @@ class Keyboard(AccessCase):
         program.focus_and_type("IP Address", "192.168.4.20")
         program.focus_and_type("Subnet Mask", "255.255.255.0")
         self.assertEqual(program.look().find("button", CHANNEL).description, "Auto")
-        program.focus_and_press("button", CHANNEL, "space")
-        wait_until(lambda: program.focused() == ("list item", "Auto"), "the list")
-        for _ in range(7):
-            self.desktop.press("Down")
-        self.assertEqual(program.focused(), ("list item", "7"))
-        self.desktop.press("Return")
-        wait_until(lambda: program.focused() == ("button", CHANNEL), "the list to close")
+        self.open_channels(program, "Auto")
+        self.choose_channel(program, "7", *7 * ["Down"], "Return")
         program.focus_and_press("button", "Save And Exit", "space")
         self.assertEqual(program.finish(), 0)
         self.assert_keyfile(self.path("wlan0.nmconnection"),
@@ -243,16 +233,13 @@ class Keyboard(AccessCase):
         self.desktop = self.enterContext(Desktop((800, 480)))
         program = self.run_on("Wifi", wlan0=ACCESS_POINT)
         for channel in ("6", "11"):
-            program.focus_and_press("button", CHANNEL, "space")
-            wait_until(lambda: program.focused() == ("list item", channel), "the list")
+            self.open_channels(program, channel)
             tree = program.look()
             _, top, _, height = tree.find("list").box
             _, row_top, _, row_height = tree.find("list item", channel).box
             self.assertTrue(row_height and top <= row_top
                             and row_top + row_height <= top + height, tree.dump())
-            self.desktop.press("End")
-            self.desktop.press("Return")
-            wait_until(lambda: program.channel() == "11", "the choice")
+            self.choose_channel(program, "11", "End", "Return")
 
     def test_client_and_disabled(self):
         program = self.run_on("Wifi", wlan0=ACCESS_POINT)
