@@ -9,5 +9,6 @@
  */
 template <typename Operation>
 bool succeedsOnRetry(Operation operation) {
-  return operation() || operation();
+  if (operation()) return true;
+  return operation();
 }

@@ -35,16 +35,16 @@ step find_step(const setting& wanted, const char* Filename, off_t* start) {
   line_reader line(Filename);
   if (line.is_missing()) return wanted.deletes() ? step::NOTHING : step::CREATE;
   if (line.failed()) return step::FAIL;
-  if (wanted.Key == NULL) return step::REWRITE;
+  if (wanted.key == NULL) return step::REWRITE;
 
   char stored[INI_BUFFERSIZE];
-  const bool found = getkeystring(line, wanted.Section, wanted.Key, -1, stored, sizeof stored);
+  const bool found = getkeystring(line, wanted.section, wanted.key, -1, stored, sizeof stored);
   if (line.failed()) return step::FAIL;
   if (!found) return wanted.deletes() ? step::NOTHING : step::REWRITE;
   if (wanted.deletes()) return step::REWRITE;
-  if (std::strcmp(stored, wanted.Value) == 0) return step::NOTHING;
+  if (std::strcmp(stored, wanted.value) == 0) return step::NOTHING;
   *start = line.start();
-  const new_line replacement(wanted.Key, wanted.Value);
+  const new_line replacement(wanted.key, wanted.value);
   return replacement.bytes().size() == line.bytes().size() ? step::PATCH : step::REWRITE;
 }
 
@@ -58,15 +58,15 @@ void put_header(writer& target, const char* Section) {
 }
 
 void put_key(writer& target, const setting& wanted) {
-  target.put(new_line(wanted.Key, wanted.Value).bytes());
+  target.put(new_line(wanted.key, wanted.value).bytes());
 }
 
 /** Copies up to and with the section's header, or all when there is none; not one to delete. */
 bool copy_up_to_section(line_reader& line, writer& target, const setting& wanted) {
-  if (is_unnamed(wanted.Section)) return true;
+  if (is_unnamed(wanted.section)) return true;
   while (line.next()) {
-    const bool found = is_section(line.bytes(), wanted.Section);
-    if (!found || wanted.Key != NULL) target.put(line.bytes());
+    const bool found = is_section(line.bytes(), wanted.section);
+    if (!found || wanted.key != NULL) target.put(line.bytes());
     if (found) return true;
   }
   return false;
@@ -83,10 +83,10 @@ void copy_with_key(line_reader& line, writer& target, const setting& wanted) {
   bool found = false;
   while (!found && line.next() && !header_name(line.bytes())) {
     const auto key = split(line.bytes());
-    found = key && same_name(key->name, wanted.Key);
+    found = key && same_name(key->name, wanted.key);
     if (!found) target.put(line.bytes());
   }
-  if (wanted.Value != NULL) {
+  if (wanted.value != NULL) {
     const bool at_end = line.bytes().empty();
     if (at_end && line.start() > 0 && !target.ends_in_lf()) target.put("\n");
     put_key(target, wanted);
@@ -97,7 +97,7 @@ void copy_with_key(line_reader& line, writer& target, const setting& wanted) {
 void append_section(writer& target, const setting& wanted) {
   if (wanted.deletes()) return;
   if (!target.ends_in_lf()) target.put("\n");  // an empty file does not end in LF either
-  put_header(target, wanted.Section);
+  put_header(target, wanted.section);
   put_key(target, wanted);
 }
 
@@ -110,7 +110,7 @@ bool copy_changed(const char* Filename, writer& target, const setting& wanted) {
   line_reader line(Filename);
   if (!copy_up_to_section(line, target, wanted)) {
     append_section(target, wanted);
-  } else if (wanted.Key == NULL) {
+  } else if (wanted.key == NULL) {
     skip_section(line, target);
   } else {
     copy_with_key(line, target, wanted);
@@ -124,7 +124,7 @@ bool copy_changed(const char* Filename, writer& target, const setting& wanted) {
 bool create(const setting& wanted, const char* Filename) {
   writer target(openPrivate(Filename, O_WRONLY | O_CREAT | O_TRUNC));
   if (!target.is_open()) return false;
-  put_header(target, wanted.Section);
+  put_header(target, wanted.section);
   put_key(target, wanted);
   if (target.close()) return true;
   // What was created may stand at the end of a link, which was there before.
@@ -137,7 +137,7 @@ bool create(const setting& wanted, const char* Filename) {
 bool patch(const setting& wanted, const char* Filename, off_t start) {
   const int descriptor = openPrivate(Filename, O_RDWR);
   if (descriptor < 0) return false;
-  const new_line line(wanted.Key, wanted.Value);
+  const new_line line(wanted.key, wanted.value);
   char old[INI_BUFFERSIZE];
   const std::size_t size = line.bytes().size();
   const auto whole = static_cast<ssize_t>(size);

@@ -4,13 +4,13 @@
 
 namespace ini {
 
-/** What a file is to hold. Value NULL stands for no such key, Key NULL for no such section. */
+/** What a file is to hold. value NULL stands for no such key, key NULL for no such section. */
 struct setting {
-  const char* Section;
-  const char* Key;
-  const char* Value;
+  const char* section;
+  const char* key;
+  const char* value;
 
-  bool deletes() const { return Key == nullptr || Value == nullptr; }
+  bool deletes() const { return key == nullptr || value == nullptr; }
 };
 
 /**
