@@ -38,7 +38,7 @@ class AccessCase(program_case.ProgramCase):
         for name, content in keyfiles.items():
             self.put(name + ".nmconnection", content)
         program = self.run_debug()
-        self.assertEqual(program.focused(), ("group", "Ethernet"))
+        wait_until(lambda: program.focused() == ("group", "Ethernet"), "the focus")
         if page == "Wifi":
             self.desktop.press("Right")
             wait_until(lambda: program.page() == page, "the other page")
