@@ -29,6 +29,7 @@ APCredentials::APCredentials(NetworkManagerConfig& theConfig)
       channelLabel("Channel (2.4 GHz)"),
       channelNames(makeChannelNames()),
       config(theConfig) {
+  // box > grid
   set_visible(true);
   append(grid);
   for (Gtk::Label* label : {&ipAddressLabel, &subnetMaskLabel, &channelLabel})
@@ -42,9 +43,10 @@ APCredentials::APCredentials(NetworkManagerConfig& theConfig)
   channelDropDown.set_model(channelModel);
   channelDropDown.set_selected(AUTOMATIC);
 
-  attachField(grid, ipAddressLabel, ipAddressEntry, 0);
-  attachField(grid, subnetMaskLabel, subnetMaskEntry, 1);
-  attachField(grid, channelLabel, channelDropDown, 2);
+  // box > grid > labels and fields
+  attachField(grid, ipAddressLabel, ipAddressEntry, 0, 0);
+  attachField(grid, subnetMaskLabel, subnetMaskEntry, 0, 1);
+  attachField(grid, channelLabel, channelDropDown, 0, 2);
 }
 
 Glib::ustring APCredentials::getIpAddress() const { return ipAddressEntry.get_text(); }

@@ -13,31 +13,23 @@ DHCPBox::DHCPBox()
       startLabel("Start IP"),
       endLabel("End IP") {
   set_margin(MARGIN);
-  layOutFramedGrid(*this, enableLabel, frame, enableGrid);
 
-  // Column 1 stays empty between the two, as designed.
-  enableGrid.attach(yesButton, 0, 0);
-  enableGrid.attach(noButton, 2, 0);
-  for (Gtk::CheckButton* button : {&yesButton, &noButton}) {
-    button->set_halign(Gtk::Align::CENTER);
-    button->set_valign(Gtk::Align::CENTER);
-  }
+  // The column between the two stays empty, as designed.
+  layOutChoice(*this, enableLabel, frame, enableGrid, {&yesButton, nullptr, &noButton});
   noButton.set_group(yesButton);
   yesButton.set_active(true);
 
+  // box > label, and the grid below it
   append(poolLabel);
   append(poolGrid);
-  poolGrid.attach(startLabel, 0, 0);
-  poolGrid.attach(startEntry, 1, 0);
-  poolGrid.attach(endLabel, 2, 0);
-  poolGrid.attach(endEntry, 3, 0);
-  startLabel.set_mnemonic_widget(startEntry);
-  endLabel.set_mnemonic_widget(endEntry);
+  showAll({&poolLabel, &poolGrid});
+
+  // box > grid > one row
+  attachField(poolGrid, startLabel, startEntry, 0, 0);
+  attachField(poolGrid, endLabel, endEntry, 2, 0);
 
   noButton.set_sensitive(false);
   yesButton.set_sensitive(false);
   endEntry.set_sensitive(false);
   startEntry.set_sensitive(false);
-  showAll({&yesButton, &noButton, &poolLabel, &poolGrid, &startLabel, &startEntry, &endLabel,
-           &endEntry});
 }

@@ -13,16 +13,18 @@ EthernetCredentialsBox::EthernetCredentialsBox(NetworkManagerConfig& theConfig)
       defaultGatewayLabel("Default Gateway"),
       dnsServerLabel("DNS Server"),
       ethernetPath(config.getEthernetConnectionPath()) {
+  // box > grid
   set_visible(true);
   append(grid);
   for (Gtk::Label* label :
        {&ipAddressLabel, &subnetMaskLabel, &defaultGatewayLabel, &dnsServerLabel})
     label->set_margin(MARGIN);
 
-  attachField(grid, ipAddressLabel, ipAddressEntry, 0);
-  attachField(grid, subnetMaskLabel, subnetMaskEntry, 1);
-  attachField(grid, defaultGatewayLabel, defaultGatewayEntry, 2);
-  attachField(grid, dnsServerLabel, dnsServerEntry, 3);
+  // box > grid > labels and fields
+  attachField(grid, ipAddressLabel, ipAddressEntry, 0, 0);
+  attachField(grid, subnetMaskLabel, subnetMaskEntry, 0, 1);
+  attachField(grid, defaultGatewayLabel, defaultGatewayEntry, 0, 2);
+  attachField(grid, dnsServerLabel, dnsServerEntry, 0, 3);
 }
 
 Glib::ustring EthernetCredentialsBox::getIpAddress() const { return ipAddressEntry.get_text(); }

@@ -16,7 +16,7 @@ EthernetGrid::EthernetGrid(NetworkManagerConfig& theConfig)
   credentialsBox.set_halign(Gtk::Align::CENTER);
   ipModeBox.set_expand(true);
 
-  // Column 0 stays empty by design.
+  // grid > boxes; column 0 stays empty by design
   attach(deviceBox, 1, 0);
   attach(ipModeBox, 1, 1, 3);
   attach(credentialsBox, 1, 2, 3);

@@ -14,16 +14,7 @@ EthernetIPModeBox::EthernetIPModeBox(NetworkManagerConfig& theConfig)
       staticButton("Static IP"),
       dynamicButton("Dynamic IP") {
   logLine("Ethernet Path: ", ethernetPath);
-  layOutFramedGrid(*this, modeLabel, frame, grid);
-
-  grid.attach(staticButton, 0, 0);
-  grid.attach(dynamicButton, 1, 0);
-  for (Gtk::CheckButton* button : {&staticButton, &dynamicButton}) {
-    button->property_accessible_role() = Gtk::Accessible::Role::RADIO;
-    button->set_halign(Gtk::Align::CENTER);
-    button->set_valign(Gtk::Align::CENTER);
-    button->set_visible(true);
-  }
+  layOutChoice(*this, modeLabel, frame, grid, {&staticButton, &dynamicButton});
   staticButton.set_group(dynamicButton);
 }
 

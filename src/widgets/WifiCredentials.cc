@@ -13,6 +13,7 @@ WifiCredentials::WifiCredentials(NetworkManagerConfig& theConfig)
       passwordLabel("Password"),
       showPasswordButton("Show Password"),
       wifiPath(config.getWifiConnectionPath()) {
+  // box > grid
   set_visible(true);
   append(grid);
   ssidLabel.set_margin(MARGIN);
@@ -23,14 +24,11 @@ WifiCredentials::WifiCredentials(NetworkManagerConfig& theConfig)
   passwordEntry.set_invisible_char('*');
   passwordEntry.set_input_purpose(Gtk::InputPurpose::PASSWORD);
 
-  grid.attach(ssidLabel, 0, 0);
-  grid.attach(ssidEntry, 1, 0);
-  grid.attach(passwordLabel, 2, 0);
-  grid.attach(passwordEntry, 3, 0);
+  // box > grid > one row
+  attachField(grid, ssidLabel, ssidEntry, 0, 0);
+  attachField(grid, passwordLabel, passwordEntry, 2, 0);
   grid.attach(showPasswordButton, 4, 0);
-  ssidLabel.set_mnemonic_widget(ssidEntry);
-  passwordLabel.set_mnemonic_widget(passwordEntry);
-  showAll({&ssidLabel, &ssidEntry, &passwordLabel, &passwordEntry, &showPasswordButton});
+  showPasswordButton.set_visible(true);
 
   ignoreArrowKeys(showPasswordButton);
   showPasswordButton.signal_toggled().connect(

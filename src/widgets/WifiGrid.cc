@@ -20,7 +20,7 @@ WifiGrid::WifiGrid(NetworkManagerConfig& theConfig)
   modeBox.set_expand(true);
   dhcpBox.set_expand(true);
 
-  // Column 0 stays empty by design.
+  // grid > boxes; column 0 stays empty by design
   attach(deviceBox, 1, 0, 3);
   attach(modeBox, 1, 1, 3);
   attach(credentials, 1, 2, 3);

@@ -15,18 +15,8 @@ WifiModeBox::WifiModeBox(NetworkManagerConfig& theConfig)
       accessPointButton("Access Point"),
       disabledButton("Disabled") {
   logLine("Wifi Path: ", wifiPath);
-  layOutFramedGrid(*this, modeLabel, frame, grid);
-
   // "Disabled" comes first on the screen, though not among the members.
-  grid.attach(disabledButton, 0, 0);
-  grid.attach(clientButton, 1, 0);
-  grid.attach(accessPointButton, 2, 0);
-  for (Gtk::CheckButton* button : {&disabledButton, &clientButton, &accessPointButton}) {
-    button->property_accessible_role() = Gtk::Accessible::Role::RADIO;
-    button->set_halign(Gtk::Align::CENTER);
-    button->set_valign(Gtk::Align::CENTER);
-    button->set_visible(true);
-  }
+  layOutChoice(*this, modeLabel, frame, grid, {&disabledButton, &clientButton, &accessPointButton});
   accessPointButton.set_group(clientButton);
   disabledButton.set_group(clientButton);
   loadModeFromFile();

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <gtkmm/box.h>
+#include <gtkmm/checkbutton.h>
 #include <gtkmm/entry.h>
 #include <gtkmm/frame.h>
 #include <gtkmm/grid.h>
@@ -22,10 +23,12 @@ void layOutDeviceBox(Gtk::Box& box, Gtk::Grid& grid, Gtk::Label& label, Gtk::Ent
                      const std::string& interfaceName);
 
 /**
- * Puts a title and, below it, a frame around a grid of equal cells into a vertical box; the title
- * names the grid.
+ * Puts a title and, below it, a frame around a row of radio buttons into a vertical box. The
+ * columns are equally wide; nullptr leaves one empty. The title names the choice.
  */
-void layOutFramedGrid(Gtk::Box& box, Gtk::Label& title, Gtk::Frame& frame, Gtk::Grid& grid);
+void layOutChoice(Gtk::Box& box, Gtk::Label& title, Gtk::Frame& frame, Gtk::Grid& grid,
+                  std::initializer_list<Gtk::CheckButton*> buttons);
 
-/** Puts a label into column 0 and its field beside it; the label names the field. */
-void attachField(Gtk::Grid& grid, Gtk::Label& label, Gtk::Widget& field, int row);
+/** Puts a label into a cell and its field into the next one of the row; the label names the field.
+ */
+void attachField(Gtk::Grid& grid, Gtk::Label& label, Gtk::Widget& field, int column, int row);
