@@ -27,36 +27,19 @@ namespace {
 
 // Written to from inside the heap's own functions: nothing here may allocate.
 bool counting = false;
-bool openingStream = false;
-HeapUse heap;
+long allocations = 0;
+long releases = 0;
 long inUse = 0;
-int streamsOpened = 0;
 Pauses pausesAsked;
 
-void noteAllocation(std::size_t size) {
+void noteAllocation() {
   ++inUse;
-  if (!counting) return;
-  if (openingStream) {
-    ++heap.streamObjects;
-    heap.largestStreamObject = std::max(heap.largestStreamObject, size);
-  } else {
-    ++heap.allocations;
-  }
+  if (counting) ++allocations;
 }
 
 void noteRelease() {
   --inUse;
-  if (counting) ++heap.releases;
-}
-
-/** Opens a stream; what it takes from the heap for that is its own object. */
-template <typename Open>
-std::FILE* openStream(Open open) {
-  openingStream = true;
-  std::FILE* const file = open();
-  openingStream = false;
-  if (file != nullptr) ++streamsOpened;
-  return file;
+  if (counting) ++releases;
 }
 
 struct Traffic {
@@ -102,13 +85,12 @@ Cost performAndCount(const std::function<void()>& operation) {
   const long memory = memoryInUse();
   const Traffic before = trafficSoFar();
   const double started = processorSeconds();
-  heap = {};
-  streamsOpened = 0;
+  allocations = releases = 0;
   counting = true;
   operation();
   counting = false;
-  cost.heap = heap;
-  cost.streams = streamsOpened;
+  cost.allocations = allocations;
+  cost.releases = releases;
   cost.seconds = processorSeconds() - started;
   cost.kilobytes = peakKilobytes() - memory;
   const Traffic after = trafficSoFar();
@@ -159,7 +141,7 @@ namespace {
 
 // The sanitizer's own heap stays in place and tells what it is asked for.
 const int INSTALLED = __sanitizer_install_malloc_and_free_hooks(
-    [](const volatile void*, std::size_t size) { noteAllocation(size); },
+    [](const volatile void*, std::size_t) { noteAllocation(); },
     [](const volatile void* memory) {
       if (memory != nullptr) noteRelease();
     });
@@ -176,18 +158,18 @@ void* __libc_realloc(void* memory, std::size_t size);
 void __libc_free(void* memory);
 
 void* malloc(std::size_t size) {
-  noteAllocation(size);
+  noteAllocation();
   return __libc_malloc(size);
 }
 
 void* calloc(std::size_t count, std::size_t size) {
-  noteAllocation(count * size);
+  noteAllocation();
   return __libc_calloc(count, size);
 }
 
 void* realloc(void* memory, std::size_t size) {
   if (memory != nullptr) noteRelease();
-  if (memory == nullptr || size != 0) noteAllocation(size);
+  if (memory == nullptr || size != 0) noteAllocation();
   return __libc_realloc(memory, size);
 }
 
@@ -199,36 +181,11 @@ void free(void* memory) {
 
 #endif
 
-// ---- Calls that the linker leads here
+// ---- Pauses, which the linker leads here
 
 extern "C" {
-std::FILE* __real_fopen(const char* name, const char* mode);
-std::FILE* __real_fopen64(const char* name, const char* mode);
-std::FILE* __real_fdopen(int descriptor, const char* mode);
-std::FILE* __real_fopencookie(void* cookie, const char* mode, cookie_io_functions_t functions);
-
-std::FILE* __wrap_fopen(const char* name, const char* mode);
-std::FILE* __wrap_fopen64(const char* name, const char* mode);
-std::FILE* __wrap_fdopen(int descriptor, const char* mode);
-std::FILE* __wrap_fopencookie(void* cookie, const char* mode, cookie_io_functions_t functions);
 int __wrap_nanosleep(const timespec* wanted, timespec* left);
 int __wrap_clock_nanosleep(clockid_t clock, int flags, const timespec* wanted, timespec* left);
-
-std::FILE* __wrap_fopen(const char* name, const char* mode) {
-  return openStream([&] { return __real_fopen(name, mode); });
-}
-
-std::FILE* __wrap_fopen64(const char* name, const char* mode) {
-  return openStream([&] { return __real_fopen64(name, mode); });
-}
-
-std::FILE* __wrap_fdopen(int descriptor, const char* mode) {
-  return openStream([&] { return __real_fdopen(descriptor, mode); });
-}
-
-std::FILE* __wrap_fopencookie(void* cookie, const char* mode, cookie_io_functions_t functions) {
-  return openStream([&] { return __real_fopencookie(cookie, mode, functions); });
-}
 
 int __wrap_nanosleep(const timespec* wanted, timespec* /*left*/) {
   ++pausesAsked.count;

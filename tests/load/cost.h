@@ -25,14 +25,6 @@ inline constexpr int REDUCTION = 1;
 inline constexpr long NOISE_IN_KILOBYTES = 512;  // the kernel counts in portions
 #endif
 
-/** What an operation asked of the heap. */
-struct HeapUse {
-  long allocations = 0;  // all but those of a stream that is opened, for its own object
-  long releases = 0;     // of either kind
-  long streamObjects = 0;
-  std::size_t largestStreamObject = 0;
-};
-
 /** What an operation cost. All but the memory and the time repeats exactly. */
 struct Cost {
   long long bytes = 0;  // that went through read() and write()
@@ -40,13 +32,12 @@ struct Cost {
   double seconds = 0;   // of the processor
   long kilobytes = 0;   // of memory, at most
   int descriptorsLeftOpen = 0;
-  int streams = 0;  // that were opened
-  HeapUse heap;
+  long allocations = 0;  // from the heap
+  long releases = 0;
 
   friend std::ostream& operator<<(std::ostream& stream, const Cost& cost) {
     return stream << cost.bytes << " bytes in " << cost.calls << " calls, " << cost.seconds
-                  << " s, " << cost.kilobytes << " kB, " << cost.streams << " streams, "
-                  << cost.heap.allocations << " allocations";
+                  << " s, " << cost.kilobytes << " kB, " << cost.allocations << " allocations";
   }
 };
 

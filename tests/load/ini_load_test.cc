@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <functional>
@@ -141,100 +140,62 @@ int countKeys(const char* /*section*/, const char* /*key*/, const char* /*value*
   return 1;
 }
 
-int stopAtOnce(const char* /*section*/, const char* /*key*/, const char* /*value*/,
-               void* /*unused*/) {
-  return 0;
+/** Reads a text with an operation that takes a buffer. */
+template <typename Read>
+Operation reading(const char* name, std::string_view expected, Read&& read) {
+  return {name, [=](const LongFile& file) {
+            char buffer[16];
+            EXPECT_EQ(static_cast<int>(expected.size()), read(file, buffer, sizeof buffer));
+            // Comparing with std::string would need the heap.
+            EXPECT_TRUE(expected == buffer) << buffer;
+          }};
 }
 
-// Comparing with std::string would need the heap.
-void expectText(std::string_view expected, const char* actual) {
-  EXPECT_TRUE(expected == actual) << actual;
+Operation readingValue(const char* name, const char* section, const char* key,
+                       std::string_view expected) {
+  return reading(name, expected, [=](const LongFile& file, char* buffer, int size) {
+    return ini_gets(section, key, "none", buffer, size, file.name());
+  });
 }
 
-const std::vector<Operation>& readings() {
-  static const std::vector<Operation> OPERATIONS = {
-      {"gets",
-       [](const LongFile& file) {
-         char buffer[16];
-         EXPECT_EQ(3, ini_gets("last", "key", "none", buffer, sizeof buffer, file.name()));
-         expectText("old", buffer);
-       }},
-      {"gets of a missing key",
-       [](const LongFile& file) {
-         char buffer[16];
-         EXPECT_EQ(4, ini_gets("last", "absent", "none", buffer, sizeof buffer, file.name()));
-         expectText("none", buffer);
-       }},
-      {"gets from a missing section",
-       [](const LongFile& file) {
-         char buffer[16];
-         EXPECT_EQ(4, ini_gets("absent", "key", "none", buffer, sizeof buffer, file.name()));
-         expectText("none", buffer);
-       }},
-      {"getl",
-       [](const LongFile& file) { EXPECT_EQ(2, ini_getl("last", "after", 7, file.name())); }},
-      {"getf",
-       [](const LongFile& file) { EXPECT_EQ(2, ini_getf("last", "after", 7, file.name())); }},
-      {"getbool",
-       [](const LongFile& file) { EXPECT_EQ(1, ini_getbool("last", "before", 0, file.name())); }},
-      {"getsection",
-       [](const LongFile& file) {
-         char buffer[16];
-         EXPECT_EQ(4, ini_getsection(file.shape.sections, buffer, sizeof buffer, file.name()));
-         expectText("last", buffer);
-       }},
-      {"getkey",
-       [](const LongFile& file) {
-         char buffer[16];
-         EXPECT_EQ(3, ini_getkey("last", file.shape.keys, buffer, sizeof buffer, file.name()));
-         expectText("key", buffer);
-       }},
-      {"hassection",
-       [](const LongFile& file) { EXPECT_EQ(1, ini_hassection("last", file.name())); }},
-      {"haskey",
-       [](const LongFile& file) { EXPECT_EQ(1, ini_haskey("last", "key", file.name())); }},
-      {"browse",
-       [](const LongFile& file) {
-         int count = 0;
-         EXPECT_EQ(1, ini_browse(countKeys, &count, file.name()));
-         EXPECT_LE(4, count);
-       }},
-      {"browse that stops",
-       [](const LongFile& file) { EXPECT_EQ(1, ini_browse(stopAtOnce, nullptr, file.name())); }}};
-  return OPERATIONS;
-}
+const std::vector<Operation> READINGS = {
+    readingValue("gets", "last", "key", "old"),
+    readingValue("gets of a missing key", "last", "absent", "none"),
+    readingValue("gets from a missing section", "absent", "key", "none"),
+    reading("getsection", "last",
+            [](const LongFile& file, char* buffer, int size) {
+              return ini_getsection(file.shape.sections, buffer, size, file.name());
+            }),
+    reading("getkey", "key",
+            [](const LongFile& file, char* buffer, int size) {
+              return ini_getkey("last", file.shape.keys, buffer, size, file.name());
+            }),
+    {"hassection", [](const LongFile& file) { EXPECT_EQ(1, ini_hassection("last", file.name())); }},
+    {"haskey", [](const LongFile& file) { EXPECT_EQ(1, ini_haskey("last", "key", file.name())); }},
+    {"browse", [](const LongFile& file) {
+       int count = 0;
+       EXPECT_EQ(1, ini_browse(countKeys, &count, file.name()));
+       EXPECT_LE(4, count);
+     }}};
 
 /** Sets a key, or deletes it. */
-Operation change(const char* name, const char* key, const char* value, std::string end) {
+Operation change(const char* name, const char* section, const char* key, const char* value,
+                 std::string end) {
   return {name,
-          [=](const LongFile& file) { EXPECT_EQ(1, ini_puts("last", key, value, file.name())); },
+          [=](const LongFile& file) { EXPECT_EQ(1, ini_puts(section, key, value, file.name())); },
           std::move(end)};
 }
 
-const std::vector<Operation>& changes() {
-  static const std::vector<Operation> OPERATIONS = {
-      change("unchanged value", "key", "old", END),
-      change("value of the same length", "key", "new", endWith("key=new\n")),
-      change("longer value", "key", "longer", endWith("key=longer\n")),
-      change("quoted value", "key", "a;b", endWith("key=\"a;b\"\n")),
-      change("new key", "fresh", "1", endWith("key=old\n", "fresh=1\n")),
-      change("deleted key", "key", nullptr, endWith("")),
-      change("deleted key that is not there", "absent", nullptr, END),
-      {"new section",
-       [](const LongFile& file) { EXPECT_EQ(1, ini_puts("fresh", "key", "1", file.name())); },
-       END + "[fresh]\nkey=1\n"},
-      {"deleted section",
-       [](const LongFile& file) { EXPECT_EQ(1, ini_puts("end", nullptr, nullptr, file.name())); },
-       "before=1\nkey=old\nafter=2\n"},
-      {"putl", [](const LongFile& file) { EXPECT_EQ(1, ini_putl("last", "key", -5, file.name())); },
-       endWith("key=-5\n")},
-      {"putf", [](const LongFile& file) { EXPECT_EQ(1, ini_putf("last", "key", 1, file.name())); },
-       endWith("key=1.000000\n")},
-      {"putbool",
-       [](const LongFile& file) { EXPECT_EQ(1, ini_putbool("last", "key", 1, file.name())); },
-       endWith("key=true\n")}};
-  return OPERATIONS;
-}
+const std::vector<Operation> CHANGES = {
+    change("unchanged value", "last", "key", "old", END),
+    change("value of the same length", "last", "key", "new", endWith("key=new\n")),
+    change("longer value", "last", "key", "longer", endWith("key=longer\n")),
+    change("quoted value", "last", "key", "a;b", endWith("key=\"a;b\"\n")),
+    change("new key", "last", "fresh", "1", endWith("key=old\n", "fresh=1\n")),
+    change("deleted key", "last", "key", nullptr, endWith("")),
+    change("deleted key that is not there", "last", "absent", nullptr, END),
+    change("new section", "fresh", "key", "1", END + "[fresh]\nkey=1\n"),
+    change("deleted section", "end", nullptr, nullptr, "before=1\nkey=old\nafter=2\n")};
 
 class IniLoad : public testing::TestWithParam<Load> {
  protected:
@@ -245,12 +206,9 @@ class IniLoad : public testing::TestWithParam<Load> {
   /** Neither heap nor memory grow with the file, and no descriptor is left. */
   static void expectFrugal(const Cost& small, const Cost& large) {
     EXPECT_LE(large.kilobytes, small.kilobytes + NOISE_IN_KILOBYTES);
-    EXPECT_EQ(small.streams, large.streams);
+    EXPECT_EQ(small.allocations, large.allocations);
     for (const Cost& cost : {small, large}) {
-      EXPECT_EQ(0, cost.heap.allocations);
-      EXPECT_EQ(cost.streams, cost.heap.streamObjects);
-      EXPECT_GT(1024U, cost.heap.largestStreamObject) << "more than the object: its buffer";
-      EXPECT_EQ(cost.heap.streamObjects, cost.heap.releases);
+      EXPECT_EQ(cost.allocations, cost.releases);
       EXPECT_EQ(0, cost.descriptorsLeftOpen);
     }
   }
@@ -273,12 +231,12 @@ class IniLoad : public testing::TestWithParam<Load> {
   }
 };
 
-TEST_P(IniLoad, Reading) {
-  for (const Operation& operation : readings()) expectBounded(operation);
+TEST_P(IniLoad, CostsAsMuchForReadingAsTheFileIsLong) {
+  for (const Operation& operation : READINGS) expectBounded(operation);
 }
 
-TEST_P(IniLoad, Changing) {
-  for (const Operation& operation : changes()) expectBounded(operation);
+TEST_P(IniLoad, CostsAsMuchForChangingAsTheFileIsLong) {
+  for (const Operation& operation : CHANGES) expectBounded(operation);
 }
 
 INSTANTIATE_TEST_SUITE_P(Long, IniLoad,
@@ -288,18 +246,15 @@ INSTANTIATE_TEST_SUITE_P(Long, IniLoad,
 
 // ---- The counting itself
 
-TEST(Counting, NoticesTheHeapStreamsAndDescriptors) {
+TEST(Counting, NoticesTheHeapAndDescriptors) {
   const Cost cost = costOf([] {
     void* volatile memory = std::malloc(1234);
     std::free(memory);
     memory = std::malloc(5678);
-    (void)std::fopen("/dev/null", "rb");
+    (void)open("/dev/null", O_RDONLY);
   });
-  EXPECT_EQ(2, cost.heap.allocations);
-  EXPECT_EQ(1, cost.heap.releases);
-  EXPECT_EQ(1, cost.heap.streamObjects);
-  EXPECT_LE(sizeof(std::FILE), cost.heap.largestStreamObject);
-  EXPECT_EQ(1, cost.streams);
+  EXPECT_EQ(2, cost.allocations);
+  EXPECT_EQ(1, cost.releases);
   EXPECT_EQ(1, cost.descriptorsLeftOpen);
 }
 
