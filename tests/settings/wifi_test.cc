@@ -3,7 +3,9 @@
 #include "settings/wifi.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <cctype>
 #include <clocale>
 #include <cstdlib>
 #include <string>
@@ -43,23 +45,24 @@ void expectPasswordRule() {
   }
 }
 
-TEST(WifiPassword, RuleHoldsInTheCLocale) { expectPasswordRule(); }
+TEST(WifiPassword, KeepsItsRuleInTheCLocale) { expectPasswordRule(); }
 
-TEST(WifiPassword, RuleHoldsInOtherLocales) {
-  // In Latin-1 bytes above 127 are letters to the C library. It is made here, since few machines
-  // have it; without its sources the others have to do.
+TEST(WifiPassword, KeepsItsRuleWhereOtherBytesAreLettersToo) {
+  // Few machines have such a locale, so it is made here.
+  constexpr int NO_LOCALE = 77;
   const TemporaryDirectory directory;
-  const std::string latin1 = directory.file("en_US");
+  const std::string latin1 = directory.file("latin1");
   (void)std::system(("localedef -i en_US -f ISO-8859-1 " + latin1 + " >/dev/null 2>&1").c_str());
-  setenv("LOCPATH", directory.path.c_str(), 1);
-  for (const char* locale : {"en_US", "C.UTF-8"}) {
-    EXPECT_EQ(0, inChild([locale] {
-                std::setlocale(LC_ALL, locale);
-                expectPasswordRule();
-              }))
-        << locale;
+  const int status = inChild([&] {
+    setenv("LOCPATH", directory.path.c_str(), 1);
+    if (std::setlocale(LC_ALL, "latin1") == nullptr || std::isalpha(0xE4) == 0) _exit(NO_LOCALE);
+    expectPasswordRule();
+  });
+  if (status == NO_LOCALE) {
+    ASSERT_EQ(nullptr, std::getenv("CI")) << "locales is not installed";
+    GTEST_SKIP() << "locales is not installed";
   }
-  unsetenv("LOCPATH");
+  EXPECT_EQ(0, status);
 }
 
 // ---- The stored address
@@ -122,7 +125,7 @@ TEST(StoredApAddress, BadAddressFails) {
 
 const WifiSettings SETTINGS = {"wlan7", " my;ssid ", "pass\"word", "11", "10.0.0.9/8,10.0.0.1"};
 
-TEST(WifiKeyfile, AccessPointEntriesInOrder) {
+TEST(WifiKeyfile, HasTheEntriesOfAnAccessPointInOrder) {
   EXPECT_EQ((Lines{
                 "connection | id | Hotspot",
                 "connection | type | wifi",
@@ -145,7 +148,7 @@ TEST(WifiKeyfile, AccessPointEntriesInOrder) {
             describe(wifiKeyfileEntries("ap", SETTINGS)));
 }
 
-TEST(WifiKeyfile, ClientEntriesInOrder) {
+TEST(WifiKeyfile, HasTheEntriesOfAClientInOrder) {
   EXPECT_EQ((Lines{
                 "connection | id | ZOR",
                 "connection | type | wifi",
