@@ -14,14 +14,6 @@ class Settings : public WindowTest {
   }
 };
 
-const std::string DEFAULT_ETHERNET_FILE =
-    "[connection]\nid=new_ethernet_connection\ntype=ethernet\nautoconnect-priority=-999\n"
-    "interface-name=eth0\n\n[ethernet]\n\n[ipv4]\nmethod=auto\n\n[ipv6]\n"
-    "addr-gen-mode=stable-privacy\nmethod=auto\n\n[proxy]";
-const std::string DEFAULT_WIFI_FILE =
-    "[connection]\nid=new_wifi_connection\ntype=wifi\ninterface-name=wlan0\n[wifi]\n"
-    "ssid=my_new_wifi\n[ipv4]\nmethod=auto\n[proxy]";
-
 // ---- Filling the Ethernet page
 
 TEST_F(Settings, DynamicAddressEmptiesOnlyTheDnsEntry) {
@@ -118,14 +110,6 @@ TEST_F(Settings, UnknownModesWriteNothing) {
   EXPECT_EQ(readBytes(wifiFile()), AP_KEYFILE);
 }
 
-TEST_F(Settings, UpdateRecordThatCannotBeWrittenIsReported) {
-  const UpdateRecordLock lock;
-  mkdir(UpdateRecordLock::PATH, 0700);
-  open(STATIC_KEYFILE, "", ETHERNET);
-  EXPECT_EQ(printedBy([this] { window->writeEthernetUpdateFile(); }),
-            "! Error: Unable to create the file.\n");
-}
-
 TEST_F(Settings, AccessPointAddressIsBuiltFromTheTextsThatWereValidated) {
   open("", AP_KEYFILE, WIFI);
   const struct {
@@ -175,7 +159,7 @@ TEST_F(Settings, MissingWifiFileIsMadeForTheModesThatNeedOne) {
               lines({"New Wi-Fi connection file created at: " + wifiFile(),
                      "No Ethernet Connection Exists",
                      "Ethernet Connection Path: ", "Wifi Connection Path: " + wifiFile()}));
-    EXPECT_EQ(readBytes(wifiFile()), DEFAULT_WIFI_FILE);
+    EXPECT_BYTES_EQ(expectedKeyfile("wifi-default"), readBytes(wifiFile()));
     EXPECT_EQ(printedBy(create), "") << "the path is known by now";
   }
 }
@@ -224,8 +208,8 @@ TEST_F(Settings, FilesOfAnotherModeAreReplacedUnderTheDefaultNames) {
                    "New Wi-Fi connection file created at: " + wifiFile()}));
   EXPECT_FALSE(exists(directory.file("old-wired")));
   EXPECT_FALSE(exists(directory.file("old-wireless")));
-  EXPECT_EQ(readBytes(ethernetFile()), DEFAULT_ETHERNET_FILE);
-  EXPECT_EQ(readBytes(wifiFile()), DEFAULT_WIFI_FILE);
+  EXPECT_BYTES_EQ(expectedKeyfile("ethernet-default"), readBytes(ethernetFile()));
+  EXPECT_BYTES_EQ(expectedKeyfile("wifi-default"), readBytes(wifiFile()));
   EXPECT_EQ(printedBy([this] { window->resetEthernetFileOnModeChange(); }),
             "existing ethernet mode: auto selected mode: auto\n")
       << "the window works on the new file";

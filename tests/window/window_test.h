@@ -16,6 +16,7 @@
 #include "support/bytes.h"
 #include "support/child.h"
 #include "support/keyfile_test.h"
+#include "support/keyfiles.h"
 #include "support/printed.h"
 #include "support/widgets.h"
 #include "window/NetworkManagerWindow.h"
