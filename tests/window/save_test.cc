@@ -1,5 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 // SPDX-License-Identifier: MIT
+#include <gdkmm/clipboard.h>
 #include <sys/stat.h>
 
 #include <filesystem>
@@ -206,6 +207,8 @@ TEST_F(SaveEthernet, ReadOnlyFolderKeepsItsKeyfileWhoseIdIsAskedFor) {
     std::string request;
   } cases[] = {
       {DYNAMIC_KEYFILE, sameMode + RECORD_WRITTEN, "[finalize_ethernet][wired]"},
+      {"[connection]\ntype=ethernet\n[ipv4]\nmethod=auto\n", sameMode + RECORD_WRITTEN,
+       "[finalize_ethernet]"},
       {STATIC_KEYFILE,
        "existing ethernet mode: manual selected mode: auto\n" + RECORD_WRITTEN +
            "! Failed to create new Wi-Fi connection file at: " + ethernetFile() + "\n",
@@ -278,8 +281,43 @@ TEST_F(SaveWifi, SameModeKeepsTheFileAndItsName) {
     EXPECT_BYTES_EQ(expectedKeyfile(name), readBytes(file)) << "nothing was changed";
     expectSaved(request);
 
+    open("", "", WIFI);
+    credentialEntry("SSID").set_text("Elsewhere");
+    save();
+    EXPECT_NE(readBytes(file).find("\nssid=Elsewhere\n"), std::string::npos);
+    expectSaved(request);
     EXPECT_EQ(directory.names(), std::vector<std::string>{"wireless"});
   }
+}
+
+TEST_F(SaveWifi, ReadOnlyFolderWithoutAnIdGivesARequestWithoutOne) {
+  const std::string keyfile = "[connection]\ntype=wifi\n[wifi]\nmode=infrastructure\n";
+  open("", keyfile, WIFI);
+  saveInReadOnlyFolder();
+  EXPECT_BYTES_EQ(keyfile, readBytes(wifiFile()));
+  expectSaved("[finalize_wifi]");
+}
+
+TEST_F(SaveWifi, NameAndPasswordEndBeforeTheirFirstLineFeed) {
+  open("", expectedKeyfile("client"), WIFI);
+  fillWifi("Home\n[wifi]\nmode=ap", "secret pass\npsk=another");
+  ASSERT_EQ(credentialEntry("SSID").get_text().raw(), "Home\n[wifi]\nmode=ap")
+      << "the page keeps it";
+  save();
+  EXPECT_BYTES_EQ(expectedKeyfile("client"), readBytes(wifiFile()));
+  expectSaved("[finalize_wifi][ZOR]");
+}
+
+TEST_F(SaveWifi, NameThatIsPastedEndsBeforeItsFirstLineFeed) {
+  open("", expectedKeyfile("client"), WIFI);
+  auto& entry = credentialEntry("SSID");
+  entry.set_text("");
+  entry.get_clipboard()->set_text("Office\nchannel=13");
+  ASSERT_TRUE(entry.get_first_child()->activate_action("clipboard.paste"));
+  ASSERT_TRUE(eventually([&] { return entry.get_text() == "Office\nchannel=13"; }));
+  save();
+  EXPECT_NE(readBytes(wifiFile()).find("\nssid=Office\nmode=infrastructure\n"), std::string::npos)
+      << readBytes(wifiFile());
 }
 
 TEST_F(SaveWifi, ClientIsNotValidatedAndWrittenAsTyped) {

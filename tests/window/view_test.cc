@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 // SPDX-License-Identifier: MIT
-#include "window_test.h"
+#include "window/window_test.h"
 
 namespace {
 
@@ -28,7 +28,7 @@ class View : public WindowTest {
 
 // ---- A mode applied to the page in front
 
-TEST_F(View, ModeOnTheEthernetPage) {
+TEST_F(View, ModeOnTheEthernetPageShowsOrHidesTheEntries) {
   const struct {
     std::string mode;
     std::string printed;
@@ -54,24 +54,32 @@ TEST_F(View, ModeOnTheEthernetPage) {
   }
 }
 
-TEST_F(View, ModeOnTheWifiPage) {
+TEST_F(View, ModeOnTheWifiPageShowsTheAccessPointsPartButLeavesHidingItToTheModeBox) {
   const struct {
     std::string mode;
     std::pair<int, int> size;
-    std::string parts;
+    std::string partsAfterClient;
+    std::string partsAfterAccessPoint;
   } cases[] = {
-      {"ap", {525, 500}, AP_PARTS},         {"infrastructure", {525, 425}, CLIENT_PARTS},
-      {"disabled", {525, 425}, WIFI_PARTS}, {"", {525, 425}, WIFI_PARTS},
-      {"manual", {525, 425}, WIFI_PARTS},   {"auto", {525, 425}, WIFI_PARTS},
-      {"AP", {525, 425}, WIFI_PARTS},
+      {"ap", {525, 500}, AP_PARTS, AP_PARTS},
+      {"infrastructure", {525, 425}, CLIENT_PARTS, AP_PARTS},
+      {"disabled", {525, 425}, WIFI_PARTS, WIFI_PARTS + " access-point"},
+      {"", {525, 425}, WIFI_PARTS, WIFI_PARTS + " access-point"},
+      {"manual", {525, 425}, WIFI_PARTS, WIFI_PARTS + " access-point"},
+      {"auto", {525, 425}, WIFI_PARTS, WIFI_PARTS + " access-point"},
+      {"AP", {525, 425}, WIFI_PARTS, WIFI_PARTS + " access-point"},
   };
   for (const auto& wanted : cases) {
-    open(DYNAMIC_KEYFILE, CLIENT_KEYFILE, WIFI);
-    EXPECT_EQ(printedBy([&] { window->updateModeView(wanted.mode); }), "Current Page: 1\n");
-    EXPECT_EQ(defaultSize(), wanted.size) << wanted.mode;
-    EXPECT_EQ(visibleParts(), wanted.parts) << wanted.mode;
-    EXPECT_EQ(keptWifiMode(), wanted.mode);
-    EXPECT_EQ(keptEthernetMode(), "auto");
+    for (const bool accessPoint : {false, true}) {
+      open(DYNAMIC_KEYFILE, accessPoint ? AP_KEYFILE : CLIENT_KEYFILE, WIFI);
+      EXPECT_EQ(printedBy([&] { window->updateModeView(wanted.mode); }), "Current Page: 1\n");
+      EXPECT_EQ(defaultSize(), wanted.size) << wanted.mode;
+      EXPECT_EQ(visibleParts(),
+                accessPoint ? wanted.partsAfterAccessPoint : wanted.partsAfterClient)
+          << wanted.mode;
+      EXPECT_EQ(keptWifiMode(), wanted.mode);
+      EXPECT_EQ(keptEthernetMode(), "auto");
+    }
   }
 }
 
@@ -198,7 +206,7 @@ TEST_F(View, PartsAreHiddenAndShownInGroups) {
   window->hideEthernetWidgets();
   EXPECT_EQ(visibleParts(), "");
   window->showWifiWidgets();
-  EXPECT_EQ(visibleParts(), CLIENT_PARTS);
+  EXPECT_EQ(visibleParts(), CLIENT_PARTS) << "the access point's part, though its mode is chosen";
   window->hideWifiWidgets();
   window->showEthernetWidgets();
   EXPECT_EQ(visibleParts(), ALL_ETHERNET_PARTS);
