@@ -120,12 +120,6 @@ TEST_F(EthernetPage, ModeBoxFramesTheTwoButtonsAndChoosesNone) {
   EXPECT_EQ(box.getSelectedMode(), "");
 }
 
-TEST_F(EthernetPage, ModeBoxPrintsTheKeyfileOnce) {
-  ethernetKeyfile("");
-  EXPECT_EQ(printedBy([&] { EthernetIPModeBox box(config); }),
-            "Ethernet Path: " + directory.file("wired") + "\n");
-}
-
 TEST_F(EthernetPage, ModeButtonsExcludeEachOther) {
   EthernetIPModeBox box(config);
   EXPECT_EQ(&box.getStaticButton(), &labelled<Gtk::CheckButton>(box, "Static IP"));

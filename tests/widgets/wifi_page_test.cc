@@ -71,12 +71,6 @@ TEST_F(WifiPage, ModeBoxFramesTheThreeButtonsDisabledFirst) {
 )");
 }
 
-TEST_F(WifiPage, ModeBoxPrintsTheKeyfileOnce) {
-  wifiKeyfile("[wifi]\nmode=ap\n");
-  EXPECT_EQ(printedBy([&] { WifiModeBox box(config); }),
-            "Wifi Path: " + directory.file("wireless") + "\n");
-}
-
 TEST_F(WifiPage, ModeBoxChoosesExactlyTheModeOfTheKeyfile) {
   const struct {
     std::string stored;

@@ -32,7 +32,7 @@ class ApplicationRun : public WindowTest {
         },
         30);
     int status = -1;
-    printed = printedBy([&] {
+    printedBy([&] {
       status = application->make_window_and_run<NetworkManagerWindow>(0, nullptr);
       waitForChildren();
     });
@@ -41,62 +41,21 @@ class ApplicationRun : public WindowTest {
     return status == 0 && !late;
   }
 
-  void press(const std::string& label) { click(labelled<Gtk::Button>(*running, label)); }
+  void pressInRunning(const std::string& label) { click(labelled<Gtk::Button>(*running, label)); }
   void showPageOfRunning(int page) { widgetOf<Gtk::Notebook>(*running).set_current_page(page); }
-
-  bool printedLine(const std::string& line) const {
-    return printed.find("\n" + line + "\n") != std::string::npos;
-  }
-
- private:
-  std::string printed;
 };
 
-TEST_F(ApplicationRun, EndsWhenTheUserLeaves) {
-  bool visible = false;
-  EXPECT_TRUE(runWindow([&] {
-    visible = running->get_visible();
-    press("Exit Without Saving");
-  }));
-  EXPECT_TRUE(visible);
-  EXPECT_TRUE(printedLine("Closing program without saving"));
-  EXPECT_EQ(recorder.requests(), "[rollback]");
-}
-
-TEST_F(ApplicationRun, EndsAfterAnEthernetSave) {
+TEST_F(ApplicationRun, EndsAfterASave) {
   const UpdateRecordLock lock;
   writeBytes(directory.file("wired"), STATIC_KEYFILE);
-  EXPECT_TRUE(runWindow([&] { press("Save And Exit"); }));
-  EXPECT_EQ(recorder.requests(), "[finalize_ethernet][ethernet]");
-}
-
-TEST_F(ApplicationRun, EndsAfterAWifiSave) {
-  for (const char* content : {AP_KEYFILE, CLIENT_KEYFILE}) {
-    writeBytes(directory.file("wireless"), content);
-    EXPECT_TRUE(runWindow([&] {
-      showPageOfRunning(WIFI);
-      press("Save And Exit");
-    }));
-    EXPECT_EQ(recorder.requests(),
-              content == AP_KEYFILE ? "[finalize_wifi][Hotspot]" : "[finalize_wifi][ZOR]");
-  }
-}
-
-TEST_F(ApplicationRun, EndsAfterWifiIsDisabled) {
-  EXPECT_TRUE(runWindow([&] {
-    showPageOfRunning(WIFI);
-    press("Save And Exit");
-  }));
-  EXPECT_EQ(recorder.requests(), "[finalize_wifi]");
-}
-
-TEST_F(ApplicationRun, EndsWhenTheWindowIsClosed) {
+  writeBytes(directory.file("wireless"), AP_KEYFILE);
   for (const int page : {ETHERNET, WIFI}) {
     EXPECT_TRUE(runWindow([&] {
       showPageOfRunning(page);
-      running->close();
+      pressInRunning("Save And Exit");
     }));
-    EXPECT_EQ(recorder.requests(), "");
+    EXPECT_EQ(recorder.requests(),
+              page == WIFI ? "[finalize_wifi][Hotspot]" : "[finalize_ethernet][ethernet]");
   }
 }
 
@@ -110,36 +69,19 @@ TEST_F(ApplicationRun, IsNotKeptByAVisibleDialog) {
         showPageOfRunning(page);
         fieldOf<Gtk::Entry>(*running, "Default Gateway").set_text("");
         fieldOf<Gtk::Entry>(*running, "Password").set_text("");
-        press("Save And Exit");
+        pressInRunning("Save And Exit");
       }
       visible = dialogs().size() == 2 && dialogs()[0]->get_visible() && dialogs()[1]->get_visible();
       if (close) {
         running->close();
       } else {
-        press("Exit Without Saving");
+        pressInRunning("Exit Without Saving");
       }
     }));
     EXPECT_TRUE(visible);
     EXPECT_TRUE(dialogs().empty());
     EXPECT_EQ(recorder.requests(), close ? "" : "[rollback]");
   }
-}
-
-TEST_F(ApplicationRun, GoesOnAfterADialog) {
-  const UpdateRecordLock lock;
-  writeBytes(directory.file("wired"), STATIC_KEYFILE);
-  bool stillThere = false;
-  EXPECT_TRUE(runWindow([&] {
-    auto& gateway = fieldOf<Gtk::Entry>(*running, "Default Gateway");
-    gateway.set_text("");
-    press("Save And Exit");
-    dialogs().at(0)->response(Gtk::ResponseType::OK);
-    stillThere = running != nullptr && running->get_visible();
-    gateway.set_text("192.168.1.1");
-    press("Save And Exit");
-  }));
-  EXPECT_TRUE(stillThere);
-  EXPECT_EQ(recorder.requests(), "[finalize_ethernet][ethernet]");
 }
 
 }  // namespace
