@@ -120,7 +120,7 @@ TEST(FirstDnsServer, IsTheFirstPieceWhateverSeparatesThem) {
 
 // ---- The keyfile
 
-TEST(EthernetKeyfile, StaticEntriesInOrder) {
+TEST(EthernetKeyfile, HasItsStaticEntriesInOrder) {
   EXPECT_EQ((Lines{
                 "connection | id | ethernet",
                 "connection | type | ethernet",
