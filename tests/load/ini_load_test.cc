@@ -206,9 +206,8 @@ class IniLoad : public testing::TestWithParam<Load> {
   /** Neither heap nor memory grow with the file, and no descriptor is left. */
   static void expectFrugal(const Cost& small, const Cost& large) {
     EXPECT_LE(large.kilobytes, small.kilobytes + NOISE_IN_KILOBYTES);
-    EXPECT_EQ(small.allocations, large.allocations);
     for (const Cost& cost : {small, large}) {
-      EXPECT_EQ(cost.allocations, cost.releases);
+      EXPECT_EQ(0, cost.allocations);
       EXPECT_EQ(0, cost.descriptorsLeftOpen);
     }
   }
