@@ -1,0 +1,177 @@
+# SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
+# SPDX-License-Identifier: MIT
+"""The example privileged program, however it is called, and as it is installed."""
+import contextlib
+import fcntl
+import os
+import pwd
+import resource
+import shutil
+import signal
+import socket
+import subprocess
+import unittest
+
+from tests.support.desktop import wait_until
+from tests.support.files import expected, read
+
+from . import device, device_case
+from .device import DESK, EXAMPLE, ETHERNET, HANDLER, READERS, RUN, USER, WIFI, write
+from .device_case import (ACCESS_POINT, CLIENT, DYNAMIC, DeviceCase, NOTES, PUBLISHED, RECORD,
+                          STATIC, STATIC_RECORD)
+
+
+class Calls(DeviceCase):
+
+    def test_wrong_calls(self):
+        self.request("unlock")
+        self.save_static()
+        for arguments in ((), ("",), ("Unlock",), ("--help",), ("finalize",), ("unlock", "x"),
+                          ("rollback", ""), ("finalize_ethernet", "a", "b"), ("unlock;id",)):
+            with self.subTest(arguments):
+                status, errors = self.ask(*arguments)
+                self.assertEqual(status, 2)
+                self.assertIn("usage: unlock | ", errors)
+        self.assertEqual(read(DESK, ETHERNET), STATIC)
+        self.assert_installed(DYNAMIC, CLIENT)
+
+    def test_the_longest_texts_are_those_that_the_window_reads_whole(self):
+        # Both programs have this limit, and neither could ask the other one.
+        taken = []
+        for length in range(97, 103):
+            text = length * "x"
+            self.request("unlock")
+            self.put_on_desk(expected("client", psk=text), WIFI)
+            window = subprocess.run(
+                [self.write_keyfile, "read", os.path.join(DESK, WIFI), "wifi-security", "psk"],
+                capture_output=True, text=True, check=True,
+                env={"ZOR_NETWORKMANAGER_DEBUG_PATH": DESK})
+            as_value, _ = self.ask("finalize_wifi", "ZOR")
+            as_id, _ = self.ask("finalize_wifi", text)
+            taken.append((window.stdout.endswith(f"\n{text}\n"), as_value == 0, as_id != 2))
+        self.assertEqual(taken, [(whole, whole, whole) for whole, _, _ in taken])
+        self.assertEqual([whole for whole, _, _ in (taken[0], taken[-1])], [True, False])
+
+    def test_only_sudo_from_a_user(self):
+        for user in (None, 0, "", "-1", "4294967295", "4294967296", "65534x", " 65534", "root"):
+            with self.subTest(user):
+                self.refused("unlock", user=user, because="no user has asked")
+                self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
+        self.request("rollback", user=None)  # as at the start of the system
+        self.refused("rollback", because="only root", wrapper=(
+            "setpriv", "--reuid", str(USER), "--regid", str(USER), "--clear-groups"))
+
+    def test_a_session_is_its_users_own(self):
+        another = {"user": USER - 1}
+        for words in (("finalize_ethernet", "ethernet"), ("finalize_wifi",)):
+            self.refused(*words, because="nothing was unlocked")
+        self.request("unlock")
+        self.save_static()
+        os.remove(os.path.join(DESK, WIFI))
+        self.refused("finalize_ethernet", "ethernet", **another, because="another user")
+        self.request("rollback")
+        for words in (("finalize_ethernet", "ethernet"), ("finalize_wifi",)):
+            self.refused(*words, **another, because="nothing was unlocked")
+        self.assert_installed(DYNAMIC, CLIENT)
+        self.request("finalize_wifi")
+        self.assert_installed(DYNAMIC, None)
+
+    def test_what_a_caller_hands_down_has_no_effect(self):
+        def be_nasty():
+            os.umask(0)
+            signal.signal(signal.SIGCHLD, signal.SIG_IGN)
+            resource.setrlimit(resource.RLIMIT_FSIZE, (0, resource.RLIM_INFINITY))
+            most = resource.getrlimit(resource.RLIMIT_NOFILE)[1]
+            resource.setrlimit(resource.RLIMIT_NOFILE, (7, most))
+            os.closerange(0, 3)
+
+        self.request("unlock", preexec_fn=lambda: os.umask(0))
+        self.save_static()
+        self.request("finalize_ethernet", "ethernet", preexec_fn=be_nasty)
+        self.assert_installed(STATIC, CLIENT)
+        self.assertEqual(read(PUBLISHED), STATIC_RECORD)
+        self.assertNotIn(b"EVIL", read(NOTES, "environment"))
+        self.assertIn(b"PATH=/usr/bin:/bin\n", read(NOTES, "environment"))
+
+    def test_a_message_is_not_written_to_a_file_that_has_its_streams_number(self):
+        self.request("unlock")
+        self.save_static()
+        os.remove(RECORD)  # of which there is a message while the lock is open
+        self.request("finalize_ethernet", "ethernet", preexec_fn=lambda: os.closerange(1, 3))
+        self.assertEqual(read(RUN, "lock"), b"")
+
+    def test_a_terminal_that_goes_does_not_stop_a_request(self):
+        self.request("unlock")
+        with open(RUN + "/lock", "rb") as lock:
+            fcntl.flock(lock, fcntl.LOCK_EX)
+            process = self.start("rollback", preexec_fn=lambda: signal.pthread_sigmask(
+                signal.SIG_BLOCK, {signal.SIGALRM}))
+            wait_until(lambda: f" {process.pid} ".encode() in read("/proc/locks"), "it to wait")
+            # Not even the time limit can be kept away.
+            self.assertIn(b"SigBlk:\t0000000000000000\n", read(f"/proc/{process.pid}/status"))
+            for number in (signal.SIGHUP, signal.SIGINT, signal.SIGTERM, signal.SIGTSTP):
+                process.send_signal(number)
+        self.assertEqual(self.finish(process), (0, ""))
+        self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
+
+    def test_the_log_tells_what_was_done_and_no_secret(self):
+        with socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM) as log:
+            log.bind("/dev/log")
+            self.addCleanup(os.remove, "/dev/log")
+            self.request("unlock")
+            self.put_on_desk(ACCESS_POINT, WIFI)
+            self.request("finalize_wifi", 'Hotspot"\n\x1b[2J\u00e9')
+            self.put_on_desk(ACCESS_POINT + b"psk=correct horse_1\n", WIFI)
+            self.refused("finalize_wifi", "Hotspot")
+            self.request("rollback")
+            log.setblocking(False)
+            messages = []
+            with contextlib.suppress(BlockingIOError):
+                while True:
+                    messages.append(log.recv(4096).decode().rpartition("]: ")[2])
+        self.assertEqual(messages, [
+            f"unlocked for user {USER}",
+            r'installed wlan0.nmconnection, id "Hotspot\x22\x0a\x1b[2J\xc3\xa9"',
+            "activated wlan0.nmconnection",
+            "finalize_wifi: wlan0.nmconnection: line 24: a setting that is not allowed",
+            "locked"])
+
+
+class Packaging(DeviceCase):
+
+    def check(self, *command):
+        if not shutil.which(command[0]):
+            self.skipTest(f"no {command[0]}")
+        done = subprocess.run(command, capture_output=True, text=True, check=False)
+        self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
+        self.assertEqual(done.stderr, "")
+
+    def test_rule(self):
+        self.check("visudo", "-c", "-f", os.path.join(EXAMPLE, "sudoers"))
+
+    def test_unit(self):
+        self.check("systemd-analyze", "verify", "--man=no",
+                   os.path.join(EXAMPLE, "zor-network-restore.service"))
+
+    @unittest.skipUnless(shutil.which("sudo"), "no sudo")
+    def test_members_of_the_group_get_through_and_others_do_not(self):
+        user = pwd.getpwuid(USER)
+        groups = write(b"", "/tmp/group", mode=0o644)
+        for target, source in (("/etc/group", groups), (
+                "/etc/sudoers", write(read(EXAMPLE, "sudoers"), "/tmp/sudoers", mode=0o440))):
+            device.cover(target, source)
+            self.addCleanup(device.uncover, target)
+        # The folder of the source need not be open to others.
+        wrapper = write(read(EXAMPLE, os.path.basename(HANDLER)), "/tmp/wrapper", mode=0o755)
+        for member, status in (("", 1), (user.pw_name, 0)):
+            with open(groups, "w", encoding="ascii") as file:
+                file.write(f"root:x:0:\nzor-network:x:{READERS}:{member}\n")
+            done = subprocess.run(
+                [shutil.which("setpriv"), "--reuid", str(USER), "--regid", str(user.pw_gid),
+                 "--clear-groups", wrapper, "unlock"],
+                capture_output=True, text=True, check=False)
+            self.assertEqual(done.returncode, status, done.stderr)
+        self.assert_desk(False, ethernet=DYNAMIC, wifi=CLIENT)
+
+
+device_case.main()
