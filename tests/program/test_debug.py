@@ -5,6 +5,7 @@ import os
 
 from tests.program import transcripts as said
 from tests.support import program_case
+from tests.support.files import UPDATE_RECORD
 
 
 class DebugMode(program_case.ProgramCase):
@@ -24,7 +25,7 @@ class DebugMode(program_case.ProgramCase):
         self.assert_ended(program, said.start(self.connections) + said.PICK_STATIC
                           + said.CLOSED_WITHOUT_SAVING, calls=[["rollback"]])
         self.assert_samples_untouched()
-        self.assertFalse(os.path.exists(program_case.UPDATE_RECORD))
+        self.assertFalse(os.path.exists(UPDATE_RECORD))
 
     def test_toolkit_sees_no_argument(self):
         program = self.run_program("1", "--help-all", "no-such-file")

@@ -5,7 +5,7 @@ import os
 
 from tests.program import transcripts as said
 from tests.support import program_case
-from tests.support.files import expected, read
+from tests.support.files import UPDATE_RECORD, expected, read
 
 ENTRIES = ("192.168.1.10", "255.255.255.0", "192.168.1.1", "8.8.8.8")
 
@@ -33,7 +33,7 @@ class EthernetPage(program_case.ProgramCase):
                      ("IP Address", "Subnet Mask", "Default Gateway", "DNS Server"))
 
     def assert_update_record(self, text):
-        self.assertEqual(read(program_case.UPDATE_RECORD).decode(), text)
+        self.assertEqual(read(UPDATE_RECORD).decode(), text)
 
     def test_static_address_on_a_dynamic_keyfile(self):
         program = self.run_debug()
@@ -154,7 +154,7 @@ class EthernetPage(program_case.ProgramCase):
             + said.address_check("", False) + said.CLOSED_WITHOUT_SAVING,
             "Invalid format for IP Address or Subnet Mask\n", [["rollback"]])
         self.assert_keyfile(self.keyfile, expected("ethernet-default"))
-        self.assertFalse(os.path.exists(program_case.UPDATE_RECORD))
+        self.assertFalse(os.path.exists(UPDATE_RECORD))
 
 
 

@@ -8,7 +8,7 @@ import signal
 from tests.program import transcripts as said
 from tests.support import program_case
 from tests.support.desktop import wait_until
-from tests.support.files import read
+from tests.support.files import UPDATE_RECORD, read
 from tests.support.isolation import SYSTEM_CONNECTIONS
 from tests.support.recorder import NAME
 
@@ -203,7 +203,7 @@ class Inherited(HandlerCase):
                 _, _, group, session = report["stat"].rpartition(")")[2].split()[:4]
                 self.assertEqual((int(group), int(session)), (os.getpgrp(), os.getsid(0)))
         self.assertRegex(reports["unlock"]["status"], rf"\nPPid:\s{program.process.pid}\n")
-        self.assertEqual(os.stat(program_case.UPDATE_RECORD).st_mode & 0o777, 0o640)
+        self.assertEqual(os.stat(UPDATE_RECORD).st_mode & 0o777, 0o640)
 
     def test_closed_streams_are_open_on_the_null_device(self):
         _, reports = self.reports("sh", "-c", 'exec "$@" <&- >&- 2>&-', "sh")

@@ -11,7 +11,7 @@ import re
 import stat
 
 from tests.support import program_case
-from tests.support.files import expected, read
+from tests.support.files import UPDATE_RECORD, expected, read
 
 OLD = "Qz7-Vx_9 Kw3 Jm5"
 NEW = "Hb2_Tn8-Yc6 Lp41"  # as long as the old one
@@ -250,7 +250,7 @@ class Secrets(program_case.ProgramCase):
         is_access_point = b"\nmode=ap\n" in read(self.keyfile)
         self.assertEqual([line for line in program.output.splitlines() if files.is_secret(line)],
                          is_access_point * [f"Wifi Password being validated: {password}"])
-        self.assertFalse(os.path.exists(program_case.UPDATE_RECORD))
+        self.assertFalse(os.path.exists(UPDATE_RECORD))
 
     def test_new_password(self):
         for before, mode, pick, password in SAVES:
@@ -319,8 +319,8 @@ class Secrets(program_case.ProgramCase):
                 # A change of the mode begins with a default file.
                 kept = f"\npassword={OLD}\n" in read(self.path("ethernet.nmconnection")).decode()
                 self.assertEqual((kept, files.writes > 0), (not label, not label))
-                self.assertRegex(read(program_case.UPDATE_RECORD).decode(), "^([0-9A-F]{2} ){13}$")
-                self.assertEqual(stat.S_IMODE(os.stat(program_case.UPDATE_RECORD).st_mode), 0o666)
+                self.assertRegex(read(UPDATE_RECORD).decode(), "^([0-9A-F]{2} ){13}$")
+                self.assertEqual(stat.S_IMODE(os.stat(UPDATE_RECORD).st_mode), 0o666)
 
 
 program_case.main()

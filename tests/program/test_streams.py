@@ -6,7 +6,7 @@ import os
 from tests.program import transcripts as said
 from tests.support import program_case
 from tests.support.desktop import wait_until
-from tests.support.files import expected, read
+from tests.support.files import UPDATE_RECORD, expected, read
 
 ODD_TEXT = "naïve €ß→😀"
 
@@ -30,7 +30,7 @@ class BrokenStreams(program_case.ProgramCase):
         self.assertEqual(program.finish(), 0)
         self.assertEqual(program.errors, errors)
         self.assert_keyfile(self.keyfile, static("192.168.1.77"))
-        self.assertEqual(read(program_case.UPDATE_RECORD),
+        self.assertEqual(read(UPDATE_RECORD),
                          b"00 C0 A8 01 4D FF FF FF 00 C0 A8 01 01 ")
         wait_until(self.recorder.calls, "the request")
         self.assertEqual(self.recorder.calls(), [["finalize_ethernet", "ethernet"]])

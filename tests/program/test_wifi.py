@@ -5,7 +5,7 @@ import os
 
 from tests.program import transcripts as said
 from tests.support import program_case
-from tests.support.files import SAMPLES, expected, read
+from tests.support.files import SAMPLES, UPDATE_RECORD, expected, read
 
 PASSWORD_FIELD = "Password (must at least 8 characters and contain no special characters)"
 
@@ -40,7 +40,7 @@ class WifiPage(program_case.ProgramCase):
                           + said.wifi_mode_check("infrastructure", "infrastructure") + DEVICE,
                           calls=[["finalize_wifi", "ZOR"]])
         self.assert_samples_untouched()
-        self.assertFalse(os.path.exists(program_case.UPDATE_RECORD))
+        self.assertFalse(os.path.exists(UPDATE_RECORD))
 
     def test_client_of_another_network(self):
         program = self.run_on_wifi_page()

@@ -15,9 +15,9 @@ import subprocess
 import sys
 import tempfile
 
+from tests.support.files import UPDATE_RECORD
 from tests.support.recorder import NAME, Recorder
 
-UPDATE_RECORD = "/tmp/ethernetUpdateSettings"
 ENTRIES = {"IP Address": "192.168.1.10", "Subnet Mask": "255.255.255.0",
            "Default Gateway": "192.168.1.1", "DNS Server": "8.8.8.8"}
 

@@ -1,12 +1,13 @@
 # SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 # SPDX-License-Identifier: MIT
-"""The project's own files, for tests that look at them or start from them."""
+"""Files: the project's own, which tests look at or start from, and what the program writes."""
 import os
 import re
 
 SOURCES = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 KEYFILES = os.path.join(SOURCES, "tests", "keyfiles")
 SAMPLES = os.path.join(KEYFILES, "samples")
+UPDATE_RECORD = "/tmp/ethernetUpdateSettings"
 
 
 def read(*path):

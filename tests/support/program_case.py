@@ -10,7 +10,7 @@ import tempfile
 import unittest
 
 from tests.support import isolation, tap
-from tests.support.files import SAMPLES, SOURCES, read
+from tests.support.files import SAMPLES, SOURCES, UPDATE_RECORD, read
 from tests.support.recorder import Recorder
 
 try:
@@ -20,7 +20,6 @@ try:
 except (ImportError, ValueError) as error:
     _MISSING = str(error)
 
-UPDATE_RECORD = "/tmp/ethernetUpdateSettings"
 
 
 def main():
@@ -49,9 +48,8 @@ class ProgramCase(unittest.TestCase):
         self.recorder = Recorder(self.folder)
         self.connections = os.path.join(self.folder, "connections")
         self.use_samples(self.connections)
-        for left_over in (UPDATE_RECORD,):
-            if os.path.lexists(left_over):
-                os.remove(left_over)
+        if os.path.lexists(UPDATE_RECORD):
+            os.remove(UPDATE_RECORD)
 
     def use_samples(self, folder):
         """Makes the folder anew with the samples alone in it."""

@@ -13,12 +13,11 @@ import sys
 import unittest
 
 from tests.support import isolation, tap
-from tests.support.files import SOURCES, expected, read
+from tests.support.files import SOURCES, UPDATE_RECORD, expected, read
 
 from . import device
 from .device import DESK, ETHERNET, HANDLER, HERE, INSTALLED, READERS, RUN, USER, WIFI, write
 
-RECORD = "/tmp/ethernetUpdateSettings"
 PUBLISHED = RUN + "/ethernet-settings"
 NOTES = "/run/nmcli"
 # What nobody has asked the program to touch: a neighbour of the installed files, and a stranger's.
@@ -73,7 +72,7 @@ class DeviceCase(unittest.TestCase):
             empty(folder)
         shutil.rmtree(RUN, ignore_errors=True)
         with contextlib.suppress(FileNotFoundError):
-            os.remove(RECORD)
+            os.remove(UPDATE_RECORD)
         write(DYNAMIC, INSTALLED, ETHERNET)
         write(CLIENT, INSTALLED, WIFI)
         write(b"[connection]\nid=vpn\n", NEIGHBOUR)
@@ -129,7 +128,7 @@ class DeviceCase(unittest.TestCase):
     def save_static(self):
         """What the window leaves behind when a static address is saved."""
         self.put_on_desk(STATIC, ETHERNET)
-        write(STATIC_RECORD, RECORD, owner=USER)
+        write(STATIC_RECORD, UPDATE_RECORD, owner=USER)
 
     # What has to be.
 

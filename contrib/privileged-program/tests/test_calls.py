@@ -13,11 +13,11 @@ import subprocess
 import unittest
 
 from tests.support.desktop import wait_until
-from tests.support.files import expected, read
+from tests.support.files import UPDATE_RECORD, expected, read
 
 from . import device, device_case
 from .device import DESK, EXAMPLE, ETHERNET, HANDLER, READERS, RUN, USER, WIFI, write
-from .device_case import (ACCESS_POINT, CLIENT, DYNAMIC, DeviceCase, NOTES, PUBLISHED, RECORD,
+from .device_case import (ACCESS_POINT, CLIENT, DYNAMIC, DeviceCase, NOTES, PUBLISHED,
                           STATIC, STATIC_RECORD)
 
 
@@ -96,7 +96,7 @@ class Calls(DeviceCase):
     def test_a_message_is_not_written_to_a_file_that_has_its_streams_number(self):
         self.request("unlock")
         self.save_static()
-        os.remove(RECORD)  # of which there is a message while the lock is open
+        os.remove(UPDATE_RECORD)  # of which there is a message while the lock is open
         self.request("finalize_ethernet", "ethernet", preexec_fn=lambda: os.closerange(1, 3))
         self.assertEqual(read(RUN, "lock"), b"")
 

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 # SPDX-License-Identifier: MIT
-"""The example privileged program, killed at any moment: whole files, which the next request puts right."""
+"""The example privileged program, killed at any moment: what it leaves are whole files."""
 import contextlib
 import os
 import shutil

@@ -5,12 +5,12 @@ import fcntl
 import os
 
 from tests.support.desktop import wait_until
-from tests.support.files import expected, read
+from tests.support.files import UPDATE_RECORD, expected, read
 
 from . import device_case
 from .device import DESK, ETHERNET, INSTALLED, RUN, SET_ASIDE, USER, WIFI, write
 from .device_case import (ACCESS_POINT, CLIENT, DYNAMIC, DYNAMIC_RECORD, DeviceCase, NOTES,
-                          PUBLISHED, RECORD, STATIC, STATIC_RECORD, access_of, nmcli_calls)
+                          PUBLISHED, STATIC, STATIC_RECORD, access_of, nmcli_calls)
 
 
 class Requests(DeviceCase):
@@ -68,7 +68,7 @@ class Requests(DeviceCase):
             self.request("unlock")
             self.put_on_desk(ethernet, ETHERNET)
             self.put_on_desk(wifi, WIFI)
-            write(DYNAMIC_RECORD if count % 2 else STATIC_RECORD, RECORD, owner=USER)
+            write(DYNAMIC_RECORD if count % 2 else STATIC_RECORD, UPDATE_RECORD, owner=USER)
             requests = [self.start(*words) for words in (
                 ("rollback",), ("finalize_ethernet", "x"), ("finalize_wifi", "y"), ("rollback",))]
             for process in requests:
@@ -182,22 +182,26 @@ class Record(DeviceCase):
     def test_a_record_that_is_not_the_users_or_not_true_is_not_handed_on(self):
         def become(make):
             def change():
-                os.remove(RECORD)
+                os.remove(UPDATE_RECORD)
                 make()
             return change
 
+        def holds(content):
+            return lambda: write(content, UPDATE_RECORD, owner=USER)
+
         cases = {
             "missing": become(lambda: None),
-            "link": become(lambda: os.symlink(write(STATIC_RECORD, "/tmp/r", owner=USER), RECORD)),
-            "FIFO": become(lambda: os.mkfifo(RECORD)),
-            "other owner": lambda: os.chown(RECORD, USER - 1, 0),
-            "root's": lambda: os.chown(RECORD, 0, 0),
-            "mode": lambda: write(DYNAMIC_RECORD, RECORD, owner=USER),
-            "address": lambda: write(STATIC_RECORD.replace(b"0A", b"0B"), RECORD, owner=USER),
-            "mask": lambda: write(STATIC_RECORD.replace(b"FF 00", b"00 00"), RECORD, owner=USER),
-            "lower case": lambda: write(STATIC_RECORD.lower(), RECORD, owner=USER),
-            "short": lambda: write(STATIC_RECORD[:-1], RECORD, owner=USER),
-            "long": lambda: write(STATIC_RECORD + b"\n", RECORD, owner=USER),
+            "link": become(lambda: os.symlink(write(STATIC_RECORD, "/tmp/r", owner=USER),
+                                              UPDATE_RECORD)),
+            "FIFO": become(lambda: os.mkfifo(UPDATE_RECORD)),
+            "other owner": lambda: os.chown(UPDATE_RECORD, USER - 1, 0),
+            "root's": lambda: os.chown(UPDATE_RECORD, 0, 0),
+            "mode": holds(DYNAMIC_RECORD),
+            "address": holds(STATIC_RECORD.replace(b"0A", b"0B")),
+            "mask": holds(STATIC_RECORD.replace(b"FF 00", b"00 00")),
+            "lower case": holds(STATIC_RECORD.lower()),
+            "short": holds(STATIC_RECORD[:-1]),
+            "long": holds(STATIC_RECORD + b"\n"),
         }
         for name, make in cases.items():
             with self.subTest(name):
@@ -215,7 +219,7 @@ class Record(DeviceCase):
         for content, record in saves:
             self.request("unlock")
             self.put_on_desk(content, ETHERNET)
-            write(record, RECORD, owner=USER)
+            write(record, UPDATE_RECORD, owner=USER)
             self.request("finalize_ethernet", "ethernet")
             self.assertEqual(read(PUBLISHED), record)
 
