@@ -28,8 +28,9 @@ constexpr std::chrono::milliseconds PAUSE_AFTER_UNLOCK{200};
 NetworkManagerConfig* const config = &NetworkManagerConfig::getInstance();
 
 /**
- * Opens those of the standard streams that are closed. Otherwise the next file, or the connection
- * to the display, would get their number, and with it our lines.
+ * Opens those of the standard streams that are closed. Otherwise the next file that is opened, or
+ * the connection to the display, would take the place of standard output, and what the program
+ * prints would be written into it.
  */
 void openStandardStreams() {
   for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
@@ -62,17 +63,17 @@ gboolean quit(gpointer application) {
 int runInProductionMode(int argc, char** argv) {
   logLine("Starting application for Halvorik");
   config->runPermissionsHandler("unlock", "");
-  // The toolkit ends the process itself after --help, or when the display is not there. (When the
-  // display goes away it does so too, but then nothing of ours is called any more.)
+  // The toolkit ends the process itself after --help, and where there is no display. (It does so
+  // too when the display goes away, but in a way that calls nothing at exit.)
   (void)std::atexit(rollBack);
   std::this_thread::sleep_for(PAUSE_AFTER_UNLOCK);
   config->initialize(NetworkManagerConfig::PRODUCTION);
   const auto application = createApplication();
-  // A session or service that is stopped closes the window like a person would.
+  // What stops a session or a service closes the window, like a person would.
   for (const int signal : {SIGHUP, SIGINT, SIGTERM})
     g_unix_signal_add(signal, quit, application->gobj());
   const int status = application->make_window_and_run<NetworkManagerWindow>(argc, argv);
-  // The second request after "Exit Without Saving", and the one that follows a save, are intended.
+  // Also after "Exit Without Saving", which has asked already, and after a save; both are intended.
   rollBack();
   return status;
 }

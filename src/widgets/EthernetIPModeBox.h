@@ -26,10 +26,13 @@ class EthernetIPModeBox : public Gtk::Box {
   void setStaticActive();
   void setDynamicActive();
 
-  /** Makes the entries follow the buttons. */
+  /** Connects both buttons to onModeToggled(). */
   void connectModeButtons(EthernetCredentialsBox& credentialsBox);
 
-  /** Shows the entries for a static address, hides them for a dynamic one, else leaves them. */
+  /**
+   * Handler of both buttons: shows the entries for a static address, hides them for a dynamic one
+   * and leaves them while nothing is chosen.
+   */
   void onModeToggled(EthernetCredentialsBox& credentialsBox);
 
  private:

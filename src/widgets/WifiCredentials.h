@@ -27,6 +27,7 @@ class WifiCredentials : public Gtk::Box {
   void reloadSsid(const std::string& defaultSsid);
   void reloadPassword(const std::string& defaultPassword);
 
+  /** Handler of "Show Password". */
   void onShowPasswordToggled();
 
  private:

@@ -29,12 +29,12 @@ class WifiModeBox : public Gtk::Box {
   /** Chooses what the keyfile says; what it does not say, or says otherwise, is "disabled". */
   void loadModeFromFile();
 
-  /** Makes the access point's part of the page follow the buttons. */
+  /** Connects the three buttons to onModeToggled(). */
   void connectModeButtons(APCredentials& apCredentials, DHCPBox& dhcpBox, Gtk::Label& noteLabel);
 
   /**
-   * Shows the access point's entries and the note above them in that mode, hides them in the others
-   * and leaves them while nothing is chosen.
+   * Handler of the three buttons: shows the entries of an access point and the note above them for
+   * that mode, hides them for the others and leaves them while nothing is chosen.
    */
   void onModeToggled(APCredentials& apCredentials, DHCPBox& dhcpBox, Gtk::Label& noteLabel);
 

@@ -21,7 +21,7 @@ void setText(Gtk::Widget& widget, Gtk::Accessible::Property property, const Glib
   widget.update_property(property, value);
 }
 
-/** All that is within a widget, what is further up first. */
+/** All widgets within a widget, level by level. */
 std::vector<Gtk::Widget*> partsOf(Gtk::Widget& whole) {
   std::vector<Gtk::Widget*> parts{&whole};
   for (std::size_t i = 0; i < parts.size(); ++i)
@@ -32,27 +32,27 @@ std::vector<Gtk::Widget*> partsOf(Gtk::Widget& whole) {
   return parts;
 }
 
-/** Makes the label of a row the name of that row, which is around it by the time it gets a text. */
+/** Names a row by its label. Not before it gets its text: only then the label is within the row. */
 void nameRow(const Glib::RefPtr<Gtk::ListItem>& item) {
   Gtk::Widget* content = item->get_child();
   if (content == nullptr || content->get_parent() == nullptr) return;
   auto* label = dynamic_cast<Gtk::Label*>(content->get_first_child());
   if (label == nullptr) return;
-  // The row that is shown in the button got the drop-down's name, before it had a text.
+  // The button shows the chosen row as well, and nameDropDown() gave that one the button's name.
   content->get_parent()->reset_property(Gtk::Accessible::Property::LABEL);
   label->set_mnemonic_widget(*content->get_parent());
 }
 
-/** Goes to a row of a list that is about to be shown. */
+/** Marks a row of a list that is about to be shown, gives it the focus and scrolls to it. */
 void goTo(guint position, Gtk::ListView& list) {
-  // The mark is still where it was when the list was last closed.
+  // Closing the list without a choice has left the mark where the keys had moved it.
   if (const auto rows = list.get_model()) rows->select_item(position, true);
   Gtk::Widget* row = list.get_first_child();
   for (guint i = 0; row != nullptr && i < position; ++i) row = row->get_next_sibling();
   if (row != nullptr) row->grab_focus();
-  // Where a list is too long for the screen, it can be scrolled as soon as it has a size.
+  // A list that is too long for the screen can be scrolled, but not before it has a size.
   list.add_tick_callback([&list, position](const Glib::RefPtr<Gdk::FrameClock>& /*clock*/) {
-    if (!list.get_mapped()) return false;  // closed again before it had one
+    if (!list.get_mapped()) return false;  // closed again by now
     if (list.get_height() == 0) return true;
     list.activate_action("list.scroll-to-item", Glib::Variant<guint32>::create(position));
     return false;
@@ -80,10 +80,10 @@ void openAtChoice(Gtk::DropDown& dropDown) {
   for (Gtk::Widget* part : partsOf(dropDown)) {
     auto* list = dynamic_cast<Gtk::ListView*>(part);
     if (list == nullptr) continue;
-    // The popover looks for a place for the focus right after this, unless there is one already.
+    // Next the popover would give the focus to the first row. It does so only when no row has it.
     list->signal_map().connect([&dropDown, list] { goTo(dropDown.get_selected(), *list); });
-    // The toolkit, which comes first, takes the marked row. Some keys move the focus alone, like
-    // Tab.
+    // The toolkit has just taken the marked row. Some keys, like Tab, move the focus to another row
+    // and leave the mark behind: the row with the focus counts.
     list->signal_activate().connect([&dropDown](guint row) { dropDown.set_selected(row); });
   }
 }
@@ -103,7 +103,7 @@ void nameTabs(Gtk::Notebook& notebook) {
   for (int number = 0; number < notebook.get_n_pages(); ++number) {
     auto* label = dynamic_cast<Gtk::Label*>(notebook.get_tab_label(*notebook.get_nth_page(number)));
     if (label == nullptr || label->get_parent() == nullptr) continue;
-    label->get_parent()->reset_property(Gtk::Accessible::Property::LABEL);  // "Tab", of each
+    label->get_parent()->reset_property(Gtk::Accessible::Property::LABEL);  // each is called "Tab"
     label->set_mnemonic_widget(*label->get_parent());
   }
   const auto nameNotebook = [&notebook] {

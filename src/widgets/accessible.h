@@ -8,9 +8,9 @@
 #include <gtkmm/messagedialog.h>
 #include <gtkmm/notebook.h>
 
-// What a screen reader and the keyboard need and the toolkit (4.8) leaves out: it gives some of its
-// widgets no name, or that of their type. A label names what it is the mnemonic label of, also
-// without an underlined letter.
+// What a screen reader and the keyboard need and the toolkit (4.8) leaves out: some of its widgets
+// have no name, or that of their type. set_mnemonic_widget() gives a widget its label's name, also
+// when no letter of the label is underlined.
 
 /**
  * Names the button and the list within a drop-down by its label, and each row by its text; the
@@ -19,15 +19,18 @@
 void nameDropDown(Gtk::DropDown& dropDown, const Gtk::Label& label);
 
 /**
- * Lets the list open at the chosen row; at the first, the arrow keys would start from there. What
- * is taken from it is the row with the focus, which a screen reader has told.
+ * Lets the list open at the chosen row: the toolkit opens it at the first, and the arrow keys would
+ * start from there. What is taken is the row with the focus, which a screen reader has read out.
  */
 void openAtChoice(Gtk::DropDown& dropDown);
 
-/** Keeps arrow keys from a check button of no group: the toolkit takes them for its only choice. */
+/** Lets a check button that is in no group ignore the arrow keys: the toolkit would toggle it. */
 void ignoreArrowKeys(Gtk::CheckButton& button);
 
-/** Names each tab by its label, and the notebook, which has the tabs' focus, by the current one. */
+/**
+ * Names each tab by its label, and the notebook by that of the current tab: where a tab shows the
+ * focus, it is the notebook that has it.
+ */
 void nameTabs(Gtk::Notebook& notebook);
 
 /**

@@ -59,7 +59,7 @@ void layOutChoice(Gtk::Box& box, Gtk::Label& title, Gtk::Frame& frame, Gtk::Grid
   box.append(title);
 
   // box > frame
-  frame.property_accessible_role() = Gtk::Accessible::Role::GROUP;  // one that takes a name
+  frame.property_accessible_role() = Gtk::Accessible::Role::GROUP;  // a role that may have a name
   frame.set_margin(MARGIN);
   title.set_mnemonic_widget(frame);
   box.append(frame);
