@@ -2,14 +2,9 @@
 // SPDX-License-Identifier: MIT
 #include "app/NetworkManagerConfig.h"
 
-#include <unistd.h>
-
 #include <array>
-#include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <iostream>
 #include <system_error>
 
 #include "base/print.h"
@@ -21,8 +16,6 @@
 namespace {
 
 constexpr const char* SYSTEM_DIRECTORY = "/etc/NetworkManager/system-connections";
-
-constexpr const char* PERMISSIONS_HANDLER = "zor-network-permissions-handler";
 
 void createDefaultFile(const std::string& path, std::string_view content, std::string_view type) {
   if (writeFile(path, content, Access::PRIVATE)) {
@@ -141,17 +134,4 @@ int NetworkManagerConfig::writeIniString(const std::string& section, const std::
                                          const std::string& value,
                                          const std::string& fileName) const {
   return ini_puts(section.c_str(), key.c_str(), value.c_str(), fileName.c_str());
-}
-
-void NetworkManagerConfig::runPermissionsHandler(const std::string& action,
-                                                 const std::string& argument) const {
-  if (fork() != 0) return;
-
-  std::signal(SIGPIPE, SIG_DFL);  // ignored in this program only
-  // Not flushed: it shows on a terminal, and nowhere else.
-  std::cout << "Calling permissions handler action: " + action + "\n";
-  execlp(PERMISSIONS_HANDLER, PERMISSIONS_HANDLER, action.c_str(),
-         argument.empty() ? nullptr : argument.c_str(), nullptr);
-  std::perror("Failed to execute zor-network-permissions-handler");
-  _exit(1);
 }
