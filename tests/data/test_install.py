@@ -41,17 +41,17 @@ class Installed(unittest.TestCase):
         (cls.prefix,) = [os.path.dirname(folder) for folder, folders, _ in os.walk(cls.root)
                          if os.path.basename(folder) == "bin"]
 
-    def test_files_and_nothing_else(self):
+    def test_nothing_else_is_installed(self):
         found = {os.path.relpath(os.path.join(folder, name), self.prefix)
                  for folder, _, names in os.walk(self.root) for name in names}
         self.assertEqual(found, FILES)
 
-    def test_modes(self):
+    def test_only_the_program_can_be_executed(self):
         for name in FILES:
             mode = os.stat(os.path.join(self.prefix, name)).st_mode & 0o7777
             self.assertEqual(oct(mode), oct(0o755 if name.startswith("bin/") else 0o644), name)
 
-    def test_the_tree_is_valid(self):
+    def test_tree_is_valid(self):
         # Looks for what the metainfo leads to: the desktop entry and its icon.
         with tempfile.TemporaryDirectory(prefix="zor-tree-") as tree:
             shutil.copytree(self.prefix, os.path.join(tree, "usr"))
@@ -59,7 +59,7 @@ class Installed(unittest.TestCase):
                                    "--strict", tree], capture_output=True, text=True, check=False)
         self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
 
-    def test_the_entry_leads_to_the_program_and_its_window(self):
+    def test_entry_leads_to_the_program_and_its_window(self):
         entry = configparser.RawConfigParser()
         entry.optionxform = str
         entry.read_string(source("data/zor-network-manager.desktop"))

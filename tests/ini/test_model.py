@@ -365,7 +365,7 @@ class Generator:
         return ("puts", section, key, self.value(data, section, key))
 
 
-class ModelTest(unittest.TestCase):
+class Model(unittest.TestCase):
     """All answers are those of the model."""
 
     def compare(self, cases):
@@ -375,7 +375,7 @@ class ModelTest(unittest.TestCase):
                 if found:
                     self.fail(report(case))
 
-    def test_generated_files_and_operations(self):
+    def test_generated_files_and_operations_agree(self):
         """Sequences of operations on files near the keyfile format and far from it."""
         ways = collections.Counter()
         for seed in SEEDS:
@@ -389,7 +389,7 @@ class ModelTest(unittest.TestCase):
         for way in model.Way:
             self.assertGreater(ways[way], 0, f"never generated: {way.value}")
 
-    def test_every_short_value(self):
+    def test_every_short_value_agrees(self):
         """All values of up to four of the bytes that matter, read and written."""
         cases = []
         for length in range(5):
@@ -400,7 +400,7 @@ class ModelTest(unittest.TestCase):
                 cases.append(Case(None, [("puts", b"s", b"a", value)]))
         self.compare(cases)
 
-    def test_every_line_length_around_the_buffer(self):
+    def test_every_line_length_around_the_buffer_agrees(self):
         """Keys, comments and headers that end before, at and after the end of a buffer."""
         cases = []
         for length in (*range(500, 520), *range(1015, 1030)):
@@ -415,14 +415,14 @@ class ModelTest(unittest.TestCase):
                         ("puts", b"s", b"a", None), ("puts", b"s", None, None)]))
         self.compare(cases)
 
-    def test_every_length_of_a_key_around_the_buffer(self):
+    def test_every_length_of_a_key_around_the_buffer_agrees(self):
         """What room a long key leaves for a value, with quotes and without."""
         cases = [Case(b"", [("puts", None, b"k" * length, value)])
                  for length in range(495, 520)
                  for value in (b"", b"v", b"value", b"v;", b";" * 20, b'"' * 20, b"v ")]
         self.compare(cases)
 
-    def test_every_length_of_a_number_around_the_buffer(self):
+    def test_every_length_of_a_number_around_the_buffer_agrees(self):
         """Numbers are read from the first 63 bytes of a value."""
         cases = []
         for length in range(55, 70):
@@ -432,10 +432,10 @@ class ModelTest(unittest.TestCase):
         self.compare(cases)
 
 
-class ReductionTest(unittest.TestCase):
+class Reduction(unittest.TestCase):
     """The tests above see a difference, and say little more than what matters."""
 
-    def test_a_difference_is_found_and_reduced(self):
+    def test_difference_is_found_and_reduced(self):
         """A model that forgets to compare names without regard to case."""
         same_name = model.same_name
         self.addCleanup(setattr, model, "same_name", same_name)

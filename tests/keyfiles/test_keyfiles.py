@@ -301,7 +301,7 @@ class Keyfiles(unittest.TestCase):
                 self.assert_content(self.keyfile().read_bytes(), wanted)
                 self.assert_accepted(wanted, values)
 
-    def test_dynamic_over_values_of_static_leaves_them(self):
+    def test_dynamic_save_over_static_values_leaves_them(self):
         # Where the mode is dynamic already, address and DNS server stay as they are, and
         # NetworkManager uses them beside those that it gets by DHCP.
         left = self.save(*static()).replace(b"method=manual", b"method=auto")

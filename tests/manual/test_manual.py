@@ -54,7 +54,7 @@ class Requests(ManualCase):
         self.assertEqual(program.finish(), 0)
         self.assertEqual(read(self.mark("requests")), b"unlock\nrollback\n")
 
-    def test_unlock_in_time_and_too_late(self):
+    def test_unlock_counts_only_in_time(self):
         keyfile = os.path.join(SYSTEM_CONNECTIONS, "ethernet.nmconnection")
         script = ("#!/bin/sh\n[ $1 = unlock ] || exit 0\n"
                   "while [ ! -e {folder}/go ]; do sleep 0.01; done\n"
@@ -84,7 +84,7 @@ class Requests(ManualCase):
                 self.assertEqual(b"\n# ours\n" in read(keyfile), in_time)
                 os.remove(self.mark("go"))
 
-    def test_none_after_a_kill_or_a_fault(self):
+    def test_nothing_is_asked_after_a_kill_or_a_fault(self):
         for number in (signal.SIGKILL, signal.SIGSEGV):
             with self.subTest(signal=number):
                 self.recorder.forget()
@@ -98,7 +98,7 @@ class Requests(ManualCase):
                 self.assert_requests(UNLOCK)
                 program.__exit__()
 
-    def test_none_after_a_signal_in_the_pause(self):
+    def test_nothing_is_asked_after_a_signal_in_the_pause(self):
         for name in ("HUP", "INT", "TERM"):
             with self.subTest(signal=name):
                 self.replace_handler("#!/bin/sh\n"
@@ -108,7 +108,7 @@ class Requests(ManualCase):
                 self.assertEqual(program.output, said.PRODUCTION)
                 self.assertEqual(read(self.mark(name)), b"unlock\n")
 
-    def test_none_when_the_x_server_goes(self):
+    def test_nothing_is_asked_when_the_x_server_goes(self):
         # The toolkit ends the process itself. A Wayland compositor that goes has the same effect.
         reader, writer = os.pipe()
         server = subprocess.Popen(bound_to_us("Xvfb", "-displayfd", str(writer)),
@@ -148,7 +148,7 @@ class Files(ManualCase):
                          [[0], [192, 168, 1, 10], [255, 255, 255, 0], [192, 168, 1, 1]])
         self.assertIn(b"\naddress1=192.168.001.010/24,", read(self.path("ethernet.nmconnection")))
 
-    def test_nothing_in_the_home_but_a_driver_s_cache(self):
+    def test_nothing_stays_in_the_home_but_a_driver_s_cache(self):
         home = os.path.join(self.folder, "home")
         os.mkdir(home)
         program = self.run_debug(environment={"HOME": home, "XDG_CACHE_HOME": home + "/.cache"})
@@ -161,7 +161,7 @@ class Files(ManualCase):
 class Use(ManualCase):
     """OPTIONS, EXIT STATUS, KEYBOARD, BUGS."""
 
-    def test_unknown_option(self):
+    def test_unknown_option_ends_with_status_1(self):
         program = self.run_production("--version")
         self.assertEqual(program.finish(), 1)
         self.assertIn("Unknown option --version", program.errors)
@@ -174,7 +174,7 @@ class Use(ManualCase):
         self.assertEqual(program.finish(), -signal.SIGTERM)
         self.assert_requests()
 
-    def test_several_windows_without_a_session_bus(self):
+    def test_several_windows_open_without_a_session_bus(self):
         environment = {"DBUS_SESSION_BUS_ADDRESS": "disabled:", "GTK_A11Y": "none"}
         programs = [self.run_debug(environment=environment) for _ in range(2)]
         wait_until(lambda: len(self.desktop.windows()) == 2, "two windows")
@@ -182,7 +182,7 @@ class Use(ManualCase):
             program.process.kill()
             program.finish()
 
-    def test_keys_that_do_nothing_in_an_entry(self):
+    def test_return_and_escape_do_nothing_in_an_entry(self):
         self.put("ethernet.nmconnection", expected("ethernet-static"))
         program = self.run_debug()
         for key in ("Return", "Escape"):

@@ -26,7 +26,7 @@ class Pages(unittest.TestCase):
         self.assertTrue(any(text in literal for literal in self.literals),
                         f"{text!r} is not printed")
 
-    def test_what_the_program_prints(self):
+    def test_every_text_is_printed(self):
         printed = [text for line in re.findall(r"^\.It (Sy .*)", PROGRAM_PAGE, re.M)
                    for text in arguments(line, "Sy")]
         self.assertGreater(len(printed), 40)
@@ -45,7 +45,7 @@ class Pages(unittest.TestCase):
             with self.subTest(text):
                 self.assertIn(f'"{text}', listed)
 
-    def test_texts_of_the_window(self):
+    def test_every_label_stands_in_the_window(self):
         for page in (PROGRAM_PAGE, HANDLER_PAGE):
             texts = [text for line in re.findall(r"^\.(?:It )?(Dq .*)", page, re.M)
                      for text in arguments(line, "Dq")]
@@ -54,7 +54,7 @@ class Pages(unittest.TestCase):
                 with self.subTest(text):
                     self.assertIn(text, self.literals)
 
-    def test_default_files(self):
+    def test_default_files_are_shown_whole(self):
         files = [re.search(r'_KEYFILE = \{\n *"[\w.]+",\n([^;]*)\};', self.source[source])[1]
                  for source in ("src/settings/ethernet.cc", "src/settings/wifi.cc")]
         files = ["".join(re.findall('"(.*)"', code)).replace("\\n", "\n") for code in files]
@@ -76,7 +76,7 @@ class Pages(unittest.TestCase):
         for action in re.findall(r'unPermissionsHandler\("(\w+)"', everything):
             self.assertRegex(HANDLER_PAGE, rf"\n\.It Cm {action}\b")
 
-    def test_keys_that_are_written(self):
+    def test_keys_are_listed_as_they_are_written(self):
         _, access_point, client = re.split(r"(?:accessPoint|client)Entries\(const WifiSettings",
                                            self.source["src/settings/wifi.cc"])
         constants = {name: value for source in ("ethernet", "wifi") for name, value in
@@ -94,7 +94,7 @@ class Pages(unittest.TestCase):
                     if name.startswith('"') or name in constants:
                         self.assertEqual(value, constants.get(name, name.strip('"')), key)
 
-    def test_numbers(self):
+    def test_numbers_are_those_of_the_source(self):
         window = self.source["src/window/view.cc"]
         sizes = {name: int(value) for name, value in
                  re.findall(r"constexpr int (\w+(?:WIDTH|HEIGHT)) = (\d+);", window)}

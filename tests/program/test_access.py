@@ -80,7 +80,7 @@ class Names(AccessCase):
             self.assertTrue(label.box[0] + label.box[2] <= entry.box[0]
                             or label.box[1] + label.box[3] <= entry.box[1], tree.dump())
 
-    def test_ethernet_page(self):
+    def test_ethernet_page_is_named(self):
         program = self.run_on("Ethernet", ethernet=STATIC)
         tree = self.assert_named(program)
         self.assert_fields(tree, "Device", "IP Address", "Subnet Mask", "Default Gateway",
@@ -88,7 +88,7 @@ class Names(AccessCase):
         self.assertEqual([tab.name for tab in tree.all("tab")], ["Ethernet", "Wifi"])
         self.assertEqual([node.name for node in modes(tree)], ["Static IP", "Dynamic IP"])
 
-    def test_wifi_page(self):
+    def test_wifi_page_is_named(self):
         program = self.run_on("Wifi", wlan0=ACCESS_POINT)
         tree = self.assert_named(program)
         self.assert_fields(tree, "Device", "SSID", "Password", "IP Address", "Subnet Mask")
@@ -96,7 +96,7 @@ class Names(AccessCase):
                          ["Disabled", "Client", "Access Point"])
         self.assertEqual([node.name for node in tree.all("combo box")], [CHANNEL])
 
-    def test_list_of_channels(self):
+    def test_list_of_channels_is_named_and_begins_at_the_choice(self):
         program = self.run_on("Wifi", wlan0=ACCESS_POINT)
         self.assertEqual(program.look().find("button", CHANNEL).description, "6")
         self.open_channels(program, "6")
@@ -117,7 +117,7 @@ class Names(AccessCase):
             self.choose_channel(program, channel, *keys, "Return")
             chosen = channel
 
-    def test_dialogs(self):
+    def test_dialogs_are_named_and_described(self):
         for page, entry, message, fields in (
                 ("Ethernet", "IP Address", "You entered invalid Ethernet Credentials",
                  "Invalid IP Address"),
@@ -157,13 +157,13 @@ class Keyboard(AccessCase):
         wait_until(lambda: program.is_checked(mode), f"{mode} to be chosen")
         self.assertEqual(program.focused(), ("radio", mode))
 
-    def test_order_on_the_ethernet_page(self):
+    def test_tab_goes_round_the_ethernet_page(self):
         program = self.run_on("Ethernet", ethernet=STATIC)
         self.assert_round(program, stops("Ethernet", "Static IP", *ETHERNET_ENTRIES))
         self.choose(program, "Dynamic IP", "Right")
         self.assert_round(program, stops("Ethernet", "Dynamic IP"))
 
-    def test_order_on_the_wifi_page(self):
+    def test_tab_goes_round_the_wifi_page(self):
         program = self.run_on("Wifi", wlan0=ACCESS_POINT)
         self.assert_round(program, stops(
             "Wifi", "Access Point", *CREDENTIALS, ("text box", "IP Address"),
@@ -187,7 +187,7 @@ class Keyboard(AccessCase):
         program.focus_and_press(*show, "Return")
         self.assertFalse(program.is_checked("Show Password"))
 
-    def test_pages(self):
+    def test_keys_change_the_page(self):
         program = self.run_on("Ethernet")
         for keys, page in ((["Right"], "Wifi"), (["Left"], "Ethernet"),
                            (["Control_L", "Next"], "Wifi"), (["Control_L", "Prior"], "Ethernet")):
@@ -199,7 +199,7 @@ class Keyboard(AccessCase):
         wait_until(lambda: program.page() == "Wifi", "page Wifi")
         self.assertEqual(program.focused(), ("group", "Wifi"))
 
-    def test_static_address(self):
+    def test_static_address_is_saved(self):
         program = self.run_on("Ethernet")
         self.choose(program, "Static IP", "Left")
         for (_, name), text in zip(ETHERNET_ENTRIES, ("10.20.30.40", "255.255.240.0", "10.20.16.1",
@@ -211,7 +211,7 @@ class Keyboard(AccessCase):
             "ethernet-static", address1="10.20.30.40/20,10.20.16.1", dns="10.20.16.53"))
         self.assertEqual(self.recorder.calls(), [["finalize_ethernet", "ethernet"]])
 
-    def test_access_point(self):
+    def test_access_point_is_saved(self):
         program = self.run_on("Wifi")
         self.choose(program, "Access Point", "Right")
         program.focus_and_type("SSID", "Halvorik AP")
@@ -229,7 +229,7 @@ class Keyboard(AccessCase):
                             expected("access-point", psk="new_pass-1", channel=7))
         self.assertEqual(self.recorder.calls(), [["finalize_wifi", "Hotspot"]])
 
-    def test_list_of_channels_on_a_small_panel(self):
+    def test_list_of_channels_fits_on_a_small_panel(self):
         self.desktop = self.enterContext(Desktop((800, 480)))
         program = self.run_on("Wifi", wlan0=ACCESS_POINT)
         for channel in ("6", "11"):
@@ -241,7 +241,7 @@ class Keyboard(AccessCase):
                             and row_top + row_height <= top + height, tree.dump())
             self.choose_channel(program, "11", "End", "Return")
 
-    def test_client_and_disabled(self):
+    def test_mode_is_chosen_and_a_client_saved(self):
         program = self.run_on("Wifi", wlan0=ACCESS_POINT)
         self.choose(program, "Disabled", "Left", "Left")
         self.choose(program, "Client", "Right")

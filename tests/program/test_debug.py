@@ -33,7 +33,7 @@ class DebugMode(program_case.ProgramCase):
         program.close()
         self.assert_ended(program, said.start(self.connections))
 
-    def test_window_as_built(self):
+    def test_window_has_its_title_and_size(self):
         program = self.run_debug()
         window = program.window()
         self.assertEqual([tab.label() for tab in window.all("tab")], ["Ethernet", "Wifi"])
@@ -45,7 +45,7 @@ class DebugMode(program_case.ProgramCase):
         hints = frame.get_wm_normal_hints()
         self.assertEqual((hints.min_width, hints.min_height), (hints.max_width, hints.max_height))
 
-    def test_modes_and_pages(self):
+    def test_modes_and_pages_show_what_belongs_to_them(self):
         program = self.run_debug()
         steps = [said.start(self.connections)]
         self.assertFalse(program.shows("text box", "IP Address"))
@@ -96,7 +96,7 @@ class DebugMode(program_case.ProgramCase):
         self.assert_ended(program, "".join(steps))
         self.assert_samples_untouched()
 
-    def test_folders_beside_the_working_directory(self):
+    def test_folders_beside_the_working_directory_are_found(self):
         name = "Ethernet_Test_Connections"
         for place, working in ((name, "."), (f"gtkTest/{name}", "."), (name, "inner")):
             with self.subTest(place=place, working=working):

@@ -35,7 +35,7 @@ class EthernetPage(program_case.ProgramCase):
     def assert_update_record(self, text):
         self.assertEqual(read(UPDATE_RECORD).decode(), text)
 
-    def test_static_address_on_a_dynamic_keyfile(self):
+    def test_static_address_replaces_a_dynamic_keyfile(self):
         program = self.run_debug()
         program.pick("Static IP")
         self.type_entries(program, *ENTRIES)
@@ -48,7 +48,7 @@ class EthernetPage(program_case.ProgramCase):
         self.assert_keyfile(self.keyfile, STATIC)
         self.assert_update_record("00 C0 A8 01 0A FF FF FF 00 C0 A8 01 01 ")
 
-    def test_static_address_changed(self):
+    def test_static_address_is_changed(self):
         self.put_static()
         program = self.run_debug()
         self.assertEqual(self.entries(program), ENTRIES)
@@ -64,7 +64,7 @@ class EthernetPage(program_case.ProgramCase):
                                                    address1="10.20.30.40/16,10.20.0.1"))
         self.assert_update_record("00 0A 14 1E 28 FF FF 00 00 0A 14 00 01 ")
 
-    def test_dynamic_address_on_a_static_keyfile(self):
+    def test_dynamic_address_replaces_a_static_keyfile(self):
         self.put_static()
         program = self.run_debug()
         program.pick("Dynamic IP")
@@ -77,7 +77,7 @@ class EthernetPage(program_case.ProgramCase):
         self.assert_keyfile(self.keyfile, expected("ethernet-dynamic"))
         self.assert_update_record("01 " + 12 * "00 ")
 
-    def test_dynamic_address_unchanged(self):
+    def test_dynamic_address_saved_again_changes_nothing(self):
         program = self.run_debug()
         program.button("Save And Exit")
         self.assert_ended(program, said.start(self.connections)
@@ -125,7 +125,7 @@ class EthernetPage(program_case.ProgramCase):
             "Invalid format for IP Address or Subnet Mask\n", CALLED)
         self.assert_keyfile(self.keyfile, STATIC)
 
-    def test_dialog_once_more_after_a_close_button(self):
+    def test_dialog_comes_again_after_its_close_button(self):
         self.put_static()
         program = self.run_debug()
         program.fill("Default Gateway", "")

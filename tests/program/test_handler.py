@@ -98,7 +98,7 @@ class PermissionsHandler(HandlerCase):
         steps = self.steps_of_save("wlan0.nmconnection", disable_wifi)
         self.assertEqual(steps, ["unlink", "flush folder", "request"])
 
-    def test_not_on_the_path(self):
+    def test_missing_one_is_reported_at_each_request(self):
         os.remove(self.recorder.path)
         program = self.run_program(environment={"PATH": self.recorder.bin})
         program.button("Exit Without Saving")
@@ -114,7 +114,7 @@ class PermissionsHandler(HandlerCase):
                                + "to its own output").splitlines())
         self.assertEqual(program.errors, "no\n")
 
-    def test_not_waited_for(self):
+    def test_requests_are_not_waited_for(self):
         pids = os.path.join(self.folder, "pids")
         self.recorder.replace(f"#!/bin/sh\necho $$ >> {pids}\nexec sleep 1000 >/dev/null 2>&1\n")
 
@@ -141,7 +141,7 @@ class PermissionsHandler(HandlerCase):
                          (PRODUCTION_START + said.CLOSED_WITHOUT_SAVING).splitlines())
         self.assertEqual(program.errors, errors)
 
-    def test_line_of_the_child_on_a_terminal(self):
+    def test_line_of_the_child_shows_on_a_terminal(self):
         program = self.run_program(stdout="terminal")
         program.look()
         self.assertLess(program.output.index(CALLING + "unlock\n"),
@@ -175,7 +175,7 @@ class Inherited(HandlerCase):
         links = dict(re.findall("(.*) -> (.*)\n", report["links"]))
         return {name: target for name, target in links.items() if target != self.recorder.path}
 
-    def test_all_but_what_the_program_sets(self):
+    def test_all_is_inherited_but_what_the_program_sets(self):
         program, reports = self.reports(
             "/usr/bin/python3", "-c", PREPARE, cwd=self.connections,
             environment={"PATH": f"{self.recorder.bin}:/usr/bin:relative", "ODD": "two\nlines",

@@ -48,7 +48,7 @@ class OddKeyfiles(program_case.ProgramCase):
         program.close()
         self.assert_ended(program, output, errors)
 
-    def test_no_files(self):
+    def test_window_opens_without_files(self):
         os.remove(self.path("ethernet.nmconnection"))
         os.remove(self.path("wlan0.nmconnection"))
 
@@ -63,7 +63,7 @@ class OddKeyfiles(program_case.ProgramCase):
             said.start(self.connections, ethernet="", wifi="", page=said.dynamic_page(None))
             + said.SHOW_WIFI, NO_ETHERNET_FILE, look)
 
-    def test_files_of_no_type(self):
+    def test_files_of_no_type_are_passed_over(self):
         os.chmod(self.path("ethernet.nmconnection"), 0)
         os.mkfifo(self.path("fifo"))
         os.mkdir(self.path("folder"))
@@ -77,7 +77,7 @@ class OddKeyfiles(program_case.ProgramCase):
             said.start(self.connections, ethernet="", page=said.dynamic_page(None)),
             NO_ETHERNET_FILE, wrapper=UNREADABLE)
 
-    def test_folder_that_cannot_be_read(self):
+    def test_folder_that_cannot_be_read_is_reported(self):
         os.chmod(self.connections, 0)
         program = self.run_debug(wrapper=UNREADABLE)
         program.look()
@@ -89,13 +89,13 @@ class OddKeyfiles(program_case.ProgramCase):
         self.assertRegex(error, "^Error: .*Permission denied")
         self.assertEqual(rest, NO_ETHERNET_FILE)
 
-    def test_ethernet_files(self):
+    def test_odd_ethernet_files_are_shown(self):
         for content, page, errors in ETHERNET_FILES:
             with self.subTest(content[:100]):
                 self.put("ethernet.nmconnection", content)
                 self.open_and_close(said.start(self.connections, page=page), errors)
 
-    def test_wifi_files(self):
+    def test_odd_wifi_files_are_shown(self):
         for content, texts in WIFI_FILES:
             with self.subTest(content):
                 self.put("wlan0.nmconnection", content)
@@ -108,7 +108,7 @@ class OddKeyfiles(program_case.ProgramCase):
 
                 self.open_and_close(said.start(self.connections) + said.SHOW_WIFI, look=look)
 
-    def test_text_that_is_not_utf8(self):
+    def test_text_that_is_not_utf8_is_shown_and_printed(self):
         self.put("ethernet.nmconnection", ETHERNET + b"interface-name=e\xff0\n[ipv4]\n"
                  b"method=manual\naddress1=1.2\xe9/24,\xc3\ndns=\xf0\x9f;\n")
 

@@ -27,7 +27,7 @@ class SystemConnectionsCase(program_case.ProgramCase):
 
 class ProductionMode(SystemConnectionsCase):
 
-    def test_close_button(self):
+    def test_close_button_requests_rollback_once(self):
         program = self.run_program(environment={"ZOR_NETWORKMANAGER_DEBUG_PATH": self.folder})
         program.look()
         self.assertEqual(self.recorder.calls(), [["unlock"]])
@@ -42,14 +42,14 @@ class ProductionMode(SystemConnectionsCase):
                           calls=[["unlock"], ["rollback"], ["rollback"]])
         self.assert_samples_untouched()
 
-    def test_save_on_the_ethernet_page(self):
+    def test_save_is_followed_by_rollback(self):
         program = self.run_program()
         program.button("Save And Exit")
         self.assert_ended(program, START + said.ethernet_mode_check("auto", "auto")
                           + said.RECORD_WRITTEN,
                           calls=[["unlock"], ["finalize_ethernet", "ethernet"], ["rollback"]])
 
-    def test_save_without_any_keyfile(self):
+    def test_save_without_any_keyfile_makes_one(self):
         for name in os.listdir(SYSTEM_CONNECTIONS):
             os.remove(self.path(name))
         program = self.run_program()
@@ -61,7 +61,7 @@ class ProductionMode(SystemConnectionsCase):
             [["unlock"], ["finalize_ethernet", "ethernet"], ["rollback"]])
         self.assertEqual(os.listdir(SYSTEM_CONNECTIONS), ["ethernet.nmconnection"])
 
-    def test_missing_directory(self):
+    def test_missing_directory_is_reported(self):
         shutil.rmtree(SYSTEM_CONNECTIONS)
         self.addCleanup(os.mkdir, SYSTEM_CONNECTIONS)
         program = self.run_program()
@@ -75,7 +75,7 @@ class ProductionMode(SystemConnectionsCase):
         self.assertEqual(rest, NO_ETHERNET_FILE)
         self.assertEqual(self.recorder.calls(), [["unlock"], ["rollback"]])
 
-    def test_first_arguments_that_select_production(self):
+    def test_other_first_arguments_select_production(self):
         # They reach the toolkit, which takes them for files, opens none and ends with status 1.
         for argument in ("0", "2", "true", "1 ", "01", "1.0", ""):
             with self.subTest(argument=argument):
@@ -95,13 +95,13 @@ class ProductionMode(SystemConnectionsCase):
         # Though the toolkit ends the process itself after its help.
         self.assertEqual(self.recorder.calls(), [["unlock"], ["rollback"]])
 
-    def test_debug_word_in_second_place(self):
+    def test_debug_word_in_second_place_is_none(self):
         program = self.run_program("--gapplication-app-id=org.gtkmm.example", "1",
                                       environment={"G_DEBUG": ""})
         program.finish()
         self.assertTrue(program.output.startswith(said.PRODUCTION))
 
-    def test_status_of_a_display_that_is_missing(self):
+    def test_missing_display_ends_with_status_1_and_rollback(self):
         program = self.run_program(environment={"DISPLAY": ":none", "G_DEBUG": ""})
         self.assertEqual(program.finish(), 1)
         self.assertIn("cannot open display", program.errors.lower())
@@ -138,7 +138,7 @@ class Startup(SystemConnectionsCase):
                 return float(line.split()[1])
         raise AssertionError(f"no {text} in the trace")
 
-    def test_pause_after_unlock_also_when_a_signal_interrupts_it(self):
+    def test_pause_follows_unlock_also_when_a_signal_interrupts_it(self):
         interruption = ["-e", "inject=clock_nanosleep:error=EINTR:when=1"]
         for injected in ([], interruption):
             with self.subTest(injected):

@@ -252,7 +252,7 @@ class Secrets(program_case.ProgramCase):
                          is_access_point * [f"Wifi Password being validated: {password}"])
         self.assertFalse(os.path.exists(UPDATE_RECORD))
 
-    def test_new_password(self):
+    def test_new_password_is_never_shown(self):
         for before, mode, pick, password in SAVES:
             with self.subTest(pick=pick, mode=oct(mode), password=password):
                 self.put_wifi(before, mode)
@@ -263,7 +263,7 @@ class Secrets(program_case.ProgramCase):
                 self.assertEqual(os.stat(self.keyfile).st_ino == inode,
                                  password == NEW and not pick, "patched in place or not")
 
-    def test_nothing_is_written(self):
+    def test_refused_or_removed_password_is_never_written(self):
         for pick, then in (("Access Point", ("OK", "Exit Without Saving")), ("Disabled", ())):
             with self.subTest(pick):
                 self.put_wifi(CLIENT)
@@ -273,21 +273,21 @@ class Secrets(program_case.ProgramCase):
                 self.assertFalse(files.is_secret(program.errors))
                 self.assertEqual(files.is_secret(program.output), pick != "Disabled")
 
-    def test_keyfile_with_a_second_name(self):
+    def test_second_name_of_a_keyfile_shows_nothing(self):
         self.put_wifi(CLIENT, 0o644)
         other = os.path.join(self.folder, "other")
         os.link(self.keyfile, other)
         self.assert_saved(NEW, *self.watch(self.save_wifi(NEW), [NEW]))
         self.assertEqual(stat.S_IMODE(os.stat(other).st_mode), 0o600)
 
-    def test_keyfile_that_is_a_link(self):
+    def test_target_of_a_link_shows_nothing(self):
         self.put_wifi(CLIENT, 0o644)
         target = os.path.join(self.folder, "target")
         os.rename(self.keyfile, target)
         os.symlink(target, self.keyfile)
         self.assert_saved(NEW, *self.watch(self.save_wifi(NEW), [NEW]))
 
-    def test_temporary_file_that_was_left(self):
+    def test_leftover_of_a_temporary_file_is_not_used(self):
         self.put_wifi(CLIENT)
         left = self.put("wlan0.nmconnectio~", "left over")
         os.chmod(left, 0o666)
@@ -297,7 +297,7 @@ class Secrets(program_case.ProgramCase):
         self.assertEqual(read(other), b"left over")
         self.assertFalse(os.path.exists(left), "not the name of the temporary file")
 
-    def test_secret_of_a_wired_connection(self):
+    def test_wired_secret_is_kept_and_never_shown(self):
         for stored, label in (("ethernet-static", None), ("ethernet-dynamic", None),
                               ("ethernet-dynamic", "Static IP"), ("ethernet-static", "Dynamic IP")):
             with self.subTest(stored=stored, label=label):

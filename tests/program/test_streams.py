@@ -35,7 +35,7 @@ class BrokenStreams(program_case.ProgramCase):
         wait_until(self.recorder.calls, "the request")
         self.assertEqual(self.recorder.calls(), [["finalize_ethernet", "ethernet"]])
 
-    def test_standard_streams_closed(self):
+    def test_closed_streams_do_not_stop_a_save(self):
         # The number of a closed stream must not go to a file or a connection: the program's
         # lines would be written into that.
         for closed in (">&-", "2>&-", "<&- >&- 2>&-"):
@@ -49,13 +49,13 @@ class BrokenStreams(program_case.ProgramCase):
                 self.save(program)
                 self.assert_saved(program)
 
-    def test_standard_output_full(self):
+    def test_full_output_does_not_stop_a_save(self):
         with open("/dev/full", "wb") as full:
             program = self.run_debug(stdout=full.fileno())
         self.save(program)
         self.assert_saved(program)
 
-    def test_reader_gone_from_the_start(self):
+    def test_reader_that_is_gone_does_not_stop_a_save(self):
         reader, writer = os.pipe()
         os.close(reader)
         program = self.run_debug(stdout=writer)
@@ -63,7 +63,7 @@ class BrokenStreams(program_case.ProgramCase):
         self.save(program)
         self.assert_saved(program)
 
-    def test_reader_gone_in_the_middle(self):
+    def test_reader_that_goes_in_the_middle_does_not_stop_a_save(self):
         reader, writer = os.pipe()
         program = self.run_debug(stdout=writer)
         os.close(writer)

@@ -33,7 +33,7 @@ class WifiPage(program_case.ProgramCase):
         program.show_page("Wifi")
         return program
 
-    def test_client_unchanged(self):
+    def test_client_saved_again_changes_nothing(self):
         program = self.run_on_wifi_page()
         program.button("Save And Exit")
         self.assert_ended(program, self.start
@@ -42,7 +42,7 @@ class WifiPage(program_case.ProgramCase):
         self.assert_samples_untouched()
         self.assertFalse(os.path.exists(UPDATE_RECORD))
 
-    def test_client_of_another_network(self):
+    def test_client_gets_another_network_unchecked(self):
         program = self.run_on_wifi_page()
         program.fill("SSID", "Café 7")
         program.fill("Password", "p\"a;ss")  # written without any check
@@ -54,7 +54,7 @@ class WifiPage(program_case.ProgramCase):
         self.assert_keyfile(self.keyfile, sample.replace(b"Workshop", "Café 7".encode())
                             .replace(b"correct horse 42", b'"p\\"a;ss"'))
 
-    def test_client_on_an_access_point_keyfile(self):
+    def test_client_replaces_an_access_point(self):
         self.put_access_point()
         program = self.run_on_wifi_page()
         program.pick("Client")
@@ -65,7 +65,7 @@ class WifiPage(program_case.ProgramCase):
             calls=[["finalize_wifi", "ZOR"]])
         self.assert_keyfile(self.keyfile, expected("client", ssid="ZOR", psk="secret 88"))
 
-    def test_access_point_with_a_chosen_channel(self):
+    def test_access_point_replaces_a_client(self):
         program = self.run_on_wifi_page()
         program.pick("Access Point")
         program.fill("SSID", "Halvorik AP")
@@ -83,7 +83,7 @@ class WifiPage(program_case.ProgramCase):
         self.assert_keyfile(self.keyfile, expected(
             "access-point", channel=7, psk="new_pass-1"))
 
-    def test_access_point_shown_as_stored_and_changed(self):
+    def test_access_point_is_shown_as_stored_and_changed(self):
         self.put_access_point()
         program = self.run_on_wifi_page()
         self.assertEqual(
@@ -101,7 +101,7 @@ class WifiPage(program_case.ProgramCase):
         self.assert_keyfile(self.keyfile, access_point(
             channel=11, address1="10.42.0.1/16,10.42.0.1"))
 
-    def test_disabled_removes_the_keyfile(self):
+    def test_disabled_mode_removes_the_keyfile(self):
         program = self.run_on_wifi_page()
         program.pick("Disabled")
         program.button("Save And Exit")

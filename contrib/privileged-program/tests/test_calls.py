@@ -23,7 +23,7 @@ from .device_case import (ACCESS_POINT, CLIENT, DYNAMIC, DeviceCase, NOTES, PUBL
 
 class Calls(DeviceCase):
 
-    def test_wrong_calls(self):
+    def test_wrong_calls_are_refused(self):
         self.request("unlock")
         self.save_static()
         for arguments in ((), ("",), ("Unlock",), ("--help",), ("finalize",), ("unlock", "x"),
@@ -35,7 +35,7 @@ class Calls(DeviceCase):
         self.assertEqual(read(DESK, ETHERNET), STATIC)
         self.assert_installed(DYNAMIC, CLIENT)
 
-    def test_the_longest_texts_are_those_that_the_window_reads_whole(self):
+    def test_longest_texts_are_those_that_the_window_reads_whole(self):
         # Both programs have this limit, and neither could ask the other one.
         taken = []
         for length in range(97, 103):
@@ -52,7 +52,7 @@ class Calls(DeviceCase):
         self.assertEqual(taken, [(whole, whole, whole) for whole, _, _ in taken])
         self.assertEqual([whole for whole, _, _ in (taken[0], taken[-1])], [True, False])
 
-    def test_only_sudo_from_a_user(self):
+    def test_only_sudo_from_a_user_is_heard(self):
         for user in (None, 0, "", "-1", "4294967295", "4294967296", "65534x", " 65534", "root"):
             with self.subTest(user):
                 self.refused("unlock", user=user, because="no user has asked")
@@ -61,7 +61,7 @@ class Calls(DeviceCase):
         self.refused("rollback", because="only root", wrapper=(
             "setpriv", "--reuid", str(USER), "--regid", str(USER), "--clear-groups"))
 
-    def test_a_session_is_its_users_own(self):
+    def test_session_is_its_users_own(self):
         another = {"user": USER - 1}
         for words in (("finalize_ethernet", "ethernet"), ("finalize_wifi",)):
             self.refused(*words, because="nothing was unlocked")
@@ -93,14 +93,14 @@ class Calls(DeviceCase):
         self.assertNotIn(b"EVIL", read(NOTES, "environment"))
         self.assertIn(b"PATH=/usr/bin:/bin\n", read(NOTES, "environment"))
 
-    def test_a_message_is_not_written_to_a_file_that_has_its_streams_number(self):
+    def test_message_is_not_written_to_a_file_that_has_its_streams_number(self):
         self.request("unlock")
         self.save_static()
         os.remove(UPDATE_RECORD)  # of which there is a message while the lock is open
         self.request("finalize_ethernet", "ethernet", preexec_fn=lambda: os.closerange(1, 3))
         self.assertEqual(read(RUN, "lock"), b"")
 
-    def test_a_terminal_that_goes_does_not_stop_a_request(self):
+    def test_terminal_that_goes_does_not_stop_a_request(self):
         self.request("unlock")
         with open(RUN + "/lock", "rb") as lock:
             fcntl.flock(lock, fcntl.LOCK_EX)
@@ -114,7 +114,7 @@ class Calls(DeviceCase):
         self.assertEqual(self.finish(process), (0, ""))
         self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
 
-    def test_the_log_tells_what_was_done_and_no_secret(self):
+    def test_log_tells_what_was_done_and_no_secret(self):
         with socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM) as log:
             log.bind("/dev/log")
             self.addCleanup(os.remove, "/dev/log")
@@ -146,10 +146,10 @@ class Packaging(DeviceCase):
         self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
         self.assertEqual(done.stderr, "")
 
-    def test_rule(self):
+    def test_sudo_takes_the_rule(self):
         self.check("visudo", "-c", "-f", os.path.join(EXAMPLE, "sudoers"))
 
-    def test_unit(self):
+    def test_systemd_takes_the_unit(self):
         self.check("systemd-analyze", "verify", "--man=no",
                    os.path.join(EXAMPLE, "zor-network-restore.service"))
 

@@ -41,7 +41,7 @@ class HostileFiles(DeviceCase):
         self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
         self.assertNotIn("connection reload", nmcli_calls())
 
-    def test_what_is_no_plain_file_of_the_users(self):
+    def test_what_is_no_plain_file_of_the_users_is_refused(self):
         path = f"{DESK}/{ETHERNET}"
 
         def link():
@@ -74,7 +74,7 @@ class HostileFiles(DeviceCase):
                 make()
                 self.assert_refused("finalize_ethernet", "ethernet", because=reason.strip())
 
-    def test_ethernet_settings_that_are_not_on_the_list(self):
+    def test_ethernet_settings_that_are_not_on_the_list_are_refused(self):
         replace = STATIC.replace
         cases = {
             "NUL": replace(b"id=ethernet", b"id=ether\0net"),
@@ -120,7 +120,7 @@ class HostileFiles(DeviceCase):
                 # For all else the list is enough.
                 self.assertEqual(nmcli_calls() != [], name.startswith("address"))
 
-    def test_wifi_settings_that_are_not_on_the_list(self):
+    def test_wifi_settings_that_are_not_on_the_list_are_refused(self):
         replace = ACCESS_POINT.replace
         cases = {
             "other interface": replace(b"wlan0", b"wlan1"),
@@ -140,7 +140,7 @@ class HostileFiles(DeviceCase):
                 self.put_on_desk(content, WIFI)
                 self.assert_refused("finalize_wifi", "Hotspot", because=WIFI + ": ")
 
-    def test_the_installed_uuid_may_stay(self):
+    def test_installed_uuid_may_stay(self):
         uuid = b"uuid=1b4e28ba-2fa1-11d2-883f-0016d3cca427\n"
         write(DYNAMIC.replace(b"type=", uuid + b"type="), INSTALLED, ETHERNET)
         with_uuid = STATIC.replace(b"type=", uuid + b"type=")
@@ -149,7 +149,7 @@ class HostileFiles(DeviceCase):
         self.ask("finalize_ethernet", "ethernet")
         self.assert_installed(with_uuid, CLIENT)
 
-    def test_a_file_that_changes_afterwards(self):
+    def test_file_that_changes_afterwards_is_taken_as_it_was(self):
         self.request("unlock")
         self.save_static()
         with open(f"{DESK}/{ETHERNET}", "r+b") as held:  # what a process of the user's keeps open
@@ -160,7 +160,7 @@ class HostileFiles(DeviceCase):
         self.assert_installed(STATIC, CLIENT)
         self.assert_desk(True, ethernet=STATIC, wifi=CLIENT)
 
-    def test_a_folder_that_is_held_open(self):
+    def test_folder_that_is_held_open_is_of_no_use(self):
         self.request("unlock")
         held = os.open(DESK, os.O_RDONLY)
         self.addCleanup(os.close, held)
@@ -213,7 +213,7 @@ class HostileFiles(DeviceCase):
         self.assertEqual(os.listdir(OLD_DESKS), [])
         self.assertEqual(access_of(OLD_DESKS), (0, 0, "0o700"))
 
-    def test_a_process_that_goes_on_making_folders_holds_nobody_up(self):
+    def test_process_that_goes_on_making_folders_holds_nobody_up(self):
         self.request("unlock")
         os.mkdir(os.path.join(DESK, "folder"))
         os.chown(os.path.join(DESK, "folder"), USER, USER)
@@ -227,7 +227,7 @@ class HostileFiles(DeviceCase):
         self.request("unlock", user=USER - 1)
         self.assertIsNone(busy.poll())
 
-    def test_the_names_for_what_is_moved_may_be_taken(self):
+    def test_names_for_what_is_moved_may_be_taken(self):
         self.request("unlock")
         write(b"", DESK, "moved.1")
         os.makedirs(f"{DESK}/folder/folder")  # listed before the older file
@@ -245,7 +245,7 @@ class HostileFiles(DeviceCase):
             self.assertEqual(os.listxattr(path), [])
         self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
 
-    def test_the_desk_must_be_a_folder(self):
+    def test_desk_must_be_a_folder(self):
         moved = DESK + ".moved"
         os.rename(DESK, moved)
         self.addCleanup(os.rename, moved, DESK)

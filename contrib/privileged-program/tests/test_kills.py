@@ -56,24 +56,24 @@ class Kills(DeviceCase):
         self.assertLessEqual(set(os.listdir(INSTALLED)),
                              {ETHERNET, ETHERNET + "~", WIFI, os.path.basename(NEIGHBOUR)})
 
-    def test_finalize(self):
+    def test_killed_finalize_leaves_whole_files(self):
         self.kill_everywhere(self.prepare_save, ("finalize_ethernet", "x"), self.check_whole)
 
-    def test_rollback(self):
+    def test_killed_rollback_leaves_whole_files(self):
         def check():
             self.check_whole()
             self.assertEqual(read(INSTALLED, ETHERNET), DYNAMIC)
 
         self.kill_everywhere(self.prepare_save, ("rollback",), check)
 
-    def test_unlock(self):
+    def test_killed_unlock_is_put_right_by_the_next(self):
         def check():
             self.request("unlock")
             self.assert_desk(False, ethernet=DYNAMIC, wifi=CLIENT)
 
         self.kill_everywhere(self.prepare_save, ("unlock",), check)
 
-    def test_an_installed_file_is_flushed_before_and_after_it_gets_its_name(self):
+    def test_installed_file_is_flushed_before_and_after_it_gets_its_name(self):
         self.prepare_save()
         self.request("finalize_ethernet", "x", wrapper=(
             "strace", "-qq", "-o", "/tmp/calls", "-e", "trace=fsync,renameat"))
@@ -81,7 +81,7 @@ class Kills(DeviceCase):
         self.assertEqual([call for call in calls if call in ("fsync", "renameat")],
                          ["fsync", "renameat", "fsync", "renameat"])  # the last: the record
 
-    def test_rollback_with_nothing_installed(self):
+    def test_killed_rollback_of_nothing_leaves_an_empty_desk(self):
         def prepare():
             for name in (ETHERNET, WIFI):
                 with contextlib.suppress(FileNotFoundError):
@@ -95,7 +95,7 @@ class Kills(DeviceCase):
 
         self.kill_everywhere(prepare, ("rollback",), check)
 
-    def test_removal(self):
+    def test_killed_removal_leaves_all_or_nothing(self):
         def prepare():
             write(CLIENT, INSTALLED, WIFI)
             self.request("unlock")

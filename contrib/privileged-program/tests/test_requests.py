@@ -48,7 +48,7 @@ class Requests(DeviceCase):
         self.request("rollback")
         self.assert_desk(True, ethernet=STATIC, wifi=CLIENT)
 
-    def test_a_rollback_that_comes_first_takes_nothing_away(self):
+    def test_rollback_that_comes_first_takes_nothing_away(self):
         self.request("unlock")
         self.save_static()
         self.put_on_desk(b"another page, left half done", WIFI)
@@ -62,7 +62,7 @@ class Requests(DeviceCase):
         self.request("unlock")
         self.assertEqual(os.listdir(SET_ASIDE), [], "an old save could be taken for a new one")
 
-    def test_requests_at_the_same_time(self):
+    def test_requests_at_the_same_time_agree(self):
         for count in range(10):
             ethernet, wifi = ((STATIC, ACCESS_POINT), (DYNAMIC, CLIENT))[count % 2]
             self.request("unlock")
@@ -76,7 +76,7 @@ class Requests(DeviceCase):
             self.assert_installed(ethernet, wifi)
             self.assert_desk(True, ethernet=ethernet, wifi=wifi)
 
-    def test_a_request_waits_for_the_one_before(self):
+    def test_request_waits_for_the_one_before(self):
         self.request("unlock")
         with open(RUN + "/lock", "rb") as lock:
             fcntl.flock(lock, fcntl.LOCK_EX)
@@ -115,7 +115,7 @@ class Requests(DeviceCase):
             self.request("rollback")
             self.assert_desk(True, ethernet=DYNAMIC, wifi=None)
 
-    def test_the_last_connection_can_be_removed_too(self):
+    def test_last_connection_can_be_removed_too(self):
         os.remove(os.path.join(INSTALLED, ETHERNET))
         self.request("unlock")
         os.remove(os.path.join(DESK, WIFI))
@@ -150,7 +150,7 @@ class Requests(DeviceCase):
                 if rollback_first:
                     self.assert_desk(True, ethernet=before, wifi=CLIENT)
 
-    def test_a_file_stays_when_it_cannot_be_activated(self):
+    def test_file_stays_when_it_cannot_be_activated(self):
         for trouble in ("is-deaf", "cannot-activate"):
             self.setUp()
             write(b"", NOTES, trouble)
@@ -159,7 +159,7 @@ class Requests(DeviceCase):
             self.refused("finalize_ethernet", "ethernet")
             self.assert_installed(STATIC, CLIENT)
 
-    def test_a_question_that_is_not_answered_is_given_up(self):
+    def test_question_that_is_not_answered_is_given_up(self):
         self.request("unlock")
         self.save_static()
         write(b"", NOTES, "hangs")
@@ -179,7 +179,7 @@ class Record(DeviceCase):
         self.assert_installed(STATIC, CLIENT)
         return errors
 
-    def test_a_record_that_is_not_the_users_or_not_true_is_not_handed_on(self):
+    def test_record_that_is_not_the_users_or_not_true_is_not_handed_on(self):
         def become(make):
             def change():
                 os.remove(UPDATE_RECORD)
@@ -208,7 +208,7 @@ class Record(DeviceCase):
                 self.assertIn("update record is not handed on", self.finalize(make))
                 self.assertFalse(os.path.lexists(PUBLISHED), "an older record is taken for this")
 
-    def test_a_true_record_is_handed_on(self):
+    def test_true_record_is_handed_on(self):
         self.assertEqual(self.finalize(lambda: None), "")
         self.assertEqual(read(PUBLISHED), STATIC_RECORD)
         saves = [(DYNAMIC, DYNAMIC_RECORD)]

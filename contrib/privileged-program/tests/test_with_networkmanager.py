@@ -86,7 +86,7 @@ class Device(unittest.TestCase):
 
 class Ethernet(Device):
 
-    def test_static_then_dynamic_then_static(self):
+    def test_each_save_becomes_the_network(self):
         self.save("Static IP", *FIRST)
         self.assert_static(*FIRST)
         self.save("Dynamic IP")
@@ -102,7 +102,7 @@ class Ethernet(Device):
         self.assertEqual(read(DESK, ETHERNET), before)
         self.assert_static(*SECOND)
 
-    def test_a_refused_change_of_the_mode_is_undone(self):
+    def test_refused_change_of_the_mode_is_undone(self):
         self.save("Dynamic IP")
         before = read(DESK, ETHERNET)
 
