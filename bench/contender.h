@@ -2,7 +2,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
+#include <cstdio>
+#include <cstring>
+#include <string>
 #include <vector>
 
 /**
@@ -16,21 +20,36 @@ struct Contender {
   bool (*read)(const char* path, const char* section, const char* key, char* value,
                std::size_t size);
 
-  /** Changes the value of a key that is there. NULL for a contender that only reads. */
+  /**
+   * Changes the value of a key that is there. At every moment a whole file is on the disk; a
+   * library that saves over the old one saves beside it here. NULL for a contender that only reads.
+   */
   bool (*write)(const char* path, const char* section, const char* key, const char* value);
 
-  /** What a save does after its last value. NULL when nothing is left to do. */
-  void (*finishSave)(const char* path) = nullptr;
-
-  /** Finds the first wired and the first wireless keyfile of a folder. NULL: by read(), for all. */
-  void (*discover)(const char* folder) = nullptr;
-
-  /** The longest keyfile worth waiting for. */
-  int maxLines = 1000000;
+  int maxLines = 1000000;  // of the longest keyfile that is worth waiting for
 };
 
-/** Ours first, then the two floors, then the libraries. */
-const std::vector<Contender>& allContenders();
+/** All that are linked into the program. */
+inline std::vector<Contender>& contenders() {
+  static std::vector<Contender> all;
+  return all;
+}
+
+/** Enters a contender: one object in each contender's file. */
+struct Entered {
+  explicit Entered(const Contender& contender) { contenders().push_back(contender); }
+};
 
 /** Copies text as read() does. */
-void copyValue(char* value, std::size_t size, const char* text, std::size_t length);
+inline void copyValue(char* value, std::size_t size, const char* text, std::size_t length) {
+  length = std::min(length, size - 1);
+  std::memcpy(value, text, length);
+  value[length] = '\0';
+}
+
+/** Has a function write a file under another name, and lets that take the old one's place. */
+template <typename Save>
+bool saveBeside(const char* path, const Save& save) {
+  const std::string temporary = std::string(path) + "~";
+  return save(temporary.c_str()) && std::rename(temporary.c_str(), path) == 0;
+}

@@ -3,7 +3,7 @@
 # SPDX-License-Identifier: MIT
 """Fails when an operation takes more instructions than it used to; prints TAP.
 
-usage: counts.py [--renew] COMPILER PROGRAM
+usage: counts.py [--renew] KEPT COMPILER PROGRAM
 
 Each operation has two numbers: the instructions in our own code, and all of them, with those that
 the C and C++ libraries execute for us (a seek too many, say, shows only there). Both repeat exactly
@@ -20,52 +20,42 @@ import tempfile
 
 import callgrind
 
-KEPT = os.path.join(os.path.dirname(os.path.abspath(__file__)), "instruction_counts.json")
 TOLERANCE = 0.10
 
 
 def count(program):
+    """{operation: [own, all]}, without what the environment would have the libraries do."""
     with tempfile.TemporaryDirectory(prefix="counts-") as folder:
-        # The same length of path everywhere: it is copied and compared byte by byte.
-        return {label: {"own": callgrind.within(profile, program), "all": callgrind.total(profile)}
-                for label, profile in callgrind.profiles([program, folder]) if label is not None}
-
-
-def judge(kind, now, kept):
-    """Returns what is wrong with a number, or remarkable in it, as text."""
-    if now > kept * (1 + TOLERANCE):
-        return f"{kind}: {now} instructions, {100 * now / kept - 100:.0f} % more than the {kept} kept"
-    if now < kept * (1 - TOLERANCE):
-        return f"{kind}: {now} instructions, fewer than the {kept} kept; renew them"
-    return ""
+        counts = callgrind.count([program, "once", folder], {"PATH": os.environ["PATH"]})
+    return {label.partition("\t")[0]: list(numbers) for label, numbers in counts.items() if label}
 
 
 def compare(counts, kept):
     print(f"1..{len(kept)}")
     for number, (operation, before) in enumerate(kept.items(), 1):
-        now = counts.get(operation, {"own": float("inf"), "all": float("inf")})
-        remarks = [judge(kind, now[kind], before[kind]) for kind in ("own", "all")]
-        worse = any(now[kind] > before[kind] * (1 + TOLERANCE) for kind in ("own", "all"))
-        print(f"{'not ok' if worse else 'ok'} {number} - {operation}: {now['own']} {now['all']}")
-        for remark in filter(None, remarks):
-            print(f"# {remark}")
+        now = counts.get(operation, [float("inf")] * 2)
+        changes = [new / old - 1 for new, old in zip(now, before)]
+        print(f"{'not ok' if max(changes) > TOLERANCE else 'ok'} {number} - {operation}: "
+              f"own {now[0]} ({changes[0]:+.1%}), all {now[1]} ({changes[1]:+.1%})")
+        if min(changes) < -TOLERANCE:
+            print("# fewer than the numbers kept; renew them")
 
 
-def main(arguments):
-    renew = arguments[:1] == ["--renew"]
-    compiler, program = arguments[1:] if renew else arguments
+def main(kept_file, compiler, program, renew):
     if renew:
-        with open(KEPT, "w", encoding="utf-8") as file:
-            json.dump({"compiler": compiler, "counts": count(program)}, file, indent=1)
-            file.write("\n")
+        lines = [f" {json.dumps(name)}: {json.dumps(value)}"
+                 for name, value in {"compiler": compiler, **count(program)}.items()]
+        with open(kept_file, "w", encoding="utf-8") as file:
+            file.write("{\n" + ",\n".join(lines) + "\n}\n")
         return
-    with open(KEPT, encoding="utf-8") as file:
+    with open(kept_file, encoding="utf-8") as file:
         kept = json.load(file)
-    if kept["compiler"] != compiler:
-        print(f"1..0 # SKIP the kept numbers are those of {kept['compiler']}, this is {compiler}")
+    kept_compiler = kept.pop("compiler")
+    if kept_compiler != compiler:
+        print(f"1..0 # SKIP the kept numbers are those of {kept_compiler}, this is {compiler}")
         return
-    compare(count(program), kept["counts"])
+    compare(count(program), kept)
 
 
 if __name__ == "__main__":
-    main(sys.argv[1:])
+    main(*sys.argv[-3:], renew="--renew" in sys.argv)

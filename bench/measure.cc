@@ -1,12 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 // SPDX-License-Identifier: MIT
-// Runs the work in the way of every contender; bench.py makes tables of what this prints.
-//
-//   measure check FOLDER OUTPUT           whether all contenders give right answers
-//   measure time FOLDER OUTPUT SECONDS    CPU time, so long for each kind of work
-//   measure flush FOLDER OUTPUT           seconds of saves, and of the flush that ends each
-//   measure once FOLDER OUTPUT [LINES]    each once, between marks, for tools that count; keyfiles
-//                                         up to so many lines
+// Does the work of each row in the way of every contender, on files below a folder:
+//   measure check FOLDER           fails when one gives a wrong answer
+//   measure time FOLDER SECONDS    prints nanoseconds of CPU time, so long for each row
+//   measure once FOLDER            each once, between marks, for tools that count
 //
 // Not with Google Benchmark: it takes the repetitions of its benchmarks in any order, but one after
 // the other. Here all contenders take turns within a round of a few milliseconds, so that whatever
@@ -15,23 +12,58 @@
 #include <unistd.h>
 #include <valgrind/callgrind.h>
 
-#include <algorithm>
-#include <cstdio>
+#include <array>
 #include <cstdlib>
-#include <cstring>
 #include <ctime>
-#include <string>
+#include <filesystem>
+#include <fstream>
 
-#include "base/whole_file.h"
-#include "heap.h"
-#include "work.h"
-
-// The quote clean-up's pause takes no CPU time, but half an hour of this program's.
-extern "C" int nanosleep(const timespec* /*duration*/, timespec* /*rest*/) { return 0; }
+#include "contender.h"
+#include "rows.h"
 
 namespace {
 
-FILE* output = nullptr;
+/** A contender at work on a row. */
+struct Runner {
+  const Contender* contender;
+  const Row* row;
+  std::string path;
+  std::array<char, 100> value{};
+  unsigned turns = 1;  // in a round
+  unsigned turn = 0;
+
+  void run() {
+    const std::string& wanted = row->values[turn++ % row->values.size()];
+    if (row->writes())
+      contender->write(path.c_str(), row->section.c_str(), row->key.c_str(), wanted.c_str());
+    else
+      read();
+  }
+
+  bool read() {
+    return contender->read(path.c_str(), row->section.c_str(), row->key.c_str(), value.data(),
+                           value.size());
+  }
+
+  /** Whether the file holds what the last turn read or wrote. */
+  bool isRight() { return read() && value.data() == row->values[(turn - 1) % row->values.size()]; }
+
+  std::string label() const {
+    return row->name + ", " + std::to_string(row->lines) + " lines\t" + contender->name;
+  }
+};
+
+/** Those that can do it, each with a file of its own. */
+std::vector<Runner> runnersFor(const Row& row, const std::string& folder) {
+  std::vector<Runner> runners;
+  for (const Contender& contender : contenders()) {
+    if (row.lines > contender.maxLines || (row.writes() && contender.write == nullptr)) continue;
+    const std::string path = folder + "/" + contender.name;
+    std::ofstream(path, std::ios::binary) << row.text;
+    runners.push_back({&contender, &row, path});
+  }
+  return runners;
+}
 
 double cpuSeconds() {
   timespec time{};
@@ -39,143 +71,77 @@ double cpuSeconds() {
   return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
 
-/** A contender's part in a round: a few turns in a row. */
-struct Runner {
-  const Contender* contender;
-  std::string path;
-  unsigned turns = 1;
-  unsigned turn = 0;
-
-  double secondsPerTurn(Work& work) {
-    const double start = cpuSeconds();
-    for (unsigned i = 0; i < turns; ++i) work.run(*contender, path, turn++);
-    return (cpuSeconds() - start) / turns;
-  }
-};
-
-std::vector<Runner> runnersFor(Work& work) {
-  std::vector<Runner> runners;
-  for (const Contender& contender : allContenders()) {
-    if (!work.suits(contender) || work.lines > contender.maxLines) continue;
-    runners.push_back({&contender, work.prepare(contender)});
-  }
-  return runners;
+double secondsPerTurn(Runner& runner) {
+  const double start = cpuSeconds();
+  for (unsigned i = 0; i < runner.turns; ++i) runner.run();
+  return (cpuSeconds() - start) / runner.turns;
 }
 
-void print(const Work& work, const Contender& contender, const std::string& numbers) {
-  std::fprintf(output, "%s\t%d\t%s\t%s\n", work.name.c_str(), work.lines, contender.name,
-               numbers.c_str());
-  std::fflush(output);
-}
-
-/** Prints the nanoseconds of one turn in each round, on one line. */
-void measureTime(Work& work, double budget) {
+/** Prints the nanoseconds of one turn in each round, one line for each contender. */
+void measureTime(std::vector<Runner>& runners, double budget) {
   constexpr double SLICE = 0.5e-3;
-  constexpr unsigned MAX_ROUNDS = 200;
   constexpr unsigned WARM_UP = 4;
-  std::vector<Runner> runners = runnersFor(work);
-  std::vector<std::string> numbers(runners.size());
   double round = 0;
   for (Runner& runner : runners) {
-    double seconds = runner.secondsPerTurn(work);
+    double seconds = secondsPerTurn(runner);
     if (seconds < budget / 100) {
       runner.turns = WARM_UP;
-      seconds = runner.secondsPerTurn(work);
+      seconds = secondsPerTurn(runner);
       // An even number: both values of a write take part alike.
       runner.turns = 2 * static_cast<unsigned>(std::clamp(SLICE / seconds / 2, 1.0, 1000.0));
     }
     round += seconds * runner.turns;
   }
-  const auto rounds = static_cast<unsigned>(std::clamp(budget / round, 3.0, double{MAX_ROUNDS}));
+  const auto rounds = static_cast<unsigned>(std::clamp(budget / round, 3.0, 200.0));
+  std::vector<std::string> numbers(runners.size());
   for (unsigned i = 0; i < rounds; ++i) {
     for (std::size_t j = 0; j < runners.size(); ++j) {
       // Each round starts with another one, so that nobody always follows the same neighbour.
       const std::size_t next = (i + j) % runners.size();
-      const double seconds = runners[next].secondsPerTurn(work);
-      numbers[next] += std::to_string(seconds * 1e9) + " ";
+      numbers[next] += "\t" + std::to_string(secondsPerTurn(runners[next]) * 1e9);
     }
   }
-  for (std::size_t i = 0; i < runners.size(); ++i) print(work, *runners[i].contender, numbers[i]);
+  for (std::size_t i = 0; i < runners.size(); ++i)
+    std::printf("%s%s\n", runners[i].label().c_str(), numbers[i].c_str());
 }
 
-double wallSeconds() {
-  timespec time{};
-  clock_gettime(CLOCK_MONOTONIC, &time);
-  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
-}
-
-/** A save by our own functions, and the flush that ends it, several times: here the disk counts. */
-void measureFlush(Work& work) {
-  constexpr unsigned SAVES = 40;
-  for (Runner& runner : runnersFor(work)) {
-    if (std::strcmp(runner.contender->name, "ours") != 0) continue;
-    std::string numbers;
-    for (unsigned turn = 0; turn < SAVES; ++turn) {
-      const double start = wallSeconds();
-      work.run(*runner.contender, runner.path, turn);
-      const double saved = wallSeconds();
-      flushToDisk(runner.path);
-      numbers += std::to_string(saved - start) + " " + std::to_string(wallSeconds() - saved) + " ";
-    }
-    print(work, *runner.contender, numbers);
-  }
-}
-
-/** A system call that strace shows between those of the work. */
+/** A system call that strace shows before and after those of the work. */
 void mark(const std::string& what) { (void)!access(("mark:" + what).c_str(), F_OK); }
 
-void measureOnce(Work& work) {
-  for (Runner& runner : runnersFor(work)) {
-    const std::string label =
-        work.name + "\t" + std::to_string(work.lines) + "\t" + runner.contender->name;
-    // Whatever is done the first time only is done now.
-    for (int i = 0; i < 2; ++i) work.run(*runner.contender, runner.path, runner.turn++);
-
-    mark(label);
-    if (resetHeapUse != nullptr) resetHeapUse();
-    CALLGRIND_ZERO_STATS;
-    work.run(*runner.contender, runner.path, runner.turn);
-    CALLGRIND_DUMP_STATS_AT(label.c_str());
-    const HeapUse heap = heapUse != nullptr ? heapUse() : HeapUse{};
-    mark("end");
-    print(work, *runner.contender,
-          std::to_string(heap.calls) + " " + std::to_string(heap.unitCalls) + " " +
-              std::to_string(heap.peak));
-  }
+void measureOnce(Runner& runner) {
+  // Whatever is done the first time only is done now.
+  for (int i = 0; i < 2; ++i) runner.run();
+  const std::string label = runner.label();
+  mark(label);
+  CALLGRIND_ZERO_STATS;
+  runner.run();
+  CALLGRIND_DUMP_STATS_AT(label.c_str());
+  mark("end");
 }
 
-bool check(Work& work) {
-  bool right = true;
-  for (Runner& runner : runnersFor(work)) {
-    for (unsigned turn = 0; turn < 2; ++turn) {
-      work.run(*runner.contender, runner.path, turn);
-      const bool good = work.isRight(*runner.contender, runner.path, turn);
-      if (!good) print(work, *runner.contender, "wrong");
-      right = right && good;
-    }
+bool check(Runner& runner) {
+  for (int i = 0; i < 2; ++i) {
+    runner.run();
+    if (runner.isRight()) continue;
+    std::printf("wrong: %s\n", runner.label().c_str());
+    return false;
   }
-  return right;
+  return true;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc < 4) {
-    std::fprintf(stderr, "usage: measure check|time|flush|once FOLDER OUTPUT [NUMBER]\n");
-    return 2;
-  }
-  output = std::fopen(argv[3], "we");
+  if (argc < 3) return 2;
   const std::string what = argv[1];
-  const double number = argc > 4 ? std::atof(argv[4]) : 1e9;
-  // The program's own lines go nowhere, at the price of the system calls.
-  (void)!freopen("/dev/null", "w", stdout);
   bool right = true;
-  for (const auto& work : allWork(argv[2])) {
-    if (what == "check") right = check(*work) && right;
-    if (what == "time") measureTime(*work, number);
-    if (what == "flush" && work->name.rfind("save", 0) == 0) measureFlush(*work);
-    if (what == "once" && work->lines <= number) measureOnce(*work);
+  for (const Row& row : allRows()) {
+    std::vector<Runner> runners = runnersFor(row, argv[2]);
+    if (what == "time") measureTime(runners, std::atof(argv[3]));
+    for (Runner& runner : runners) {
+      if (what == "once") measureOnce(runner);
+      if (what == "check") right = check(runner) && right;
+    }
   }
-  std::fclose(output);
   return right ? 0 : 1;
 }

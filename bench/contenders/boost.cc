@@ -1,10 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 // SPDX-License-Identifier: MIT
-// Boost's property_tree. Saving truncates the file in place, and forgets its comments.
+// Boost's property_tree. Saving forgets the comments of the file.
 #include <boost/property_tree/ini_parser.hpp>
 #include <boost/property_tree/ptree.hpp>
 
-#include "contenders/contenders.h"
+#include "contender.h"
 
 namespace {
 
@@ -29,10 +29,12 @@ bool writeValue(const char* path, const char* section, const char* key, const ch
   const auto group = file.find(section);
   if (group == file.not_found()) return false;
   group->second.put(key, value);
-  write_ini(path, file);
-  return true;
+  return saveBeside(path, [&](const char* beside) {
+    write_ini(beside, file);
+    return true;
+  });
 }
 
-}  // namespace
+const Entered BOOST({"Boost", readValue, writeValue});
 
-const Contender BOOST = {"Boost", readValue, writeValue};
+}  // namespace

@@ -5,7 +5,7 @@
 
 #include <cstring>
 
-#include "contenders/contenders.h"
+#include "contender.h"
 
 namespace {
 
@@ -34,6 +34,6 @@ bool writeValue(const char* path, const char* section, const char* key, const ch
   return written;
 }
 
-}  // namespace
+const Entered GLIB({"GKeyFile", readValue, writeValue});
 
-const Contender GLIB = {"GKeyFile", readValue, writeValue};
+}  // namespace

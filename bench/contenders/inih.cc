@@ -5,7 +5,7 @@
 
 #include <cstring>
 
-#include "contenders/contenders.h"
+#include "contender.h"
 
 namespace {
 
@@ -34,6 +34,6 @@ bool readValue(const char* path, const char* section, const char* key, char* val
   return search.found;
 }
 
-}  // namespace
+const Entered INIH({"inih", readValue, nullptr});
 
-const Contender INIH = {"inih", readValue, nullptr};
+}  // namespace

@@ -1,12 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 // SPDX-License-Identifier: MIT
-// iniparser. Saving truncates the file in place, and forgets its comments.
+// iniparser. Saving forgets the comments of the file.
 #include <iniparser.h>
 
 #include <cstdio>
 #include <cstring>
 
-#include "contenders/contenders.h"
+#include "contender.h"
 
 namespace {
 
@@ -29,13 +29,16 @@ bool readValue(const char* path, const char* section, const char* key, char* val
 bool writeValue(const char* path, const char* section, const char* key, const char* value) {
   dictionary* file = iniparser_load(path);
   iniparser_set(file, Entry(section, key).text, value);
-  FILE* target = std::fopen(path, "w");
-  iniparser_dump_ini(file, target);
+  const bool saved = saveBeside(path, [&](const char* beside) {
+    FILE* target = std::fopen(beside, "w");
+    iniparser_dump_ini(file, target);
+    return std::fclose(target) == 0;
+  });
   iniparser_freedict(file);
-  return std::fclose(target) == 0;
+  return saved;
 }
 
-}  // namespace
-
 // Every key that is loaded is compared with all those before it: 100 000 lines take ten seconds.
-const Contender INIPARSER = {"iniparser", readValue, writeValue, nullptr, nullptr, 10000};
+const Entered INIPARSER({"iniparser", readValue, writeValue, 10000});
+
+}  // namespace

@@ -1,9 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 // SPDX-License-Identifier: MIT
-#include "app/NetworkManagerConfig.h"
-#include "contenders/contenders.h"
+#include "contender.h"
 #include "ini/ini.h"
-#include "settings/keyfile.h"
 
 namespace {
 
@@ -16,13 +14,6 @@ bool writeValue(const char* path, const char* section, const char* key, const ch
   return ini_puts(section, key, value, path) != 0;
 }
 
-void finishSave(const char* path) { removeKeyfileValueQuotes(path); }
-
-/** The folder is the one that the environment names; see discoveryFolder(). */
-void discover(const char* /*folder*/) {
-  NetworkManagerConfig::getInstance().refreshConnectionPaths();
-}
+const Entered OURS({"ours", readValue, writeValue});
 
 }  // namespace
-
-const Contender OURS = {"ours", readValue, writeValue, finishSave, discover};

@@ -8,7 +8,7 @@
 #include <QString>
 #include <QVariant>
 
-#include "contenders/contenders.h"
+#include "contender.h"
 
 namespace {
 
@@ -47,6 +47,6 @@ bool writeValue(const char* path, const char* section, const char* key, const ch
   return settings.status() == QSettings::NoError;
 }
 
-}  // namespace
+const Entered QT({"QSettings", readValue, writeValue});
 
-const Contender QT = {"QSettings", readValue, writeValue};
+}  // namespace

@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: MIT
 // The floor: the system calls that the work cannot do without, one search in memory, and no rule of
 // the grammar. It is right only for the plain files of this benchmark.
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/uio.h>
 #include <unistd.h>
@@ -11,7 +10,7 @@
 #include <cstring>
 #include <string_view>
 
-#include "contenders/contenders.h"
+#include "contender.h"
 
 namespace {
 
@@ -85,30 +84,6 @@ bool writeValue(const char* path, const char* section, const char* key, const ch
   return patched || old == value || replaceFile(path, text, old, value);
 }
 
-/** The quote clean-up reads a file and writes it once more. */
-void finishSave(const char* path) {
-  const int descriptor = open(path, O_RDWR | O_CLOEXEC);
-  const std::string_view text = readAll(descriptor);
-  if (pwrite(descriptor, text.data(), text.size(), 0) < 0) std::perror(path);
-  close(descriptor);
-}
-
-/** One pass over the folder, each file read once. */
-void discover(const char* folder) {
-  DIR* entries = opendir(folder);
-  bool wired = false;
-  bool wireless = false;
-  while (const dirent* entry = readdir(entries)) {
-    if (entry->d_type != DT_REG || (wired && wireless)) continue;
-    const int descriptor = openat(dirfd(entries), entry->d_name, O_RDONLY | O_CLOEXEC);
-    const std::string_view type = findValue(readAll(descriptor), "connection", "type");
-    close(descriptor);
-    wired |= type == "ethernet";
-    wireless |= type == "wifi";
-  }
-  closedir(entries);
-}
+const Entered RAW({"raw", readValue, writeValue});
 
 }  // namespace
-
-const Contender RAW = {"raw", readValue, writeValue, finishSave, discover};

@@ -1,13 +1,13 @@
 // SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 // SPDX-License-Identifier: MIT
-// SimpleIni. Saving truncates the file in place: a full disk or a kill loses it.
+// SimpleIni.
 // For the header; the class for bytes converts nothing in any case.
 #define SI_NO_CONVERSION
 #include <SimpleIni.h>
 
 #include <cstring>
 
-#include "contenders/contenders.h"
+#include "contender.h"
 
 namespace {
 
@@ -25,9 +25,10 @@ bool writeValue(const char* path, const char* section, const char* key, const ch
   file.SetSpaces(false);
   file.LoadFile(path);
   file.SetValue(section, key, value);
-  return file.SaveFile(path, false) == SI_OK;
+  return saveBeside(path,
+                    [&](const char* beside) { return file.SaveFile(beside, false) == SI_OK; });
 }
 
-}  // namespace
+const Entered SIMPLEINI({"SimpleIni", readValue, writeValue});
 
-const Contender SIMPLEINI = {"SimpleIni", readValue, writeValue};
+}  // namespace

@@ -8,7 +8,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "contenders/contenders.h"
+#include "contender.h"
 
 namespace {
 
@@ -107,6 +107,6 @@ bool writeValue(const char* path, const char* section, const char* key, const ch
                                                       : replaceFile(path, place, line);
 }
 
-}  // namespace
+const Entered STDIO({"stdio", readValue, writeValue});
 
-const Contender STDIO = {"stdio", readValue, writeValue};
+}  // namespace
