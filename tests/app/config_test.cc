@@ -191,18 +191,6 @@ TEST_F(DebugDirectory, WorkingDirectoryMayBeGone) {
             }));
 }
 
-TEST_F(DebugDirectory, MissingEverywhereIsReportedByTheListing) {
-  EXPECT_EQ(0, inChild([&] {
-              std::filesystem::current_path(working);
-              const std::string path = working + "/Ethernet_Test_Connections";
-              EXPECT_EQ(printedBy([&] { config.initialize(NetworkManagerConfig::DEBUG); }),
-                        "NetworkManagerDirectoryPath: " + path +
-                            "\nNo Ethernet Connection Exists\nEthernet Connection Path: \n"
-                            "No Wifi Connection Exists\nWifi Connection Path: \n" +
-                            listingError(path));
-            }));
-}
-
 // ---- Listing
 
 TEST_F(Config, ListHoldsRegularFilesOfAnyName) {
