@@ -355,25 +355,20 @@ TEST_F(WifiPage, GridPrintsTheKeyfileAndNothingElse) {
 }
 
 TEST_F(WifiPage, AccessPointsPartFollowsTheModeFromTheStart) {
-  for (const std::string mode : {"ap", "infrastructure", "disabled", "mesh"}) {
-    wifiKeyfile("[wifi]\nmode=" + mode + "\n");
+  for (const std::string stored : {"ap", "infrastructure", "disabled", "mesh"}) {
+    wifiKeyfile("[wifi]\nmode=" + stored + "\n");
     WifiGrid grid(config);
-    const auto& note = labelled<Gtk::Label>(grid, "Below info is only for access points");
-    const auto& dhcpBox = widgetOf<DHCPBox>(grid);
     const auto expectAccessPoint = [&](bool shown) {
-      EXPECT_EQ(grid.getAPCredentials().get_visible(), shown) << mode;
-      EXPECT_EQ(note.get_visible(), shown) << mode;
-      EXPECT_FALSE(dhcpBox.get_visible()) << mode;
+      EXPECT_EQ(grid.getAPCredentials().get_visible(), shown) << stored;
+      EXPECT_EQ(labelled<Gtk::Label>(grid, "Below info is only for access points").get_visible(),
+                shown);
+      EXPECT_FALSE(widgetOf<DHCPBox>(grid).get_visible());
     };
-    expectAccessPoint(mode == "ap");
-    grid.getModeBox().getAccessPointButton().set_active(true);
-    expectAccessPoint(true);
-    grid.getModeBox().getDisabledButton().set_active(true);
-    expectAccessPoint(false);
-    grid.getModeBox().getAccessPointButton().set_active(true);
-    expectAccessPoint(true);
-    grid.getModeBox().getClientButton().set_active(true);
-    expectAccessPoint(false);
+    expectAccessPoint(stored == "ap");
+    for (const std::string mode : {"Access Point", "Disabled", "Access Point", "Client"}) {
+      labelled<Gtk::CheckButton>(grid, mode).set_active(true);
+      expectAccessPoint(mode == "Access Point");
+    }
   }
 }
 

@@ -6,51 +6,6 @@ namespace {
 
 class Construction : public WindowTest {};
 
-// ---- Printed lines
-
-TEST_F(Construction, PrintsEachStepForAStaticAddressAndAnAccessPoint) {
-  writeBytes(directory.file("a"), STATIC_KEYFILE);
-  writeBytes(directory.file("b"), AP_KEYFILE);
-  EXPECT_EQ(open(), lines({
-                        "Ethernet Path: " + directory.file("a"),
-                        "Ethernet button has changed",
-                        "Wifi Path: " + directory.file("b"),
-                        "Current Page: 0",
-                        "setSelectedEthernetMode called. Retrieved mode: manual",
-                        "ETHERNET_STATIC_MODE constant: manual",
-                        "Ethernet mode set to static (manual).",
-                        "Ethernet button has changed",
-                        "Current Page: 0",
-                        "Ethernet static (manual)",
-                        "populateEthernetSettingsFromFile called with mode: manual",
-                        "ETHERNET_STATIC_MODE constant: manual",
-                        "Ethernet mode matches static.",
-                        "Read fullEthernetAddress: 192.168.1.10/24,192.168.1.1",
-                        "Populated Ethernet settings successfully.",
-                    }));
-}
-
-TEST_F(Construction, PrintsTheUnknownModeAndTheUnreadableAccessPointAddress) {
-  writeBytes(directory.file("a"), "[connection]\ntype=ethernet\n[ipv4]\nmethod=link-local\n");
-  writeBytes(directory.file("b"), "[connection]\ntype=wifi\n[wifi]\nmode=ap\n");
-  EXPECT_EQ(open(), lines({
-                        "Ethernet Path: " + directory.file("a"),
-                        "Ethernet button has changed",
-                        "Wifi Path: " + directory.file("b"),
-                        "Current Page: 0",
-                        "setSelectedEthernetMode called. Retrieved mode: link-local",
-                        "ETHERNET_STATIC_MODE constant: manual",
-                        "Ethernet button has changed",
-                        "Current Page: 0",
-                        "Ethernet dynamic (auto)",
-                        "populateEthernetSettingsFromFile called with mode: auto",
-                        "ETHERNET_STATIC_MODE constant: manual",
-                        "Ethernet mode is dynamic; no manual settings to populate.",
-                        "! Invalid Format",
-                        "! Unrecognized Ethernet mode 'link-local'; defaulting to dynamic (auto).",
-                    }));
-}
-
 TEST_F(Construction, PrintsNothingWhenTheWindowGoes) {
   for (const int page : {ETHERNET, WIFI}) {
     open(STATIC_KEYFILE, AP_KEYFILE, page);

@@ -148,15 +148,6 @@ TEST_F(SaveEthernet, InvalidEntriesAfterAModeChangeLeaveTheDefaultFile) {
   expectNotSaved();
 }
 
-TEST_F(SaveEthernet, ModeOfTheOtherPageIsRefused) {
-  open(STATIC_KEYFILE, "", ETHERNET);
-  choose("Client");
-  EXPECT_EQ(save(), "! Unexpected Ethernet mode: infrastructure\n");
-  EXPECT_EQ(readBytes(ethernetFile()), STATIC_KEYFILE);
-  EXPECT_FALSE(exists(UpdateRecordLock::PATH));
-  expectNotSaved();
-}
-
 // ---- Ethernet, when files cannot be written
 
 TEST_F(SaveEthernet, MissingDirectoryGivesARequestWithoutAnId) {
@@ -388,14 +379,6 @@ TEST_F(SaveWifi, DisabledWithoutAKeyfileAsksAllTheSame) {
   expectSaved("[finalize_wifi]");
 }
 
-TEST_F(SaveWifi, ModeOfTheOtherPageIsRefused) {
-  open("", AP_KEYFILE, WIFI);
-  choose("Static IP");
-  EXPECT_EQ(save(), "! Unexpected Wi-Fi mode: manual\n");
-  EXPECT_EQ(readBytes(wifiFile()), AP_KEYFILE);
-  expectNotSaved();
-}
-
 TEST_F(SaveWifi, MissingDirectoryGivesARequestWithoutAnId) {
   open("", CLIENT_KEYFILE, WIFI);
   std::filesystem::remove_all(directory.path);
@@ -418,22 +401,35 @@ TEST_F(SaveWifi, FifoInTheDefaultFilesPlaceDoesNotStopIt) {
 
 // ---- Only the page in front
 
-TEST_F(SaveWifi, LeavesTheEthernetKeyfileAlone) {
+TEST_F(Save, LeavesTheKeyfileOfTheOtherPageAlone) {
+  const UpdateRecordLock lock;
   open(STATIC_KEYFILE, CLIENT_KEYFILE, ETHERNET);
   choose("Dynamic IP");
   showPage(WIFI);
   save();
   EXPECT_EQ(readBytes(ethernetFile()), STATIC_KEYFILE);
   expectSaved("[finalize_wifi][ZOR]");
-}
 
-TEST_F(SaveEthernet, LeavesTheWifiKeyfileAlone) {
   open(STATIC_KEYFILE, CLIENT_KEYFILE, WIFI);
   choose("Access Point");
   showPage(ETHERNET);
   save();
   EXPECT_EQ(readBytes(wifiFile()), CLIENT_KEYFILE);
   expectSaved("[finalize_ethernet][ethernet]");
+}
+
+TEST_F(Save, RefusesAModeOfTheOtherPage) {
+  const UpdateRecordLock lock;
+  for (const int page : {ETHERNET, WIFI}) {
+    open(STATIC_KEYFILE, AP_KEYFILE, page);
+    choose(page == ETHERNET ? "Disabled" : "Dynamic IP");
+    EXPECT_EQ(save(), page == ETHERNET ? "! Unexpected Ethernet mode: disabled\n"
+                                       : "! Unexpected Wi-Fi mode: auto\n");
+    EXPECT_EQ(readBytes(ethernetFile()), STATIC_KEYFILE);
+    EXPECT_EQ(readBytes(wifiFile()), AP_KEYFILE);
+    EXPECT_FALSE(exists(UpdateRecordLock::PATH));
+    expectNotSaved();
+  }
 }
 
 TEST_F(Save, DoesNothingOnAnyOtherPage) {

@@ -102,18 +102,6 @@ TEST_F(Validation, PrintsEachEthernetText) {
                 checked("8.8.8.8", "Valid"));
 }
 
-TEST_F(Validation, PrintsAValidEthernetForm) {
-  open(STATIC_KEYFILE, "", ETHERNET);
-  ethernetEntry("DNS Server").set_text("");
-  EXPECT_EQ(printedBy([this] { window->validateEthernetValues(); }),
-            lines({"Ethernet IP Address being validated: 192.168.1.10",
-                   "Ethernet Subnet Mask being validated: 255.255.255.0",
-                   "Ethernet Gateway being validated: 192.168.1.1",
-                   "Ethernet DNS Server being validated: "}) +
-                checked("192.168.1.10", "Valid") + checked("192.168.1.1", "Valid") +
-                "Valid Ethernet IP, Subnet, Gateway, and Subnet Mask\n");
-}
-
 TEST_F(Validation, PrintsEachWifiTextAndAValidForm) {
   open("", AP_KEYFILE, WIFI);
   const std::string texts = lines(
@@ -198,22 +186,6 @@ TEST_F(Dialog, HidesOnAnyResponseAndLeavesTheWindowAsItWas) {
     EXPECT_TRUE(window->get_visible());
     EXPECT_EQ(ethernetTexts(), (std::vector<std::string>{"typed", "", "", ""}));
   }
-}
-
-TEST_F(Dialog, HidesWhenItIsClosed) {
-  open(STATIC_KEYFILE, "", ETHERNET);
-  Gtk::MessageDialog& dialog = failEthernet();
-  dialog.close();
-  EXPECT_TRUE(eventually([&] { return !dialog.get_visible(); }));
-  EXPECT_EQ(dialogs(), std::vector{&dialog}) << "it is kept";
-  EXPECT_TRUE(window->get_visible());
-}
-
-TEST_F(Dialog, HidesOnItsButton) {
-  open(STATIC_KEYFILE, "", ETHERNET);
-  Gtk::MessageDialog& dialog = failEthernet();
-  click(*dialog.get_widget_for_response(Gtk::ResponseType::OK));
-  EXPECT_FALSE(dialog.get_visible());
 }
 
 TEST_F(Dialog, OfTheSameKindIsReplacedOldOneFirst) {

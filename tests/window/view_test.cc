@@ -222,19 +222,4 @@ TEST_F(View, AThirdPageIsOnlyRemembered) {
   notebook().remove_page(third);
 }
 
-TEST_F(View, TheWindowOnTheScreenHasTheSizeOfTheMode) {
-  open(DYNAMIC_KEYFILE, AP_KEYFILE, ETHERNET);
-  const auto becomes = [this](int width, int height) {
-    return eventually(
-        [=, this] { return window->get_width() == width && window->get_height() == height; });
-  };
-  EXPECT_TRUE(becomes(525, 425));
-  choose("Static IP");
-  EXPECT_TRUE(becomes(525, 475));
-  showPage(WIFI);
-  EXPECT_TRUE(becomes(525, 500));
-  choose("Disabled");
-  EXPECT_TRUE(becomes(525, 425));
-}
-
 }  // namespace
