@@ -9,9 +9,10 @@ import subprocess
 
 from tests.program import transcripts as said
 from tests.support import program_case
-from tests.support.desktop import bound_to_us, wait_until
+from tests.support.desktop import bound_to_us
 from tests.support.files import UPDATE_RECORD, expected, read, source
 from tests.support.isolation import SYSTEM_CONNECTIONS
+from tests.support.limit import wait_until
 
 UNLOCK, ROLLBACK = ["unlock"], ["rollback"]
 WINDOW_IS_BUILT = "no manual settings to populate.\n"

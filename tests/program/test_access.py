@@ -4,8 +4,9 @@
 import re
 
 from tests.support import program_case
-from tests.support.desktop import Desktop, wait_until
+from tests.support.desktop import Desktop
 from tests.support.files import expected
+from tests.support.limit import wait_until
 
 STATIC = expected("ethernet-static", dns="8.8.8.8")
 ACCESS_POINT = expected("access-point", ssid="ZOR", psk="secret 88",

@@ -7,9 +7,9 @@ import signal
 
 from tests.program import transcripts as said
 from tests.support import program_case
-from tests.support.desktop import wait_until
 from tests.support.files import UPDATE_RECORD, read
 from tests.support.isolation import SYSTEM_CONNECTIONS
+from tests.support.limit import wait_until
 from tests.support.recorder import NAME
 
 PRODUCTION_START = said.start(SYSTEM_CONNECTIONS, said.PRODUCTION)

@@ -5,8 +5,8 @@ import os
 
 from tests.program import transcripts as said
 from tests.support import program_case
-from tests.support.desktop import wait_until
 from tests.support.files import UPDATE_RECORD, expected, read
+from tests.support.limit import wait_until
 
 ODD_TEXT = "naïve €ß→😀"
 

@@ -52,43 +52,43 @@ class Node:
 class Reader:
     """Asks a program for its accessible objects. Throws GLib.Error if one goes meanwhile."""
 
-    def __init__(self, desktop):
-        self.desktop = desktop
+    def __init__(self, bus):
+        self._bus = bus
         self._fixed = {}  # what never changes of an object: role and interfaces
 
     def _below(self, reference):
         """The references of an accessible object and of all below it, each with its children's."""
         found, level = {}, [reference]
         while level:
-            answers = self.desktop.ask(level, _ACCESSIBLE, "GetChildren")
+            answers = self._bus.ask(level, _ACCESSIBLE, "GetChildren")
             found.update(zip(level, (children for (children,) in answers)))
             level = [child for parent in level for child in found[parent]]
         return found
 
     def _states(self, references):
-        for (bits,) in self.desktop.ask(references, _ACCESSIBLE, "GetState"):
+        for (bits,) in self._bus.ask(references, _ACCESSIBLE, "GetState"):
             yield {name for bit, name in _STATES.items()
                    if bits and bits[bit // 32] >> bit % 32 & 1}
 
     def _names(self, references):
         """Name and description."""
-        for (known,) in self.desktop.ask(references, "org.freedesktop.DBus.Properties", "GetAll",
-                                         GLib.Variant("(s)", (_ACCESSIBLE,))):
+        for (known,) in self._bus.ask(references, "org.freedesktop.DBus.Properties", "GetAll",
+                                      GLib.Variant("(s)", (_ACCESSIBLE,))):
             yield known["Name"], known["Description"]
 
     def _fix(self, references):
         """Gets to know what never changes."""
         new = [reference for reference in references if reference not in self._fixed]
         for reference, (role,), (interfaces,) in zip(
-                new, self.desktop.ask(new, _ACCESSIBLE, "GetRoleName"),
-                self.desktop.ask(new, _ACCESSIBLE, "GetInterfaces")):
+                new, self._bus.ask(new, _ACCESSIBLE, "GetRoleName"),
+                self._bus.ask(new, _ACCESSIBLE, "GetInterfaces")):
             self._fixed[reference] = role, {name.rpartition(".")[2] for name in interfaces}
 
     def _ask_those_with(self, interface, references, method, *arguments):
         """Asks the objects that have an interface."""
         able = [reference for reference in references if interface in self._fixed[reference][1]]
-        return dict(zip(able, self.desktop.ask(able, "org.a11y.atspi." + interface, method,
-                                               GLib.Variant(*arguments))))
+        return dict(zip(able, self._bus.ask(able, "org.a11y.atspi." + interface, method,
+                                            GLib.Variant(*arguments))))
 
     def tree(self, root):
         """The node of an object, with all below it that shows."""
@@ -122,7 +122,7 @@ class Reader:
 
     def focused(self, root):
         """Role and name of what has the focus below an object, or None."""
-        ((windows,),) = self.desktop.ask([root], _ACCESSIBLE, "GetChildren")
+        ((windows,),) = self._bus.ask([root], _ACCESSIBLE, "GetChildren")
         for window in reversed(windows):
             references = list(self._below(window))
             found = [reference for reference, states in zip(references, self._states(references))

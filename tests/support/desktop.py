@@ -11,52 +11,21 @@ import subprocess
 import tempfile
 import time
 
-import gi
 from Xlib import X, XK, display
 from Xlib.ext import xtest
 from Xlib.protocol import event
 
-gi.require_version("Gio", "2.0")
-from gi.repository import Gio, GLib
+from tests.support import bus
+from tests.support.limit import LIMIT
 
-LIMIT = 20 * float(os.environ.get("MESON_TEST_TIMEOUT_MULTIPLIER", "1"))
 SCREEN = (1024, 768)
-
-# Only accessibility is started on demand: a desk's other services would meddle and chat.
-_BUS_CONFIG = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
- "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
-<busconfig>
-  <type>session</type>
-  <listen>unix:dir={folder}</listen>
-  <servicedir>{folder}/services</servicedir>
-  <policy context="default">
-    <allow send_destination="*" eavesdrop="true"/>
-    <allow eavesdrop="true"/>
-    <allow own="*"/>
-  </policy>
-</busconfig>
-"""
-_ACCESSIBILITY_SERVICE = "/usr/share/dbus-1/services/org.a11y.Bus.service"
-
 
 def missing_tools():
     """What this machine lacks for a virtual desktop, as text; empty if nothing."""
     tools = [name for name in ("Xvfb", "dbus-daemon", "setpriv") if not shutil.which(name)]
-    if not os.path.exists(_ACCESSIBILITY_SERVICE):
+    if not os.path.exists(bus.ACCESSIBILITY_SERVICE):
         tools.append("at-spi2-core")
     return ", ".join(tools)
-
-
-def wait_until(condition, what, limit=LIMIT, interval=0.01):
-    """Polls until the condition gives something true, and returns that."""
-    end = time.monotonic() + limit
-    while True:
-        value = condition()
-        if value:
-            return value
-        if time.monotonic() > end:
-            raise TimeoutError(f"waited {limit:.0f} s in vain: {what}")
-        time.sleep(interval)
 
 
 def bound_to_us(*command):
@@ -73,7 +42,6 @@ class Desktop:
         self.folder = tempfile.mkdtemp(prefix="zor-desktop-")
         self._processes = []
         self._display = None
-        self._bus = None
         self._next_client = 0
 
     def __enter__(self):
@@ -156,65 +124,13 @@ class Desktop:
         self._root.clear_area()
 
     def _start_bus(self):
-        folder = os.path.join(self.folder, "bus")
-        os.makedirs(os.path.join(folder, "services"))
-        shutil.copy(_ACCESSIBILITY_SERVICE, os.path.join(folder, "services"))
-        config = os.path.join(folder, "session.conf")
-        with open(config, "w", encoding="utf-8") as file:
-            file.write(_BUS_CONFIG.format(folder=folder))
-        process = self._start("dbus-daemon", "--nofork", "--print-address", "--config-file", config,
+        process = self._start("dbus-daemon", "--nofork", "--print-address",
+                              "--config-file", bus.configure(os.path.join(self.folder, "bus")),
                               stdout=subprocess.PIPE)
         address = self._read_announcement(process.stdout.fileno(), "the session bus")
         process.stdout.close()
         self.environment["DBUS_SESSION_BUS_ADDRESS"] = address
-        self._session = _connect(address)
-        (address,) = _call(self._session, "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus",
-                           "GetAddress")
-        self._bus = _connect(address)
-
-    def owner(self, name):
-        """The process that goes by a name on the session bus, or None."""
-        try:
-            return _call(self._session, "org.freedesktop.DBus", "/org/freedesktop/DBus",
-                         "org.freedesktop.DBus", "GetConnectionUnixProcessID",
-                         GLib.Variant("(s)", (name,)))[0]
-        except GLib.Error:
-            return None
-
-    # Accessibility: what the program shows.
-
-    def ask(self, objects, interface, method, arguments=None):
-        """Calls a method of many objects on the accessibility bus; their answers, in this order.
-
-        An object is its owner and path. All are asked at once, which takes a fraction of the time.
-        """
-        answers = {}
-        for index, (owner, path) in enumerate(objects):
-            self._bus.call(owner, path, interface, method, arguments, None,
-                           Gio.DBusCallFlags.NONE, int(LIMIT * 1000), None,
-                           lambda _, answer, index: answers.update({index: answer}), index)
-        while len(answers) < len(objects):
-            GLib.MainContext.default().iteration(True)
-        return [self._bus.call_finish(answers[index]).unpack() for index in range(len(objects))]
-
-    def application(self, pid):
-        """The owner's name and the path of a process' (or its child's) root object, or None."""
-        try:
-            ((applications,),) = self.ask(
-                [("org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root")],
-                "org.a11y.atspi.Accessible", "GetChildren")
-        except GLib.Error:
-            return None
-        for owner, path in applications:
-            try:
-                ((found,),) = self.ask([("org.freedesktop.DBus", "/org/freedesktop/DBus")],
-                                       "org.freedesktop.DBus", "GetConnectionUnixProcessID",
-                                       GLib.Variant("(s)", (owner,)))
-            except GLib.Error:
-                continue
-            if pid in (found, _parent_of(found)):
-                return owner, path
-        return None
+        self.bus = bus.Bus(address)
 
     # Windows, pointer and keyboard.
 
@@ -317,24 +233,3 @@ class Desktop:
         """The pixels of a part of the screen, four bytes each (blue, green, red, unused)."""
         x, y, width, height = box
         return self._root.get_image(x, y, width, height, X.ZPixmap, 0xffffffff).data
-
-
-def _connect(address):
-    flags = (Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT
-             | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION)
-    connection = Gio.DBusConnection.new_for_address_sync(address, flags, None, None)
-    connection.set_exit_on_close(False)
-    return connection
-
-
-def _call(connection, owner, path, interface, method, arguments=None):
-    return connection.call_sync(owner, path, interface, method, arguments, None,
-                                Gio.DBusCallFlags.NONE, int(LIMIT * 1000), None).unpack()
-
-
-def _parent_of(pid):
-    try:
-        with open(f"/proc/{pid}/stat", encoding="utf-8", errors="replace") as file:
-            return int(file.read().rpartition(")")[2].split()[1])
-    except (FileNotFoundError, ProcessLookupError):
-        return 0

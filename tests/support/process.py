@@ -7,7 +7,8 @@ import subprocess
 import threading
 import tty
 
-from tests.support.desktop import LIMIT, bound_to_us, wait_until
+from tests.support.desktop import bound_to_us
+from tests.support.limit import LIMIT, wait_until
 
 APPLICATION_ID = "org.gtkmm.example"
 
@@ -82,7 +83,7 @@ class Process:
 
     def _wait_until_gone(self):
         # The next run is taken for a second instance while this one is still known on the bus.
-        wait_until(lambda: self.desktop.owner(APPLICATION_ID) != self.process.pid,
+        wait_until(lambda: self.desktop.bus.owner(APPLICATION_ID) != self.process.pid,
                    "the bus to take notice")
 
     @property

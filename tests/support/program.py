@@ -6,7 +6,7 @@ import time
 from gi.repository import GLib
 
 from tests.support.accessible import Reader
-from tests.support.desktop import wait_until
+from tests.support.limit import wait_until
 from tests.support.png import write_png
 from tests.support.process import Process
 
@@ -23,13 +23,13 @@ class Program(Process):
         super().__init__(desktop, command, {"GDK_SCALE": str(scale), **(environment or {})},
                          **options)
         self.scale = scale
-        self._reader = Reader(desktop)
+        self._reader = Reader(desktop.bus)
 
     # Looking.
 
     def _owner(self):
         assert self.process.poll() is None, f"the program ended:\n{self.errors}"
-        return self.desktop.application(self.process.pid)
+        return self.desktop.bus.application(self.process.pid)
 
     def _take_input(self):
         """Waits until the program has a window, and has taken all input; returns its reference."""

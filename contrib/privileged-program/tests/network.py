@@ -12,7 +12,7 @@ import shutil
 import subprocess
 
 from tests.support import isolation
-from tests.support.desktop import wait_until
+from tests.support.limit import wait_until
 
 # What the DHCP server hands out.
 LEASED_NETWORK = ipaddress.ip_network("192.168.77.0/24")

@@ -12,8 +12,8 @@ import socket
 import subprocess
 import unittest
 
-from tests.support.desktop import wait_until
 from tests.support.files import UPDATE_RECORD, expected, read
+from tests.support.limit import wait_until
 
 from . import device, device_case
 from .device import DESK, EXAMPLE, ETHERNET, HANDLER, READERS, RUN, USER, WIFI, write

@@ -8,7 +8,7 @@ import struct
 import subprocess
 import sys
 
-from tests.support.desktop import wait_until
+from tests.support.limit import wait_until
 
 from . import device_case
 from .device import DESK, ETHERNET, INSTALLED, OLD_DESKS, READERS, STATE, USER, WIFI, write

@@ -4,8 +4,8 @@
 import fcntl
 import os
 
-from tests.support.desktop import wait_until
 from tests.support.files import UPDATE_RECORD, expected, read
+from tests.support.limit import wait_until
 
 from . import device_case
 from .device import DESK, ETHERNET, INSTALLED, RUN, SET_ASIDE, USER, WIFI, write

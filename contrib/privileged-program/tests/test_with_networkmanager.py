@@ -12,8 +12,9 @@ import sys
 import unittest
 
 from tests.support import tap
-from tests.support.desktop import Desktop, missing_tools, wait_until
+from tests.support.desktop import Desktop, missing_tools
 from tests.support.files import SOURCES, expected, read
+from tests.support.limit import wait_until
 from tests.support.program import Program
 
 from . import device, network
