@@ -65,7 +65,10 @@ class Stack : public testing::Test {
   char buffer[100] = "";
 
   void SetUp() override {
-    writeBytes(file, "[s]\nkey=value\nnumber=1\nlong=" + std::string(2000, '"') + "\n[t]\nk=v");
+    writeBytes(file,
+               "[s]\nkey=value\n"
+               "number=1\nlong=" +
+                   std::string(2000, '"') + "\n[t]\nk=v");
   }
 
   void expectFrugal(const std::string& what, const std::function<void()>& operation) {
