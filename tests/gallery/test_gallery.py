@@ -13,7 +13,7 @@ import unittest
 from tests.support import tap
 from tests.support.files import SOURCES
 
-IMAGES = os.path.join(SOURCES, "docs", "images")
+IMAGES = os.path.join(SOURCES, "docs", "generated", "images")
 DOCUMENTS = [*glob.glob(os.path.join(SOURCES, "*.md")),
              *glob.glob(os.path.join(SOURCES, "docs", "*.md"))]
 PROGRAM = sys.argv.pop(1)
