@@ -35,11 +35,6 @@ class ManualCase(program_case.ProgramCase):
         """The path of a file by which the scripts and the test tell each other something."""
         return os.path.join(self.folder, name)
 
-    def run_production(self, *arguments, **options):
-        """Starts the program on the samples, in the system's folder."""
-        self.use_samples(SYSTEM_CONNECTIONS)
-        return self.run_program(*arguments, **options)
-
     def assert_requests(self, *calls):
         # Streams are shared with the requests: they have ended when the program's are closed.
         self.assertCountEqual(self.recorder.calls(), list(calls))
@@ -50,7 +45,7 @@ class Requests(ManualCase):
 
     def test_script_without_an_interpreter_is_run_by_the_shell(self):
         self.replace_handler("echo $1 >> {folder}/requests\n")
-        program = self.run_production()
+        program = self.run_program()
         program.close()
         self.assertEqual(program.finish(), 0)
         self.assertEqual(read(self.mark("requests")), b"unlock\nrollback\n")
@@ -90,7 +85,7 @@ class Requests(ManualCase):
             with self.subTest(signal=number):
                 self.recorder.forget()
                 # A sanitizer would turn the fault into an exit of its own.
-                program = self.run_production(
+                program = self.run_program(
                     wrapper=["sh", "-c", 'ulimit -c 0; exec "$@"', "sh"],
                     environment={"ASAN_OPTIONS": "detect_leaks=0:handle_segv=0"})
                 program.look()
@@ -104,7 +99,7 @@ class Requests(ManualCase):
             with self.subTest(signal=name):
                 self.replace_handler("#!/bin/sh\n"
                                      f"echo $1 >> {{folder}}/{name}\nkill -{name} $PPID\n")
-                program = self.run_production(**LONGER_PAUSE)
+                program = self.run_program(**LONGER_PAUSE)
                 self.assertEqual(program.finish(), -signal.Signals["SIG" + name])
                 self.assertEqual(program.output, said.PRODUCTION)
                 self.assertEqual(read(self.mark(name)), b"unlock\n")
@@ -119,7 +114,7 @@ class Requests(ManualCase):
         os.close(writer)
         with open(reader, "rb") as announcement:
             display = announcement.readline().decode().strip()
-        program = self.run_production(environment={"DISPLAY": ":" + display, "G_DEBUG": ""})
+        program = self.run_program(environment={"DISPLAY": ":" + display, "G_DEBUG": ""})
         program.wait_for_output(WINDOW_IS_BUILT)
         server.kill()
         self.assertEqual(program.finish(), 1)
@@ -163,7 +158,7 @@ class Use(ManualCase):
     """OPTIONS, EXIT STATUS, KEYBOARD, BUGS."""
 
     def test_unknown_option_ends_with_status_1(self):
-        program = self.run_production("--version")
+        program = self.run_program("--version")
         self.assertEqual(program.finish(), 1)
         self.assertIn("Unknown option --version", program.errors)
         self.assert_requests(UNLOCK, ROLLBACK)

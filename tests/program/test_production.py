@@ -16,16 +16,11 @@ NO_FILES = said.start(SYSTEM_CONNECTIONS, said.PRODUCTION, "", "", said.dynamic_
 NO_ETHERNET_FILE = "No ethernet connection file found; defaulting mode to dynamic (auto).\n"
 
 
-class SystemConnectionsCase(program_case.ProgramCase):
-    """The sample keyfiles stand in the system's folder, which is the tests' own."""
+class ProductionMode(program_case.ProgramCase):
 
     def setUp(self):
         super().setUp()
-        self.use_samples(SYSTEM_CONNECTIONS)
         self.connections = SYSTEM_CONNECTIONS
-
-
-class ProductionMode(SystemConnectionsCase):
 
     def test_close_button_requests_rollback_once(self):
         program = self.run_program(environment={"ZOR_NETWORKMANAGER_DEBUG_PATH": self.folder})
@@ -63,7 +58,6 @@ class ProductionMode(SystemConnectionsCase):
 
     def test_missing_directory_is_reported(self):
         shutil.rmtree(SYSTEM_CONNECTIONS)
-        self.addCleanup(os.mkdir, SYSTEM_CONNECTIONS)
         program = self.run_program()
         self.assertEqual(program.page(), "Ethernet")
         program.close()
@@ -128,7 +122,7 @@ class ProductionMode(SystemConnectionsCase):
         self.assertCountEqual(self.recorder.calls(), 2 * [["unlock"], ["rollback"]])
 
 
-class Startup(SystemConnectionsCase):
+class Startup(program_case.ProgramCase):
     """The order of steps and the pause, from the outside: system calls with their times."""
 
     def time_of(self, text):

@@ -38,7 +38,7 @@ def main():
 
 
 class ProgramCase(unittest.TestCase):
-    """A test that runs the program, with the two sample keyfiles in a folder of its own."""
+    """A test that runs the program, with the two sample keyfiles in the folder of each mode."""
 
     maxDiff = None
 
@@ -48,6 +48,7 @@ class ProgramCase(unittest.TestCase):
         self.recorder = Recorder(self.folder)
         self.connections = os.path.join(self.folder, "connections")
         self.use_samples(self.connections)
+        self.use_samples(isolation.SYSTEM_CONNECTIONS)
         if os.path.lexists(UPDATE_RECORD):
             os.remove(UPDATE_RECORD)
 
