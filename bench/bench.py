@@ -1,9 +1,9 @@
 #!/usr/bin/python3
 # SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 # SPDX-License-Identifier: MIT
-"""Measures everything in one go, prints tables, and keeps the numbers.
+"""Measures everything in one go and prints tables.
 
-usage: bench.py NUMBERS MEASURE PROGRAM EMPTY_WINDOW FIRST_FRAME, on a display of its own
+usage: bench.py MEASURE PROGRAM EMPTY_WINDOW FIRST_FRAME, on a display of its own
 
 All contenders take turns within rounds of a few milliseconds, in several processes one after the
 other, since where the loader places a program matters too. A ratio is the median over the rounds of
@@ -12,7 +12,6 @@ quartiles over all rounds, or half of that between the medians of the processes 
 apart, whichever is more.
 """
 import collections
-import json
 import os
 import platform
 import re
@@ -41,7 +40,7 @@ GOALS = {"read first, 26 lines": (1.15, 3),
 
 
 def say(text):
-    print("  - " + text, flush=True)
+    print("  - " + text, file=sys.stderr, flush=True)
 
 
 def measure_time(measure, folder):
@@ -124,9 +123,9 @@ def machine():
 
 def print_table(title, rows, cell):
     contenders = list(rows[next(iter(rows))])
-    print(f"\n{title}\n\n{'':24}" + "".join(name.rjust(12) for name in contenders))
+    print(f"\n{title}\n\n{'':26}" + "".join(name.rjust(13) for name in contenders))
     for row, numbers in rows.items():
-        print(row.ljust(24) + "".join((cell(numbers[name]) if name in numbers else "-").rjust(12)
+        print(row.ljust(26) + "".join((cell(numbers[name]) if name in numbers else "-").rjust(13)
                                       for name in contenders))
 
 
@@ -158,7 +157,7 @@ def print_start(start):
               f"{numbers['own']:8} of them in its own code")
 
 
-def main(kept, measure, program, empty_window, first_frame):
+def main(measure, program, empty_window, first_frame):
     # A file system in memory: a disk's mood is no part of the comparison.
     memory = "/dev/shm" if os.access("/dev/shm", os.W_OK) else None
     with tempfile.TemporaryDirectory(prefix="bench-", dir=memory) as folder:
@@ -169,16 +168,13 @@ def main(kept, measure, program, empty_window, first_frame):
         calls = count_system_calls(measure, folder)
     say("the start of the program")
     start = measure_start(program, empty_window, first_frame)
-    with open(kept, "w", encoding="utf-8") as file:
-        json.dump({"machine": machine(), "rows": rows, "calls": calls, "start": start}, file, indent=1)
 
-    print(f"\n{machine()}")
+    print(machine())
     print_table("CPU time in microseconds, median", rows, lambda cell: f"{cell['ns'] / 1e3:.1f}")
     print_table("CPU time against the raw floor", rows, ratio_cell)
     print_table("System calls", calls, str)
     print_goals(rows, calls)
     print_start(start)
-    print(f"\nAll numbers are in {kept}.")
 
 
 if __name__ == "__main__":
