@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: MIT
 #include "ini/lines.h"
 
-#include <algorithm>
 #include <cassert>
 #include <cstring>
 
@@ -76,8 +75,7 @@ bool getkeystring(line_reader& line, const char* Section, const char* Key, int i
 }
 
 void copy_name(std::string_view name, char* Buffer, int BufferSize) {
-  const auto room = static_cast<std::size_t>(BufferSize);
-  ini_strncpy(Buffer, name.data(), std::min(name.size() + 1, room), QUOTE_NONE);
+  Buffer[name.copy(Buffer, static_cast<std::size_t>(BufferSize) - 1)] = '\0';
 }
 
 void copy_value(std::string_view value, char* Buffer, int BufferSize) {

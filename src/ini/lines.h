@@ -44,7 +44,7 @@ bool find_section(line_reader& line, int idx);
 bool getkeystring(line_reader& line, const char* Section, const char* Key, int idxKey, char* Buffer,
                   int BufferSize);
 
-/** Copies a name, cut to the buffer's size. */
+/** Copies a name, cut to the buffer's size, which is at least 1. */
 void copy_name(std::string_view name, char* Buffer, int BufferSize);
 
 /** The same for a value, without its note and quotes. */

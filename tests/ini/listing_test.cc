@@ -58,6 +58,15 @@ TEST_F(NamesByIndex, AreCutToTheBuffer) {
   EXPECT_EQ("c", std::string(&buffer[2])) << "behind the end nothing is touched";
 }
 
+TEST_F(NamesByIndex, ComeFromABlockWithoutAnEnd) {
+  writeBytes(file, "[section]\nname=" + std::string(600, 'v') + "\n");
+  char name[16];  // above what the operation has on the stack, unlike the buffer of the others
+  EXPECT_EQ(7, ini_getsection(0, name, sizeof name, file.c_str()));
+  EXPECT_STREQ("section", name);
+  EXPECT_EQ(4, ini_getkey("section", 0, name, sizeof name, file.c_str()));
+  EXPECT_STREQ("name", name);
+}
+
 TEST_F(NamesByIndex, NeedABufferAndAnIndex) {
   writeBytes(file, "[s]\nk=v\n");
   const std::string untouched = buffer;
