@@ -19,36 +19,35 @@ namespace ini {
 
 namespace {
 
-// ---- What is to be done
-
-/** The way to a file that holds a setting. */
+/** What must be done so that a file holds a setting. */
 enum class step {
-  NOTHING,  // it does already
+  NOTHING,
   CREATE,
-  PATCH,  // the key's line has the length of the new one
+  PATCH,  // the new line has the length of the old one
   REWRITE,
   FAIL,  // the file is there, but cannot be read: it must not be taken for a missing one
 };
 
-/** Finds that out; for a patch, also where the line begins. */
+/** Decides the step; for PATCH it also tells where the line begins. */
 step find_step(const setting& wanted, const char* Filename, off_t* start) {
-  line_reader line(Filename);
-  if (line.is_missing()) return wanted.deletes() ? step::NOTHING : step::CREATE;
-  if (line.failed()) return step::FAIL;
+  line_reader reader(Filename);
+  if (reader.is_missing()) return wanted.deletes() ? step::NOTHING : step::CREATE;
+  if (reader.failed()) return step::FAIL;
   if (wanted.key == NULL) return step::REWRITE;
 
   char stored[INI_BUFFERSIZE];
-  const bool found = getkeystring(line, wanted.section, wanted.key, -1, stored, sizeof stored);
-  if (line.failed()) return step::FAIL;
-  if (!found) return wanted.deletes() ? step::NOTHING : step::REWRITE;
-  if (wanted.deletes()) return step::REWRITE;
+  const bool found =
+      getkeystring(reader, wanted.section, wanted.key, BY_NAME, stored, sizeof stored);
+  if (reader.failed()) return step::FAIL;
+  if (wanted.deletes()) return found ? step::REWRITE : step::NOTHING;
+  if (!found) return step::REWRITE;
   if (std::strcmp(stored, wanted.value) == 0) return step::NOTHING;
-  *start = line.start();
+  *start = reader.start();
   const new_line replacement(wanted.key, wanted.value);
-  return replacement.bytes().size() == line.bytes().size() ? step::PATCH : step::REWRITE;
+  return replacement.bytes().size() == reader.line().size() ? step::PATCH : step::REWRITE;
 }
 
-// ---- New contents
+// ---- The new content of a file that is rewritten
 
 void put_header(writer& target, const char* Section) {
   if (is_unnamed(Section)) return;
@@ -61,65 +60,69 @@ void put_key(writer& target, const setting& wanted) {
   target.put(new_line(wanted.key, wanted.value).bytes());
 }
 
-/** Copies up to and with the section's header, or all when there is none; not one to delete. */
-bool copy_up_to_section(line_reader& line, writer& target, const setting& wanted) {
+/**
+ * Copies up to the section's header, and that too unless the section is to be deleted. Returns
+ * false when there is none; then all is copied.
+ */
+bool copy_up_to_section(line_reader& reader, writer& target, const setting& wanted) {
   if (is_unnamed(wanted.section)) return true;
-  while (line.next()) {
-    const bool found = is_section(line.bytes(), wanted.section);
-    if (!found || wanted.key != NULL) target.put(line.bytes());
+  while (reader.next()) {
+    const bool found = is_section(reader.line(), wanted.section);
+    if (!found || wanted.key != NULL) target.put(reader.line());
     if (found) return true;
   }
   return false;
 }
 
 /** Reads on to the next header, and copies that. */
-void skip_section(line_reader& line, writer& target) {
-  while (line.next() && !header_name(line.bytes())) continue;
-  target.put(line.bytes());
+void skip_section(line_reader& reader, writer& target) {
+  while (reader.next() && !header_name(reader.line())) continue;
+  target.put(reader.line());
 }
 
 /** Copies up to the key's line or the end of its section, and sets or deletes the key there. */
-void copy_with_key(line_reader& line, writer& target, const setting& wanted) {
+void copy_with_key(line_reader& reader, writer& target, const setting& wanted) {
   bool found = false;
-  while (!found && line.next() && !header_name(line.bytes())) {
-    const auto key = split(line.bytes());
+  while (!found && reader.next() && !header_name(reader.line())) {
+    const auto key = split(reader.line());
     found = key && same_name(key->name, wanted.key);
-    if (!found) target.put(line.bytes());
+    if (!found) target.put(reader.line());
   }
   if (wanted.value != NULL) {
-    const bool at_end = line.bytes().empty();
-    if (at_end && line.start() > 0 && !target.ends_in_lf()) target.put("\n");
+    const bool at_end = reader.line().empty();
+    const bool empty_file = at_end && reader.start() == 0;
+    if (at_end && !empty_file && !target.ends_in_lf()) target.put("\n");
     put_key(target, wanted);
   }
-  if (!found) target.put(line.bytes());  // the next header, if there is one
+  if (!found) target.put(reader.line());  // the next header, if there is one
 }
 
 void append_section(writer& target, const setting& wanted) {
   if (wanted.deletes()) return;
-  if (!target.ends_in_lf()) target.put("\n");  // an empty file does not end in LF either
+  if (!target.ends_in_lf()) target.put("\n");  // in an empty file, too
   put_header(target, wanted.section);
   put_key(target, wanted);
 }
 
-void copy_rest(line_reader& line, writer& target) {
-  while (line.next()) target.put(line.bytes());
+void copy_rest(line_reader& reader, writer& target) {
+  while (reader.next()) target.put(reader.line());
 }
 
 /** Copies a file with the setting in it. Returns whether all of the file could be read. */
 bool copy_changed(const char* Filename, writer& target, const setting& wanted) {
-  line_reader line(Filename);
-  if (!copy_up_to_section(line, target, wanted)) {
+  line_reader reader(Filename);
+  if (!copy_up_to_section(reader, target, wanted)) {
     append_section(target, wanted);
   } else if (wanted.key == NULL) {
-    skip_section(line, target);
+    skip_section(reader, target);
   } else {
-    copy_with_key(line, target, wanted);
+    copy_with_key(reader, target, wanted);
   }
-  copy_rest(line, target);
-  return line.is_open() && !line.failed();
+  copy_rest(reader, target);
+  return reader.is_open() && !reader.failed();
 }
 
-// ---- Ways to them
+// ---- The steps
 
 bool create(const setting& wanted, const char* Filename) {
   writer target(openPrivate(Filename, O_WRONLY | O_CREAT | O_TRUNC));

@@ -29,12 +29,11 @@ bool line_reader::next(std::size_t limit) {
   begin += length;
   bool complete = false;
   do {
-    const std::size_t size = std::min(filled - begin, limit);
-    const void* newline = std::memchr(buffer + begin, '\n', size);
-    const auto* end =
-        newline != NULL ? static_cast<const char*>(newline) + 1 : buffer + begin + size;
-    length = static_cast<std::size_t>(end - (buffer + begin));
-    complete = newline != NULL || size == limit;
+    const std::string_view seen(buffer + begin, std::min(filled - begin, limit));
+    const std::size_t newline = seen.find('\n');
+    const bool ends = newline != std::string_view::npos;
+    length = ends ? newline + 1 : seen.size();
+    complete = ends || length == limit;
   } while (!complete && fill());
   if (failed()) length = 0;
   return length > 0;

@@ -37,7 +37,7 @@ class line_reader {
   bool next(std::size_t limit = LONGEST);
 
   /** The bytes of the line with its LF, until next() is called; none behind the last line. */
-  std::string_view bytes() const { return {buffer + begin, length}; }
+  std::string_view line() const { return {buffer + begin, length}; }
 
   /** Where in the file the line begins; behind the last line, the file's size. */
   off_t start() const { return offset; }
@@ -74,7 +74,7 @@ class writer {
   /** Returns whether all that was put is in the file. False for one that was not open. */
   bool close();
 
-  /** Writes the first bytes of the block, and sets their number to 0. */
+  /** Writes the first bytes of the block, and sets their number to 0. Public for its contract. */
   void cache_flush(int* size);
 
  private:

@@ -18,24 +18,24 @@
 namespace {
 
 /**
- * Looks for something in a file, whose lines are given to it. To a caller a file that cannot be
- * read looks like one without what is looked for, and what is shown instead may be saved.
+ * Whether a search, which gets the reader of a file, finds something in it. Where reading fails the
+ * search is run once more: what a caller is given in place of a value may be saved over it.
  */
 template <typename Search>
 bool finds(const char* Filename, Search search) {
   bool found = false;
   succeedsOnRetry([&] {
-    ini::line_reader line(Filename);
-    found = line.is_open() && search(line);
-    return !line.failed();
+    ini::line_reader reader(Filename);
+    found = reader.is_open() && search(reader);
+    return !reader.failed();
   });
   return found;
 }
 
 bool read_value(const char* Section, const char* Key, char* Buffer, int BufferSize,
                 const char* Filename) {
-  return finds(Filename, [&](ini::line_reader& line) {
-    return ini::getkeystring(line, Section, Key, -1, Buffer, BufferSize);
+  return finds(Filename, [&](ini::line_reader& reader) {
+    return ini::getkeystring(reader, Section, Key, ini::BY_NAME, Buffer, BufferSize);
   });
 }
 
@@ -86,9 +86,9 @@ int ini_getbool(const char* Section, const char* Key, int DefValue, const char* 
 int ini_getsection(int idx, char* Buffer, int BufferSize, const char* Filename) {
   if (Buffer == NULL || BufferSize < 1 || idx < 0) return 0;
   *Buffer = '\0';
-  finds(Filename, [&](ini::line_reader& line) {
-    if (!ini::find_section(line, idx)) return false;
-    ini::copy_name(*ini::header_name(line.bytes()), Buffer, BufferSize);
+  finds(Filename, [&](ini::line_reader& reader) {
+    if (!ini::find_section_at(reader, idx)) return false;
+    ini::copy_name(*ini::header_name(reader.line()), Buffer, BufferSize);
     return true;
   });
   return static_cast<int>(std::strlen(Buffer));
@@ -97,14 +97,15 @@ int ini_getsection(int idx, char* Buffer, int BufferSize, const char* Filename) 
 int ini_getkey(const char* Section, int idx, char* Buffer, int BufferSize, const char* Filename) {
   if (Buffer == NULL || BufferSize < 1 || idx < 0) return 0;
   *Buffer = '\0';
-  finds(Filename, [&](ini::line_reader& line) {
-    return ini::getkeystring(line, Section, NULL, idx, Buffer, BufferSize);
+  finds(Filename, [&](ini::line_reader& reader) {
+    return ini::getkeystring(reader, Section, NULL, idx, Buffer, BufferSize);
   });
   return static_cast<int>(std::strlen(Buffer));
 }
 
 int ini_hassection(const char* Section, const char* Filename) {
-  return finds(Filename, [&](ini::line_reader& line) { return ini::find_section(line, Section); });
+  return finds(Filename,
+               [&](ini::line_reader& reader) { return ini::find_section(reader, Section); });
 }
 
 int ini_haskey(const char* Section, const char* Key, const char* Filename) {
@@ -113,16 +114,17 @@ int ini_haskey(const char* Section, const char* Key, const char* Filename) {
 }
 
 int ini_browse(ini_callback Callback, void* UserData, const char* Filename) {
-  ini::line_reader line(Filename);
-  if (!line.is_open() || Callback == NULL) return 0;
+  ini::line_reader reader(Filename);
+  if (!reader.is_open() || Callback == NULL) return 0;
   char section[INI_BUFFERSIZE] = "";
   char key[INI_BUFFERSIZE];
   char value[INI_BUFFERSIZE];
-  // The section's name and the line have one buffer's room: a long name leaves less for the line.
-  while (line.next(sizeof section - sizeof "" - sizeof "" - std::strlen(section))) {
-    if (const auto name = ini::header_name(line.bytes())) {
+  // The section's name and the line, each with its NUL, have the room of one buffer: a long name
+  // leaves less for the line.
+  while (reader.next(INI_BUFFERSIZE - (std::strlen(section) + 1) - 1)) {
+    if (const auto name = ini::header_name(reader.line())) {
       ini::copy_name(*name, section, sizeof section);
-    } else if (const auto parts = ini::split(line.bytes())) {
+    } else if (const auto parts = ini::split(reader.line())) {
       ini::copy_name(parts->name, key, sizeof key);
       ini::copy_value(parts->value, value, sizeof value);
       if (Callback(section, key, value, UserData) == 0) break;

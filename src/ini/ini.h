@@ -17,8 +17,8 @@
  * longer counts as several lines. A line ends, as text, at its first NUL byte.
  *
  * Section NULL or "" means the keys before the first header. Sizes are in bytes and include the
- * terminating NUL. A file that cannot be read is like one without sections. Broken contracts (a
- * NULL file name when writing) end the program through an assertion.
+ * terminating NUL. To the reading operations a file that cannot be read is like one without
+ * sections. Broken contracts (a NULL file name when writing) end the program through an assertion.
  */
 
 /** Size of a line buffer: one read takes at most INI_BUFFERSIZE - 1 bytes of a line. */
@@ -78,14 +78,15 @@ int ini_browse(ini_callback Callback, void* UserData, const char* Filename);
 
 /**
  * Sets a key, creating file (mode 0600) and section where they are missing. Value NULL deletes the
- * key, Key NULL the whole section; nothing else in the file changes. A value is one line: it ends
- * before its first LF, and so that the whole line fits into INI_BUFFERSIZE. A value of unchanged
- * length is patched in place; any other change goes through a temporary file beside the target,
- * which takes its place only when it is complete.
+ * key, Key NULL the whole section; other lines do not change, and the key's own is written anew,
+ * without a note. A value is one line: it ends before its first LF, and so that the whole line fits
+ * into INI_BUFFERSIZE. A line of unchanged length is patched in place; any other change goes
+ * through a temporary file beside the target, which takes its place only when it is complete.
  *
  * Returns 0 when a file could not be opened, read or written: the file is then as it was, as far as
  * the disk allows. Otherwise 1, also when there was nothing to change, and even when the complete
- * new file could not be given the old one's name: it then keeps the temporary one.
+ * new file could not take the old one's place: where that could be removed the new one keeps its
+ * temporary name, and where not it is given up.
  */
 int ini_puts(const char* Section, const char* Key, const char* Value, const char* Filename);
 

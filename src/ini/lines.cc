@@ -18,11 +18,11 @@ std::string_view as_text(std::string_view line) { return line.substr(0, line.fin
 std::optional<std::string_view> header_name(std::string_view line) {
   const char* end = line.data() + line.size();
   const char* sp = skip_leading(line.data(), end);
-  if (sp == end || *sp != '[') return {};
+  if (sp == end || *sp != '[') return {};  // most lines: only now is it worth a closer look
   const std::string_view text = as_text({sp, end});
   const auto* ep = static_cast<const char*>(memrchr(text.data(), ']', text.size()));
   if (ep == NULL) return {};
-  assert(ep != NULL && *ep == ']');  // the contract's text, though it cannot fail here
+  assert(ep != NULL && *ep == ']');  // a text of the contract: it cannot fail here
   return trimmed({sp + 1, ep});
 }
 
@@ -38,38 +38,40 @@ std::optional<key_line> split(std::string_view line) {
   if (separator == std::string_view::npos) separator = text.find(':');
   if (separator == std::string_view::npos) return {};
   const char* ep = text.data() + separator;
-  assert(*ep == '=' || *ep == ':');  // as above
+  assert(*ep == '=' || *ep == ':');  // this one neither
   return key_line{trimmed(text.substr(0, separator)), text.substr(separator + 1)};
 }
 
 bool is_unnamed(const char* Section) { return Section == NULL || *Section == '\0'; }
 
-bool find_section(line_reader& line, const char* Section) {
+bool find_section(line_reader& reader, const char* Section) {
   if (is_unnamed(Section)) return true;
-  while (line.next())
-    if (is_section(line.bytes(), Section)) return true;
+  while (reader.next())
+    if (is_section(reader.line(), Section)) return true;
   return false;
 }
 
-bool find_section(line_reader& line, int idx) {
-  while (line.next())
-    if (header_name(line.bytes()) && idx-- == 0) return true;
+bool find_section_at(line_reader& reader, int idx) {
+  while (reader.next())
+    if (header_name(reader.line()) && idx-- == 0) return true;
   return false;
 }
 
-bool getkeystring(line_reader& line, const char* Section, const char* Key, int idxKey, char* Buffer,
-                  int BufferSize) {
-  if (!find_section(line, Section)) return false;
+bool getkeystring(line_reader& reader, const char* Section, const char* Key, int idxKey,
+                  char* Buffer, int BufferSize) {
+  if (!find_section(reader, Section)) return false;
   assert(Key != NULL || idxKey >= 0);
-  while (line.next() && !header_name(line.bytes())) {
-    const auto key = split(line.bytes());
-    if (!key || (Key == NULL ? idxKey-- > 0 : !same_name(key->name, Key))) continue;
-    if (Key == NULL) {
-      copy_name(key->name, Buffer, BufferSize);
-    } else {
+  while (reader.next() && !header_name(reader.line())) {
+    const auto key = split(reader.line());
+    if (!key) continue;
+    if (Key != NULL && same_name(key->name, Key)) {
       copy_value(key->value, Buffer, BufferSize);
+      return true;
     }
-    return true;
+    if (Key == NULL && idxKey-- == 0) {
+      copy_name(key->name, Buffer, BufferSize);
+      return true;
+    }
   }
   return false;
 }
@@ -92,12 +94,12 @@ new_line::new_line(const char* Key, const char* Value) {
   copy_name({Value, std::strcspn(Value, "\n")}, first_line, sizeof first_line);
 
   constexpr std::size_t AFTER_KEY = sizeof "=\n";
-  ini_strncpy(line, Key, sizeof line - AFTER_KEY, QUOTE_NONE);
-  length = std::strlen(line);
-  line[length++] = '=';
-  ini_strncpy(line + length, first_line, sizeof line - 1 - length, check_enquote(first_line));
-  length += std::strlen(line + length);
-  line[length++] = '\n';
+  ini_strncpy(text, Key, sizeof text - AFTER_KEY, QUOTE_NONE);
+  length = std::strlen(text);
+  text[length++] = '=';
+  ini_strncpy(text + length, first_line, sizeof text - 1 - length, check_enquote(first_line));
+  length += std::strlen(text + length);
+  text[length++] = '\n';
 }
 
 }  // namespace ini

@@ -31,18 +31,21 @@ std::optional<key_line> split(std::string_view line);
 /** Whether Section means the keys before the first header. */
 bool is_unnamed(const char* Section);
 
-/** Reads on up to the header of a section; the unnamed one starts where the file does. */
-bool find_section(line_reader& line, const char* Section);
+/** Reads on up to the header of a section; for the unnamed one nothing may have been read yet. */
+bool find_section(line_reader& reader, const char* Section);
 
 /** The same for the section with an index, from 0. */
-bool find_section(line_reader& line, int idx);
+bool find_section_at(line_reader& reader, int idx);
+
+/** The index for a key that is found by its name. */
+inline constexpr int BY_NAME = -1;
 
 /**
  * Finds a key by name, copying its value, or (Key NULL, idxKey from 0) by index, copying its name.
  * On success the reader stands on the key's line.
  */
-bool getkeystring(line_reader& line, const char* Section, const char* Key, int idxKey, char* Buffer,
-                  int BufferSize);
+bool getkeystring(line_reader& reader, const char* Section, const char* Key, int idxKey,
+                  char* Buffer, int BufferSize);
 
 /** Copies a name, cut to the buffer's size, which is at least 1. */
 void copy_name(std::string_view name, char* Buffer, int BufferSize);
@@ -50,15 +53,15 @@ void copy_name(std::string_view name, char* Buffer, int BufferSize);
 /** The same for a value, without its note and quotes. */
 void copy_value(std::string_view value, char* Buffer, int BufferSize);
 
-/** The line of a key as it is written, cut to what a buffer holds, LF included. */
+/** The line of a key as it is written, LF included: what is too long for a buffer is cut. */
 class new_line {
  public:
   new_line(const char* Key, const char* Value);
-  std::string_view bytes() const { return {line, length}; }
+  std::string_view bytes() const { return {text, length}; }
 
  private:
   std::size_t length;
-  char line[INI_BUFFERSIZE];
+  char text[INI_BUFFERSIZE];
 };
 
 }  // namespace ini

@@ -46,9 +46,9 @@ int create_anew(const char* Filename) {
 bool copy(const char* Filename, const char* place) {
   writer target(create_new(place));
   if (!target.is_open()) return errno == EEXIST;  // the old file could not be removed
-  line_reader source(Filename);
-  while (source.next()) target.put(source.bytes());
-  return source.is_open() && !source.failed() && target.close();
+  line_reader reader(Filename);
+  while (reader.next()) target.put(reader.line());
+  return reader.is_open() && !reader.failed() && target.close();
 }
 
 }  // namespace

@@ -19,15 +19,15 @@ class temporary_file {
   void discard();
 
   /**
-   * Removes the old file and gives this one its name. Where it cannot be moved it is copied; it
-   * stays when that fails too.
+   * Removes the old file and gives this one its name. Where it cannot be moved it is copied, and
+   * stays when that fails too; it is given up where the old file cannot be removed.
    */
   void take_place();
 
  private:
   const char* place;    // the name of the old file
   char name[PATH_MAX];  // "" when there can be none
-  writer target;
+  writer target;        // under that name, which is made first
 };
 
 }  // namespace ini

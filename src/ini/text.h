@@ -19,13 +19,13 @@ enum quote_option {
 /** The first byte from str to end that is no whitespace, or end. */
 const char* skip_leading(const char* str, const char* end);
 
-/** The place behind the last such byte from base to str, or base. */
+/** The place behind the last byte from base to str that is no whitespace, or base. */
 const char* skip_trailing(const char* str, const char* base);
 
 /** The text without whitespace at either end. */
 std::string_view trimmed(std::string_view text);
 
-/** Names compare case-insensitively (ASCII). */
+/** Whether names are the same, as strncasecmp() has it. */
 bool same_name(std::string_view name, const char* wanted);
 
 /**
@@ -34,7 +34,7 @@ bool same_name(std::string_view name, const char* wanted);
  */
 void ini_strncpy(char* dest, const char* source, std::size_t maxlen, quote_option option);
 
-/** Whether a value must be written in quotes to be read as it is. */
+/** Whether a value is written in quotes: for a note's sign, a quote or a blank at its end. */
 quote_option check_enquote(const char* Value);
 
 /**
