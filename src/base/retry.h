@@ -5,7 +5,7 @@
 /**
  * Whether an operation succeeds, be it on a second try. What fails while a file is read or written
  * may pass (a signal, a moment without descriptors or memory), and a caller who takes it for
- * certain loses what the file holds. The one place that decides what is tried again.
+ * certain loses what the file holds. The one place that decides how often something is tried.
  */
 template <typename Operation>
 bool succeedsOnRetry(Operation operation) {

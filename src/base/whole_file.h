@@ -15,8 +15,8 @@ enum class Access {
 // What fails is tried once more (base/retry.h) before it counts as failed.
 
 /**
- * The bytes of a file, up to where it can be read at once: a FIFO is not waited for. Nothing when
- * it cannot be opened or not be read to the end.
+ * The bytes of a file. Nothing when it cannot be opened or not be read to the end. A FIFO is not
+ * waited for: it is empty while nobody writes to it.
  */
 std::optional<std::string> readFile(const std::string& path);
 
