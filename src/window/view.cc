@@ -2,8 +2,6 @@
 // SPDX-License-Identifier: MIT
 #include "window/NetworkManagerWindow.h"
 
-#include <initializer_list>
-
 #include "base/print.h"
 #include "settings/ethernet.h"
 #include "settings/wifi.h"
@@ -15,10 +13,23 @@ constexpr int BASIC_HEIGHT = 425;
 constexpr int STATIC_ETHERNET_HEIGHT = 475;
 constexpr int ACCESS_POINT_HEIGHT = 500;
 
-void setAllVisible(std::initializer_list<Gtk::Widget*> widgets, bool visible, Gtk::Widget& grid) {
-  for (Gtk::Widget* widget : widgets) widget->set_visible(visible);
-  grid.queue_allocate();
-  grid.queue_resize();
+void queueLayout(Gtk::Widget& widget) {
+  widget.queue_allocate();
+  widget.queue_resize();
+}
+
+void setPartsVisible(WifiGrid& grid, bool visible) {
+  grid.getDeviceBox().set_visible(visible);
+  grid.getCredentials().set_visible(visible);
+  grid.getModeBox().set_visible(visible);
+  queueLayout(grid);
+}
+
+void setPartsVisible(EthernetGrid& grid, bool visible) {
+  grid.getCredentialsBox().set_visible(visible);
+  grid.getDeviceBox().set_visible(visible);
+  grid.getIPModeBox().set_visible(visible);
+  queueLayout(grid);
 }
 
 }  // namespace
@@ -30,8 +41,7 @@ void NetworkManagerWindow::updateModeView(std::string_view mode) {
   } else if (currentPage == WIFI_PAGE) {
     updateWifiView(mode);
   }
-  queue_allocate();
-  queue_resize();
+  queueLayout(*this);
 }
 
 void NetworkManagerWindow::updateEthernetView(std::string_view mode) {
@@ -90,25 +100,13 @@ void NetworkManagerWindow::onSwitchPage(Gtk::Widget* /*page*/, guint pageNumber)
 }
 
 void NetworkManagerWindow::hideWifiWidgets() {
-  setAllVisible({&wifiGrid.getAPCredentials(), &wifiGrid.getDeviceBox(), &wifiGrid.getCredentials(),
-                 &wifiGrid.getModeBox()},
-                false, wifiGrid);
+  wifiGrid.getAPCredentials().set_visible(false);
+  setPartsVisible(wifiGrid, false);
 }
 
-void NetworkManagerWindow::showWifiWidgets() {
-  // Not the access point's entries: they belong to one mode only.
-  setAllVisible({&wifiGrid.getDeviceBox(), &wifiGrid.getCredentials(), &wifiGrid.getModeBox()},
-                true, wifiGrid);
-}
+// Not the access point's entries: they belong to one mode only.
+void NetworkManagerWindow::showWifiWidgets() { setPartsVisible(wifiGrid, true); }
 
-void NetworkManagerWindow::hideEthernetWidgets() {
-  setAllVisible({&ethernetGrid.getCredentialsBox(), &ethernetGrid.getDeviceBox(),
-                 &ethernetGrid.getIPModeBox()},
-                false, ethernetGrid);
-}
+void NetworkManagerWindow::hideEthernetWidgets() { setPartsVisible(ethernetGrid, false); }
 
-void NetworkManagerWindow::showEthernetWidgets() {
-  setAllVisible({&ethernetGrid.getCredentialsBox(), &ethernetGrid.getDeviceBox(),
-                 &ethernetGrid.getIPModeBox()},
-                true, ethernetGrid);
-}
+void NetworkManagerWindow::showEthernetWidgets() { setPartsVisible(ethernetGrid, true); }

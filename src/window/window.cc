@@ -39,16 +39,18 @@ NetworkManagerWindow::NetworkManagerWindow()
 }
 
 NetworkManagerWindow::~NetworkManagerWindow() {
-  // A notebook that is taken down may switch pages, and the members are going by then.
+  // A notebook may switch pages while it is taken down; what the handler needs is gone by then.
   switchPageConnection.disconnect();
 }
 
 void NetworkManagerWindow::buildLayout() {
+  // window > main box > notebook, and the row of buttons below it
   mainBox.set_margin(MARGIN);
   mainBox.set_spacing(MAIN_SPACING);
   mainBox.append(notebook);
   mainBox.append(buttonBox);
 
+  // window > main box > button box > buttons
   buttonBox.set_spacing(BUTTON_SPACING);
   buttonBox.set_halign(Gtk::Align::CENTER);
   for (Gtk::Button* button : {&saveButton, &exitButton}) {
@@ -57,6 +59,7 @@ void NetworkManagerWindow::buildLayout() {
     button->set_halign(Gtk::Align::CENTER);
   }
 
+  // window > main box > notebook > pages
   notebook.set_margin(MARGIN);
   notebook.set_expand(true);
   notebook.set_tab_pos(Gtk::PositionType::TOP);
