@@ -18,6 +18,7 @@ class IniTest : public testing::Test {
  protected:
   TemporaryDirectory directory;
   std::string file = directory.file("test.ini");
+  std::string temporary = directory.file("test.in~");  // while it is rewritten
 
   /** The value of key "k" in section "s" of a file with these bytes. */
   std::string valueIn(std::string_view bytes) {

@@ -49,6 +49,14 @@ bool isStillOld(const std::string& path) {
   return changed.tv_sec == 1000 && changed.tv_nsec == 1;
 }
 
+std::vector<std::string> namesIn(const std::string& folder) {
+  std::vector<std::string> names;
+  for (const auto& entry : std::filesystem::directory_iterator(folder))
+    names.push_back(entry.path().filename().string());
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
 void preferMemory(unsigned long long bytes) {
   const char* const memory = "/dev/shm";
   struct statvfs status {};
@@ -72,14 +80,6 @@ TemporaryDirectory::~TemporaryDirectory() {
 std::string TemporaryDirectory::makeDirectory(const std::string& name) const {
   std::filesystem::create_directories(file(name));
   return file(name);
-}
-
-std::vector<std::string> TemporaryDirectory::names() const {
-  std::vector<std::string> result;
-  for (const auto& entry : std::filesystem::directory_iterator(path))
-    result.push_back(entry.path().filename().string());
-  std::sort(result.begin(), result.end());
-  return result;
 }
 
 void TemporaryDirectory::giveToOrdinaryUser() const {

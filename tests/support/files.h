@@ -31,6 +31,9 @@ ino_t inodeOf(const std::string& path);
 void makeOld(const std::string& path);
 bool isStillOld(const std::string& path);
 
+/** The sorted names of all that is in a folder. */
+std::vector<std::string> namesIn(const std::string& folder);
+
 /** Has the folders of all tests in memory where there is so much room, which spares the disk. */
 void preferMemory(unsigned long long bytes);
 
@@ -45,8 +48,7 @@ class TemporaryDirectory {
   std::string file(const std::string& name) const { return path + "/" + name; }
   std::string makeDirectory(const std::string& name) const;
 
-  /** The sorted names of all that is in it. */
-  std::vector<std::string> names() const;
+  std::vector<std::string> names() const { return namesIn(path); }
 
   /** Lets the account that tests take on own the folder and the files in it. */
   void giveToOrdinaryUser() const;
