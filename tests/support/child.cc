@@ -13,6 +13,17 @@
 
 #include "support/files.h"
 
+namespace {
+
+/** Does nothing for who is one already. */
+void becomeOrdinaryUser() {
+  if (geteuid() != 0) return;
+  if (setgroups(0, nullptr) != 0 || setgid(ORDINARY_USER) != 0 || setuid(ORDINARY_USER) != 0)
+    throw std::runtime_error("cannot give up root's rights");
+}
+
+}  // namespace
+
 int waitForStatus(pid_t process) {
   int status = 0;
   if (waitpid(process, &status, 0) < 0) throw std::runtime_error("cannot wait for a child");
@@ -43,12 +54,6 @@ int inChild(const std::function<void()>& body) {
   }
   std::fflush(nullptr);
   _exit(testing::Test::HasFailure() ? 1 : 0);
-}
-
-void becomeOrdinaryUser() {
-  if (geteuid() != 0) return;
-  if (setgroups(0, nullptr) != 0 || setgid(ORDINARY_USER) != 0 || setuid(ORDINARY_USER) != 0)
-    throw std::runtime_error("cannot give up root's rights");
 }
 
 int asOrdinaryUser(const std::function<void()>& body) {

@@ -25,13 +25,13 @@ void waitForChildren();
  */
 int inChild(const std::function<void()>& body);
 
-/** Gives up root's rights for good. Does nothing for who has none. */
-void becomeOrdinaryUser();
-
-/** inChild(), and without root's rights. */
+/** inChild(), and without root's rights, which are given up for good. */
 int asOrdinaryUser(const std::function<void()>& body);
 
-/** While it lives, files are accessed without root's rights. Does nothing for who has none. */
+/**
+ * While it lives, files are accessed without root's rights: for what cannot go on in a child
+ * process, as a window. Does nothing for who has none.
+ */
 class Unprivileged {
  public:
   Unprivileged();
