@@ -22,6 +22,48 @@ constexpr DefaultKeyfile DEFAULT_ETHERNET_KEYFILE = {
     "\n[proxy]",
 };
 
+std::vector<KeyfileEntry> ethernetKeyfileEntries(std::string_view mode,
+                                                 const EthernetSettings& settings) {
+  if (mode != ETHERNET_STATIC_MODE && mode != ETHERNET_DYNAMIC_MODE) return {};
+  std::vector<KeyfileEntry> entries = {
+      {"connection", "id", "ethernet"},
+      {"connection", "type", "ethernet"},
+      {"connection", "autoconnect-priority", "-999"},
+      {"connection", "autoconnect", "true"},
+      {"connection", "interface-name", std::string(ETHERNET_INTERFACE)},
+      {"ipv4", "method", std::string(mode)},
+  };
+  if (mode == ETHERNET_STATIC_MODE) {
+    entries.push_back({"ipv4", "address1", settings.storedAddress});
+    entries.push_back({"ipv4", "dns", settings.dnsServer});
+  }
+  entries.push_back({"ipv6", "addr-gen-mode", "stable-privacy"});
+  entries.push_back({"ipv6", "method", "auto"});
+  return entries;
+}
+
+std::string formatEthernetAddress(std::string_view address, std::string_view mask,
+                                  std::string_view gateway) {
+  const int prefix = subnetMaskToCidrPrefix(mask);
+  if (prefix < 0) {
+    logError("Unable to create ethernet address: invalid subnet mask");
+    return {};
+  }
+  Ipv4Octets ignored{};
+  if (!parseIpv4Octets(address, ignored) || !parseIpv4Octets(gateway, ignored)) {
+    logError("Unable to create ethernet address: invalid IP, subnet, or gateway format");
+    return {};
+  }
+  return joinStoredAddress(address, prefix, gateway);
+}
+
+std::string firstDnsServer(std::string_view dns) {
+  constexpr std::string_view SEPARATORS = ";, \t\n\v\f\r";
+  const auto first = std::min(dns.find_first_not_of(SEPARATORS), dns.size());
+  dns.remove_prefix(first);
+  return std::string(dns.substr(0, dns.find_first_of(SEPARATORS)));
+}
+
 namespace {
 
 bool parseOctets(std::string_view text, EthernetUpdateRecord::Octets& octets) {
@@ -59,46 +101,4 @@ std::string EthernetUpdateRecord::toText() const {
   for (const Octets& octets : {address, subnetMask, gateway})
     std::for_each(octets.begin(), octets.end(), append);
   return text;
-}
-
-std::string firstDnsServer(std::string_view dns) {
-  constexpr std::string_view SEPARATORS = ";, \t\n\v\f\r";
-  const auto first = std::min(dns.find_first_not_of(SEPARATORS), dns.size());
-  dns.remove_prefix(first);
-  return std::string(dns.substr(0, dns.find_first_of(SEPARATORS)));
-}
-
-std::string formatEthernetAddress(std::string_view address, std::string_view mask,
-                                  std::string_view gateway) {
-  const int prefix = subnetMaskToCidrPrefix(mask);
-  if (prefix < 0) {
-    logError("Unable to create ethernet address: invalid subnet mask");
-    return {};
-  }
-  Ipv4Octets ignored{};
-  if (!parseIpv4Octets(address, ignored) || !parseIpv4Octets(gateway, ignored)) {
-    logError("Unable to create ethernet address: invalid IP, subnet, or gateway format");
-    return {};
-  }
-  return joinStoredAddress(address, prefix, gateway);
-}
-
-std::vector<KeyfileEntry> ethernetKeyfileEntries(std::string_view mode,
-                                                 const EthernetSettings& settings) {
-  if (mode != ETHERNET_STATIC_MODE && mode != ETHERNET_DYNAMIC_MODE) return {};
-  std::vector<KeyfileEntry> entries = {
-      {"connection", "id", "ethernet"},
-      {"connection", "type", "ethernet"},
-      {"connection", "autoconnect-priority", "-999"},
-      {"connection", "autoconnect", "true"},
-      {"connection", "interface-name", std::string(ETHERNET_INTERFACE)},
-      {"ipv4", "method", std::string(mode)},
-  };
-  if (mode == ETHERNET_STATIC_MODE) {
-    entries.push_back({"ipv4", "address1", settings.storedAddress});
-    entries.push_back({"ipv4", "dns", settings.dnsServer});
-  }
-  entries.push_back({"ipv6", "addr-gen-mode", "stable-privacy"});
-  entries.push_back({"ipv6", "method", "auto"});
-  return entries;
 }

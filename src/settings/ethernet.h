@@ -18,10 +18,33 @@ inline constexpr std::string_view ETHERNET_DYNAMIC_MODE = "auto";
 /** The interface that is written; another one is shown where the keyfile names it. */
 inline constexpr std::string_view ETHERNET_INTERFACE = "eth0";
 
+extern const DefaultKeyfile DEFAULT_ETHERNET_KEYFILE;
+
+/** What varies in the keyfile of the wired connection. Both are for a static address only. */
+struct EthernetSettings {
+  std::string storedAddress;  // "address/prefix,gateway"
+  std::string dnsServer;
+};
+
+/**
+ * The keyfile values of the wired connection, in the order in which they are written; none for an
+ * unknown mode. The dynamic mode leaves address1 and dns of an earlier static one as they are.
+ */
+std::vector<KeyfileEntry> ethernetKeyfileEntries(std::string_view mode,
+                                                 const EthernetSettings& settings);
+
+/**
+ * Builds the stored form of a static address, "address/prefix,gateway". The texts go in as they
+ * were entered. A bad one is reported on standard error and gives empty text.
+ */
+std::string formatEthernetAddress(std::string_view address, std::string_view mask,
+                                  std::string_view gateway);
+
+/** The first server in the value of the dns key, whatever separates the servers; or empty text. */
+std::string firstDnsServer(std::string_view dns);
+
 /** Where the update record is left for the privileged program. */
 inline constexpr std::string_view ETHERNET_UPDATE_FILE = "/tmp/ethernetUpdateSettings";
-
-extern const DefaultKeyfile DEFAULT_ETHERNET_KEYFILE;
 
 /** The numeric form of the wired settings, for the privileged program. */
 struct EthernetUpdateRecord {
@@ -44,26 +67,3 @@ struct EthernetUpdateRecord {
   /** Thirteen two-digit upper-case hexadecimal fields, each followed by a blank, on one line. */
   std::string toText() const;
 };
-
-/** The first server in the value of the dns key, whatever separates the servers; or empty text. */
-std::string firstDnsServer(std::string_view dns);
-
-/**
- * Builds the stored form of a static address, "address/prefix,gateway". The texts go in as they
- * were entered. A bad one is reported on standard error and gives empty text.
- */
-std::string formatEthernetAddress(std::string_view address, std::string_view mask,
-                                  std::string_view gateway);
-
-/** What varies in the keyfile of the wired connection. Both are for a static address only. */
-struct EthernetSettings {
-  std::string storedAddress;  // "address/prefix,gateway"
-  std::string dnsServer;
-};
-
-/**
- * The keyfile values of the wired connection, in the order in which they are written; none for an
- * unknown mode. The dynamic mode leaves address1 and dns of an earlier static one as they are.
- */
-std::vector<KeyfileEntry> ethernetKeyfileEntries(std::string_view mode,
-                                                 const EthernetSettings& settings);

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-/** The keyfile of a connection that has none, or one of another mode. */
+/** What is written where a connection has no keyfile, or one of another mode. */
 struct DefaultKeyfile {
   std::string_view fileName;
   std::string_view content;

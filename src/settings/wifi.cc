@@ -24,11 +24,6 @@ constexpr DefaultKeyfile DEFAULT_WIFI_KEYFILE = {
 
 namespace {
 
-constexpr std::size_t SHORTEST_PASSWORD = 8;
-// Spelled out: in some locales bytes above 127 are letters to isalnum().
-constexpr std::string_view PASSWORD_CHARACTERS =
-    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789 -_";
-
 std::vector<KeyfileEntry> accessPointEntries(const WifiSettings& settings) {
   return {
       {"connection", "id", "Hotspot"},
@@ -71,9 +66,10 @@ std::vector<KeyfileEntry> clientEntries(const WifiSettings& settings) {
 
 }  // namespace
 
-bool isValidWifiPassword(std::string_view password) {
-  return password.size() >= SHORTEST_PASSWORD &&
-         password.find_first_not_of(PASSWORD_CHARACTERS) == std::string_view::npos;
+std::vector<KeyfileEntry> wifiKeyfileEntries(std::string_view mode, const WifiSettings& settings) {
+  if (mode == WIFI_AP_MODE) return accessPointEntries(settings);
+  if (mode == WIFI_CLIENT_MODE) return clientEntries(settings);
+  return {};
 }
 
 std::string formatApAddress(std::string_view address, std::string_view mask) {
@@ -87,8 +83,16 @@ std::string formatApAddress(std::string_view address, std::string_view mask) {
   return joinStoredAddress(address, prefix, network + "1");
 }
 
-std::vector<KeyfileEntry> wifiKeyfileEntries(std::string_view mode, const WifiSettings& settings) {
-  if (mode == WIFI_AP_MODE) return accessPointEntries(settings);
-  if (mode == WIFI_CLIENT_MODE) return clientEntries(settings);
-  return {};
+namespace {
+
+constexpr std::size_t SHORTEST_PASSWORD = 8;
+// Spelled out: in some locales bytes above 127 are letters to isalnum().
+constexpr std::string_view PASSWORD_CHARACTERS =
+    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789 -_";
+
+}  // namespace
+
+bool isValidWifiPassword(std::string_view password) {
+  return password.size() >= SHORTEST_PASSWORD &&
+         password.find_first_not_of(PASSWORD_CHARACTERS) == std::string_view::npos;
 }

@@ -31,10 +31,10 @@ struct WifiSettings {
 };
 
 /**
- * Whether a password will do for an access point: at least 8 bytes, all of them ASCII letters,
- * digits, " ", "-" or "_".
+ * The keyfile values of the wireless connection, in the order in which they are written; none for
+ * a mode other than access point and client.
  */
-bool isValidWifiPassword(std::string_view password);
+std::vector<KeyfileEntry> wifiKeyfileEntries(std::string_view mode, const WifiSettings& settings);
 
 /**
  * Builds the stored form of an access point's address. Its gateway is the address with 1 as the
@@ -44,7 +44,7 @@ bool isValidWifiPassword(std::string_view password);
 std::string formatApAddress(std::string_view address, std::string_view mask);
 
 /**
- * The keyfile values of the wireless connection, in the order in which they are written; none for
- * a mode other than access point and client.
+ * Whether a password will do for an access point: at least 8 bytes, all of them ASCII letters,
+ * digits, " ", "-" or "_".
  */
-std::vector<KeyfileEntry> wifiKeyfileEntries(std::string_view mode, const WifiSettings& settings);
+bool isValidWifiPassword(std::string_view password);
