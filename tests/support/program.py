@@ -176,6 +176,7 @@ class Program(Process):
         self.desktop.press("BackSpace")
         self.desktop.type(text)
         wait_until(lambda: self.text(label) == text, f"{text!r} in {label!r}")
+        self.desktop.last_key = time.monotonic()  # a slow program may have taken them only now
 
     def choose_channel(self, position):
         """Opens the list of channels and takes a place of it, counted from 0."""
