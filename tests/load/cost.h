@@ -19,7 +19,7 @@
 
 #ifdef ADDRESS_SANITIZER
 inline constexpr int REDUCTION = 5;
-inline constexpr long NOISE_IN_KILOBYTES = 4096;
+inline constexpr long NOISE_IN_KILOBYTES = 8192;  // stacks for the check of returned ones
 #else
 inline constexpr int REDUCTION = 1;
 inline constexpr long NOISE_IN_KILOBYTES = 512;  // the kernel counts in portions
