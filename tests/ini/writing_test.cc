@@ -261,10 +261,10 @@ TEST_F(Writing, BlocksEndAnywhere) {
 // ---- Names of files
 
 TEST_F(Writing, TemporaryNameReplacesTheLastByte) {
-  const auto rewriteWithLeftover = [&](const std::string& name, const std::string& temporary) {
+  const auto rewriteWithLeftover = [&](const std::string& name, const std::string& leftover) {
     const TemporaryDirectory folder;
     writeBytes(folder.file(name), "[s]\nk=old\n");
-    writeBytes(folder.file(temporary), "leftover");
+    writeBytes(folder.file(leftover), "leftover");
     EXPECT_EQ(1, ini_puts("s", "k", "longer", folder.file(name).c_str())) << name;
     EXPECT_EQ(std::vector<std::string>{name}, folder.names()) << "the leftover was not used";
     EXPECT_BYTES_EQ("[s]\nk=longer\n", readBytes(folder.file(name)));
