@@ -37,25 +37,37 @@ extern "C" int __wrap_rename(const char* from, const char* to) {
 
 namespace {
 
-/** How far down an operation reaches on the stack of a thread that has room enough. */
-std::size_t depthOf(std::function<void()> operation) {
-  constexpr char UNTOUCHED = '\x5A';
-  alignas(64) static std::array<char, std::size_t{128} * 1024> stack;
+constexpr char UNTOUCHED = '\x5A';
+alignas(64) std::array<char, std::size_t{128} * 1024> stack;
+
+/** An operation, and how far down on the stack it came. */
+struct Measured {
+  std::function<void()> operation;
+  std::size_t depth = 0;
+};
+
+void* measure(void* work) {
+  auto& measured = *static_cast<Measured*>(work);
+  measured.operation();
+  // Looked at here: what a thread leaves behind on its stack is the system's to clear.
+  const auto* deepest =
+      std::find_if(stack.begin(), stack.end(), [](char c) { return c != UNTOUCHED; });
+  measured.depth = static_cast<std::size_t>(stack.end() - deepest);
+  return nullptr;
+}
+
+/** How far down an operation comes on the stack of a thread that has room enough. */
+std::size_t depthOf(const std::function<void()>& operation) {
   stack.fill(UNTOUCHED);
+  Measured measured{operation};
   pthread_attr_t attributes;
   pthread_attr_init(&attributes);
   EXPECT_EQ(0, pthread_attr_setstack(&attributes, stack.data(), stack.size()));
   pthread_t thread{};
-  const auto run = [](void* work) -> void* {
-    (*static_cast<std::function<void()>*>(work))();
-    return nullptr;
-  };
-  EXPECT_EQ(0, pthread_create(&thread, &attributes, run, &operation));
+  EXPECT_EQ(0, pthread_create(&thread, &attributes, measure, &measured));
   EXPECT_EQ(0, pthread_join(thread, nullptr));
   pthread_attr_destroy(&attributes);
-  const auto* deepest =
-      std::find_if(stack.begin(), stack.end(), [](char c) { return c != UNTOUCHED; });
-  return static_cast<std::size_t>(stack.end() - deepest);
+  return measured.depth;
 }
 
 class Stack : public testing::Test {
