@@ -13,20 +13,27 @@ namespace {
 
 std::string_view as_text(std::string_view line) { return line.substr(0, line.find('\0')); }
 
+/** What a line must be to be a header. Most are not, and no more than this is looked at of them. */
+bool begins_with_bracket(std::string_view line) {
+  const char* end = line.data() + line.size();
+  const char* sp = skip_leading(line.data(), end);
+  return sp < end && *sp == '[';
+}
+
 }  // namespace
 
 std::optional<std::string_view> header_name(std::string_view line) {
-  const char* end = line.data() + line.size();
-  const char* sp = skip_leading(line.data(), end);
-  if (sp == end || *sp != '[') return {};  // most lines: only now is it worth a closer look
-  const std::string_view text = as_text({sp, end});
-  const auto* ep = static_cast<const char*>(memrchr(text.data(), ']', text.size()));
-  if (ep == NULL) return {};
+  if (!begins_with_bracket(line)) return {};
+  const std::string_view text = trimmed(as_text(line));
+  const std::size_t closing = text.rfind(']');
+  if (closing == std::string_view::npos) return {};
+  const char* ep = text.data() + closing;
   assert(ep != NULL && *ep == ']');  // a text of the contract: it cannot fail here
-  return trimmed({sp + 1, ep});
+  return trimmed(text.substr(1, closing - 1));
 }
 
 bool is_section(std::string_view line, const char* Section) {
+  if (!begins_with_bracket(line)) return false;
   const auto name = header_name(line);
   return name && same_name(*name, Section);
 }

@@ -11,8 +11,6 @@ namespace ini {
 
 namespace {
 
-bool is_space(char byte) { return byte > 0 && byte <= ' '; }
-
 /** Whether an escaped quote begins here: a backslash or another quote before it. */
 bool is_escape(const char* p) { return (p[0] == '"' || p[0] == '\\') && p[1] == '"'; }
 
@@ -62,25 +60,6 @@ const char* end_of_value(const char* string) {
 }
 
 }  // namespace
-
-const char* skip_leading(const char* str, const char* end) {
-  assert(str != NULL);
-  while (str < end && is_space(*str)) ++str;
-  return str;
-}
-
-const char* skip_trailing(const char* str, const char* base) {
-  assert(str != NULL);
-  assert(base != NULL);
-  while (str > base && is_space(str[-1])) --str;
-  return str;
-}
-
-std::string_view trimmed(std::string_view text) {
-  const char* end = text.data() + text.size();
-  const char* begin = skip_leading(text.data(), end);
-  return {begin, skip_trailing(end, begin)};
-}
 
 bool same_name(std::string_view name, const char* wanted) {
   return name.size() == std::strlen(wanted) && strncasecmp(name.data(), wanted, name.size()) == 0;

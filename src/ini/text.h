@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cassert>
 #include <cstddef>
 #include <string_view>
 
@@ -16,14 +17,31 @@ enum quote_option {
   QUOTE_DEQUOTE,  // undo the escapes of a quoted value
 };
 
+// These are run for each line that is read: in place, since calls would cost more than they do.
+
+inline bool is_space(char byte) { return byte > 0 && byte <= ' '; }
+
 /** The first byte from str to end that is no whitespace, or end. */
-const char* skip_leading(const char* str, const char* end);
+inline const char* skip_leading(const char* str, const char* end) {
+  assert(str != NULL);
+  while (str < end && is_space(*str)) ++str;
+  return str;
+}
 
 /** The place behind the last byte from base to str that is no whitespace, or base. */
-const char* skip_trailing(const char* str, const char* base);
+inline const char* skip_trailing(const char* str, const char* base) {
+  assert(str != NULL);
+  assert(base != NULL);
+  while (str > base && is_space(str[-1])) --str;
+  return str;
+}
 
 /** The text without whitespace at either end. */
-std::string_view trimmed(std::string_view text);
+inline std::string_view trimmed(std::string_view text) {
+  const char* end = text.data() + text.size();
+  const char* begin = skip_leading(text.data(), end);
+  return {begin, skip_trailing(end, begin)};
+}
 
 /** Whether names are the same, as strncasecmp() has it. */
 bool same_name(std::string_view name, const char* wanted);
