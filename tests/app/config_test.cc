@@ -146,6 +146,18 @@ class DebugDirectory : public Config {
   std::string parent = directory.file("parent");
 };
 
+TEST_F(DebugDirectory, MissingEverywhereIsReportedByTheListing) {
+  EXPECT_EQ(0, inChild([&] {
+              std::filesystem::current_path(working);
+              const std::string path = working + "/Ethernet_Test_Connections";
+              EXPECT_EQ(printedBy([&] { config.initialize(NetworkManagerConfig::DEBUG); }),
+                        "NetworkManagerDirectoryPath: " + path +
+                            "\nNo Ethernet Connection Exists\nEthernet Connection Path: \n"
+                            "No Wifi Connection Exists\nWifi Connection Path: \n" +
+                            listingError(path));
+            }));
+}
+
 TEST_F(DebugDirectory, VariableWinsAndIsReturnedUnchanged) {
   directory.makeDirectory("parent/working/Ethernet_Test_Connections");
   std::filesystem::create_directory_symlink(parent, directory.file("link"));

@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include "app/NetworkManagerConfig.h"
 #include "support/bytes.h"
@@ -49,7 +50,10 @@ TEST_F(PermissionsHandler, GetsTheActionAndAnArgumentThatIsNotEmpty) {
   for (const auto& wanted : cases) {
     EXPECT_EQ("", request(wanted.action, wanted.argument));
     EXPECT_EQ(RECORDER_STATUS, status);
-    EXPECT_BYTES_EQ(wanted.recorded, recorder.requests());
+    const std::vector<Call> calls = recorder.calls();
+    ASSERT_EQ(1U, calls.size());
+    EXPECT_BYTES_EQ(wanted.recorded, calls[0].arguments);
+    EXPECT_TRUE(calls[0].circumstances.starts_with("zor-network-permissions-handler "));
   }
 }
 

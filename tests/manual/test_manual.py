@@ -43,6 +43,15 @@ class ManualCase(program_case.ProgramCase):
 class Requests(ManualCase):
     """ACTIONS: what is asked when, and what is not."""
 
+    def test_finished_ones_remain_as_zombies(self):
+        program = self.run_program()
+        program.look()
+        pid = program.process.pid
+        (child,) = read(f"/proc/{pid}/task/{pid}/children").split()
+        wait_until(lambda: b"\nState:\tZ" in read(f"/proc/{child.decode()}/status"), "a zombie")
+        program.close()
+        self.assertEqual(program.finish(), 0)
+
     def test_script_without_an_interpreter_is_run_by_the_shell(self):
         self.replace_handler("echo $1 >> {folder}/requests\n")
         program = self.run_program()

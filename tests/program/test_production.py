@@ -113,6 +113,7 @@ class ProductionMode(program_case.ProgramCase):
     def test_second_instance_ends_with_status_0(self):
         first = self.run_program()
         first.look()
+        self.assertEqual(self.desktop.bus.owner("org.gtkmm.example"), first.process.pid)
         second = self.run_program()
         self.assertEqual(second.finish(), 0)
         self.assertEqual(second.output, START[:START.index("Ethernet Path")])  # builds no window

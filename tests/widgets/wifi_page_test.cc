@@ -8,6 +8,7 @@
 #include <gtkmm/window.h>
 
 #include <chrono>
+#include <filesystem>
 #include <stdexcept>
 
 #include "support/keyfile_test.h"
@@ -197,6 +198,15 @@ TEST_F(WifiPage, CredentialsAreThoseOfTheKeyfileCutTo99Bytes) {
     EXPECT_EQ(box.getSsid().raw(), wanted.ssid);
     EXPECT_EQ(box.getPassword().raw(), wanted.password);
   }
+}
+
+TEST_F(WifiPage, CredentialsKeepTheKeyfileTheyBeganWith) {
+  wifiKeyfile("[wifi]\nssid=first\n");
+  WifiCredentials box(config);
+  std::filesystem::rename(directory.file("wireless"), directory.file("moved"));
+  loadKeyfiles();
+  box.reloadSsid("default");
+  EXPECT_EQ(box.getSsid().raw(), "default");
 }
 
 TEST_F(WifiPage, CredentialsAreReadAgainWithADefault) {

@@ -72,6 +72,8 @@ TEST_F(Construction, TakesTheEthernetModeFromTheKeyfile) {
     const std::string printed = open();
     EXPECT_EQ(ethernetMode(), wanted.button) << wanted.method;
     if (wanted.error.empty()) {
+      const std::string mode = wanted.button == "Static IP" ? "manual" : "auto";
+      EXPECT_NE(printed.find("Retrieved mode: " + mode + "\n"), std::string::npos) << printed;
       EXPECT_EQ(printed.find("Unrecognized"), std::string::npos) << printed;
     } else {
       EXPECT_NE(printed.find(wanted.error + "defaulting to dynamic (auto).\n"), std::string::npos)
@@ -178,6 +180,14 @@ TEST_F(Construction, FillsTheAccessPointFromTheKeyfile) {
     EXPECT_EQ(errors == std::string::npos ? "" : printed.substr(errors), wanted.error);
     EXPECT_EQ(wifiMode(), "Access Point");
   }
+}
+
+TEST_F(Construction, FillsTheAccessPointBeforeTheEthernetPage) {
+  writeBytes(directory.file("a"), "[connection]\ntype=ethernet\n[ipv4]\nmethod=link-local\n");
+  writeBytes(directory.file("b"), "[connection]\ntype=wifi\n[wifi]\nmode=ap\n");
+  EXPECT_TRUE(open().ends_with(
+      "! Invalid Format\n"
+      "! Unrecognized Ethernet mode 'link-local'; defaulting to dynamic (auto).\n"));
 }
 
 TEST_F(Construction, LeavesTheAccessPointEmptyInOtherModes) {

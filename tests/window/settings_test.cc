@@ -154,6 +154,21 @@ TEST_F(Settings, TwoEmptyModesAreEqual) {
   EXPECT_EQ(printedBy([this] { window->resetWifiFileOnModeChange(); }),
             "existing wifi mode:  selected mode: \n");
   EXPECT_EQ(readBytes(wifiFile()), "[connection]\ntype=wifi\n");
+
+  open("[connection]\ntype=ethernet\n", "", ETHERNET);
+  printedBy([this] { window->updateModeView(""); });
+  EXPECT_EQ(printedBy([this] { window->resetEthernetFileOnModeChange(); }),
+            "existing ethernet mode:  selected mode: \n");
+  EXPECT_EQ(readBytes(ethernetFile()), "[connection]\ntype=ethernet\n");
+}
+
+TEST_F(Settings, UnknownModesWriteNothing) {
+  open(STATIC_KEYFILE, AP_KEYFILE, ETHERNET);
+  EXPECT_EQ(printedBy([this] { window->writeEthernetSettingsToFile("ap"); }), "");
+  EXPECT_EQ(printedBy([this] { window->writeWifiSettingsToFile("manual"); }),
+            "Wifi Device name: wlan1\n");
+  EXPECT_BYTES_EQ(STATIC_KEYFILE, readBytes(ethernetFile()));
+  EXPECT_BYTES_EQ(AP_KEYFILE, readBytes(wifiFile()));
 }
 
 TEST_F(Settings, DefaultFileThatCannotBeMadeIsReportedAndItsNameKept) {

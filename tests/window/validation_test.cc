@@ -65,7 +65,7 @@ TEST_F(Validation, NamesTheBadWifiFieldsInOrder) {
     std::string detail;  // empty for a valid form
   } cases[] = {
       {"10.42.0.1", "255.255.255.0", "password", ""},
-      {" 10.42.0.1\t", "255.255.255.0", "passwor ", ""},
+      {" 10.42.0.1\t", " 255.255.255.0 ", "passwor ", ""},
       {"10.42.0.1", "255.255.255.255", "A-b_C 19", ""},
       {"10.42.0.1", "255.255.255.0", "passwor", "Invalid " + PASSWORD_LABEL},
       {"10.42.0.1", "255.255.255.0", "password!", "Invalid " + PASSWORD_LABEL},
@@ -203,6 +203,17 @@ TEST_F(Dialog, OfTheSameKindIsReplacedOldOneFirst) {
   EXPECT_EQ(dialogs()[0]->property_secondary_text().get_value().raw(), "Invalid DNS Server");
   EXPECT_TRUE(oldOneGoes);
   EXPECT_FALSE(newOneIsThere);
+}
+
+TEST_F(Dialog, OfWifiIsReplacedAndHidesOnAnyResponse) {
+  open("", AP_KEYFILE, WIFI);
+  for (const char* mask : {"1", "2"}) {
+    fillAccessPoint("10.42.0.1", mask, 0);
+    ASSERT_FALSE(validateWifi());
+    ASSERT_EQ(dialogs().size(), 1U);
+    dialogs()[0]->response(42);
+    EXPECT_FALSE(dialogs()[0]->get_visible());
+  }
 }
 
 TEST_F(Dialog, OfEachKindHasItsOwnPlace) {

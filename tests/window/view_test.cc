@@ -1,5 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 // SPDX-License-Identifier: MIT
+#include <climits>
+
 #include "window/window_test.h"
 
 namespace {
@@ -107,6 +109,18 @@ TEST_F(View, RefreshAppliesTheModeOfThePageInFront) {
 
   printedBy([this] { window->onSwitchPage(nullptr, 7); });
   EXPECT_EQ(printedBy(refresh), "! Unknown notebook page: 7\n");
+  printedBy([this] { window->onSwitchPage(nullptr, UINT_MAX); });
+  EXPECT_TRUE(printedBy(refresh).starts_with("! Unknown notebook page: "));
+}
+
+TEST_F(View, ModeItselfHidesTheOtherPageAndShowsItsOwn) {
+  open(DYNAMIC_KEYFILE, CLIENT_KEYFILE, WIFI);
+  choose("Static IP");  // shows the entries by itself; on this page it is a mode like any other
+  EXPECT_EQ(visibleParts(), WIFI_PARTS);
+  showPage(ETHERNET);
+  window->hideEthernetWidgets();
+  printedBy([this] { window->updateModeView("auto"); });
+  EXPECT_EQ(visibleParts(), ETHERNET_PARTS);
 }
 
 // ---- Buttons
@@ -152,6 +166,12 @@ TEST_F(View, WifiButtonsOnTheEthernetPageSetTheEthernetMode) {
     EXPECT_EQ(keptEthernetMode(), mode);
     EXPECT_EQ(ethernetMode(), "Static IP");
     EXPECT_EQ(keptWifiMode(), "disabled");
+
+    open(STATIC_KEYFILE, "", ETHERNET);
+    choose(button);
+    printedBy([this] { window->updateModeView("manual"); });
+    printedBy([&] { labelled<Gtk::CheckButton>(*window, button).set_active(false); });
+    EXPECT_EQ(keptEthernetMode(), mode) << "a button that goes off applies its mode, too";
   }
 }
 
