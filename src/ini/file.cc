@@ -24,34 +24,18 @@ line_reader::~line_reader() {
   if (is_open()) ::close(descriptor);
 }
 
-bool line_reader::next(std::size_t limit) {
-  offset += static_cast<off_t>(length);
-  begin += length;
-  bool complete = false;
-  do {
-    const std::string_view seen(buffer + begin, std::min(filled - begin, limit));
-    const std::size_t newline = seen.find('\n');
-    const bool ends = newline != std::string_view::npos;
-    length = ends ? newline + 1 : seen.size();
-    complete = ends || length == limit;
-  } while (!complete && fill());
-  if (failed()) length = 0;
-  return length > 0;
-}
-
-/** Moves what is there of the line to the front and reads on behind it. False at the end. */
+/** Moves what is there of the line to the front and reads on behind it. */
 bool line_reader::fill() {
-  if (progress != READING) return false;
-  filled -= begin;
-  std::memmove(buffer, buffer + begin, filled);
-  begin = 0;
-  const ssize_t got = read(descriptor, buffer + filled, sizeof buffer - filled);
-  if (got <= 0) {
-    progress = got == 0 ? ENDED : FAILED;
-    return false;
+  if (progress == READING) {
+    filled -= begin;
+    std::memmove(buffer, buffer + begin, filled);
+    begin = 0;
+    const ssize_t got = read(descriptor, buffer + filled, sizeof buffer - filled);
+    if (got <= 0) progress = got == 0 ? ENDED : FAILED;
+    if (got > 0) filled += static_cast<std::size_t>(got);
   }
-  filled += static_cast<std::size_t>(got);
-  return true;
+  if (failed()) length = 0;
+  return progress == READING;
 }
 
 void writer::put(std::string_view text) {

@@ -4,7 +4,9 @@
 
 #include <sys/types.h>
 
+#include <algorithm>
 #include <cstddef>
+#include <cstring>
 #include <string_view>
 
 #include "ini/ini.h"
@@ -34,7 +36,12 @@ class line_reader {
    * Goes on to the next line, or to the first one. False at the end of the file and where it cannot
    * be read: no part of a line is given then. A limit, at most LONGEST, makes lines shorter.
    */
-  bool next(std::size_t limit = LONGEST);
+  bool next(std::size_t limit = LONGEST) {
+    offset += static_cast<off_t>(length);
+    begin += length;
+    while (!find_end(limit) && fill()) continue;
+    return length > 0;
+  }
 
   /** The bytes of the line with its LF, until next() is called; none behind the last line. */
   std::string_view line() const { return {buffer + begin, length}; }
@@ -45,6 +52,16 @@ class line_reader {
  private:
   enum state { READING, ENDED, MISSING, FAILED };
 
+  /** Finds the end of the line. False where it may be further on than what has been read. */
+  bool find_end(std::size_t limit) {
+    const char* start = buffer + begin;
+    const std::size_t seen = std::min(filled - begin, limit);
+    const auto* newline = static_cast<const char*>(std::memchr(start, '\n', seen));
+    length = newline != NULL ? static_cast<std::size_t>(newline + 1 - start) : seen;
+    return newline != NULL || seen == limit;
+  }
+
+  /** Reads on. False at the end, and where that fails: the line has no bytes then. */
   bool fill();
 
   int descriptor;  // -1 unless the file is open

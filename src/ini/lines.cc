@@ -13,13 +13,6 @@ namespace {
 
 std::string_view as_text(std::string_view line) { return line.substr(0, line.find('\0')); }
 
-/** What a line must be to be a header. Most are not, and no more than this is looked at of them. */
-bool begins_with_bracket(std::string_view line) {
-  const char* end = line.data() + line.size();
-  const char* sp = skip_leading(line.data(), end);
-  return sp < end && *sp == '[';
-}
-
 }  // namespace
 
 std::optional<std::string_view> header_name(std::string_view line) {
@@ -30,12 +23,6 @@ std::optional<std::string_view> header_name(std::string_view line) {
   const char* ep = text.data() + closing;
   assert(ep != NULL && *ep == ']');  // a text of the contract: it cannot fail here
   return trimmed(text.substr(1, closing - 1));
-}
-
-bool is_section(std::string_view line, const char* Section) {
-  if (!begins_with_bracket(line)) return false;
-  const auto name = header_name(line);
-  return name && same_name(*name, Section);
 }
 
 std::optional<key_line> split(std::string_view line) {

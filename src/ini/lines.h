@@ -8,16 +8,28 @@
 
 #include "ini/file.h"
 #include "ini/ini.h"
+#include "ini/text.h"
 
 // What the bytes of a line mean, and the search for one. As text a line ends before its first NUL.
 
 namespace ini {
 
+/** What a line must do to be a header. Most do not, and nothing else is looked at in them. */
+inline bool begins_with_bracket(std::string_view line) {
+  const char* end = line.data() + line.size();
+  const char* sp = skip_leading(line.data(), end);
+  return sp < end && *sp == '[';
+}
+
 /** The name in a section header; nothing for any other line. */
 std::optional<std::string_view> header_name(std::string_view line);
 
 /** Whether a line is the header of a section. */
-bool is_section(std::string_view line, const char* Section);
+inline bool is_section(std::string_view line, const char* Section) {
+  if (!begins_with_bracket(line)) return false;
+  const auto name = header_name(line);
+  return name && same_name(*name, Section);
+}
 
 /** The parts of a key line: the trimmed name, and the value as it stands there. */
 struct key_line {
