@@ -29,8 +29,7 @@ enum class step {
 };
 
 /** Decides the step; for PATCH it also tells where the line begins. */
-step find_step(const setting& wanted, const char* Filename, off_t* start) {
-  line_reader reader(Filename);
+step find_step(line_reader& reader, const setting& wanted, off_t* start) {
   if (reader.is_missing()) return wanted.deletes() ? step::NOTHING : step::CREATE;
   if (reader.failed()) return step::FAIL;
   if (wanted.key == NULL) return step::REWRITE;
@@ -109,8 +108,8 @@ void copy_rest(line_reader& reader, writer& target) {
 }
 
 /** Copies a file with the setting in it. Returns whether all of the file could be read. */
-bool copy_changed(const char* Filename, writer& target, const setting& wanted) {
-  line_reader reader(Filename);
+bool copy_changed(line_reader& reader, writer& target, const setting& wanted) {
+  if (!reader.restart()) return false;
   if (!copy_up_to_section(reader, target, wanted)) {
     append_section(target, wanted);
   } else if (wanted.key == NULL) {
@@ -119,7 +118,7 @@ bool copy_changed(const char* Filename, writer& target, const setting& wanted) {
     copy_with_key(reader, target, wanted);
   }
   copy_rest(reader, target);
-  return reader.is_open() && !reader.failed();
+  return !reader.failed();
 }
 
 // ---- The steps
@@ -152,10 +151,10 @@ bool patch(const setting& wanted, const char* Filename, off_t start) {
   return close(descriptor) == 0 && patched;
 }
 
-bool rewrite(const setting& wanted, const char* Filename) {
+bool rewrite(line_reader& reader, const setting& wanted, const char* Filename) {
   temporary_file file(Filename);
   if (!file.content().is_open()) return false;
-  const bool copied = copy_changed(Filename, file.content(), wanted);
+  const bool copied = copy_changed(reader, file.content(), wanted);
   if (!file.content().close() || !copied) {
     file.discard();
     return false;
@@ -167,8 +166,9 @@ bool rewrite(const setting& wanted, const char* Filename) {
 }  // namespace
 
 bool apply(const setting& wanted, const char* Filename) {
+  line_reader reader(Filename);
   off_t start = 0;
-  switch (find_step(wanted, Filename, &start)) {
+  switch (find_step(reader, wanted, &start)) {
     case step::NOTHING:
       return true;
     case step::CREATE:
@@ -176,7 +176,7 @@ bool apply(const setting& wanted, const char* Filename) {
     case step::PATCH:
       return patch(wanted, Filename, start);
     case step::REWRITE:
-      return rewrite(wanted, Filename);
+      return rewrite(reader, wanted, Filename);
     case step::FAIL:
       break;
   }

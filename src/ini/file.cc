@@ -24,6 +24,16 @@ line_reader::~line_reader() {
   if (is_open()) ::close(descriptor);
 }
 
+bool line_reader::restart() {
+  // Of what has no place to go back to, a FIFO, nothing may have been read.
+  const bool moved = offset > 0 || filled > 0;
+  if (moved && lseek(descriptor, 0, SEEK_SET) != 0) return false;
+  progress = READING;
+  offset = 0;
+  begin = length = filled = 0;
+  return true;
+}
+
 /** Moves what is there of the line to the front and reads on behind it. */
 bool line_reader::fill() {
   if (progress == READING) {

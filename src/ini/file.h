@@ -43,6 +43,9 @@ class line_reader {
     return length > 0;
   }
 
+  /** Goes back to before the first line. Returns false where that fails. */
+  bool restart();
+
   /** The bytes of the line with its LF, until next() is called; none behind the last line. */
   std::string_view line() const { return {buffer + begin, length}; }
 
