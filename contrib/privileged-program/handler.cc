@@ -9,7 +9,6 @@
 
 #include <array>
 #include <charconv>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -19,6 +18,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 #include "keyfile.h"
 #include "system.h"
@@ -117,26 +117,36 @@ void layOutDesk(uid_t user) {
       !std::filesystem::is_empty(DESK))
     throw Refusal(std::string("nothing is installed, and there are files in ") + DESK);
 
-  const mode_t folderMode = user == ROOT ? 0750 : 0700;
-  const mode_t fileMode = user == ROOT ? 0640 : 0600;
-  give(desk, {ROOT, readers, 0750});  // locked, even if there is no room for a new one
+  const auto fill = [&](int folder) {
+    for (const auto& [name, content] : contents) {
+      const mode_t mode = user == ROOT ? 0640 : 0600;
+      put(folder, name, content, {user, readers, mode}, Lasting::NO);
+    }
+    const mode_t mode = user == ROOT ? 0750 : 0700;
+    give(folder, {user, readers, mode});
+  };
+  give(desk, {ROOT, readers, 0750});  // locked, whatever comes
   const Descriptor desks = openTrustedFolder(DESKS);
   makeFolder(OLD_DESKS, 0700);
   const Descriptor old = openTrustedFolder(OLD_DESKS);
-  moveAside(desks, NEXT_DESK_NAME, old);  // a leftover of a kill, perhaps once a user's
-  const Descriptor next = makeNewFolder(desks, NEXT_DESK_NAME);
-  for (const auto& [name, content] : contents)
-    put(next, name, content, {user, readers, fileMode}, Lasting::NO);
-  give(next, {user, readers, folderMode});
-  // At once: the window may be looking for its files already.
-  exchange(desks, NEXT_DESK_NAME, DESK_NAME);
-  moveAside(desks, NEXT_DESK_NAME, old);
+  try {
+    moveAside(desks, NEXT_DESK_NAME, old);  // a leftover of a kill, perhaps once a user's
+    fill(makeNewFolder(desks, NEXT_DESK_NAME));
+    // At once: the window may be looking for its files already.
+    exchange(desks, NEXT_DESK_NAME, DESK_NAME);
+    moveAside(desks, NEXT_DESK_NAME, old);
+  } catch (const std::system_error& error) {
+    note(std::string("no new desk: ") + error.what());
+    // The user may have taken all the room. What he leaves behind gives it back.
+    moveAside(desks, NEXT_DESK_NAME, old);
+    clear(old);
+    clear(desk);
+    fill(desk);
+  }
 }
 
 /** Removes old desks, for which no other request has to wait. What is left is the next one's. */
 void removeOldDesks() try {
-  (void)std::signal(SIGALRM, [](int) { _exit(DONE); });
-  alarm(LONGEST_QUESTION);
   clear(openTrustedFolder(OLD_DESKS));
 } catch (const std::exception&) {  // there is none, or another request is at it
 }
@@ -332,7 +342,6 @@ void serve(const Request& request) {
   } else {
     finalize(request, request.action == "finalize_ethernet" ? ETHERNET : WIFI);
   }
-  removeOldDesks();
 }
 
 }  // namespace
@@ -345,11 +354,14 @@ int main(int argc, char** argv) {
     complain("usage: unlock | rollback | finalize_ethernet [ID] | finalize_wifi [ID]");
     return WRONG_CALL;
   }
+  ExitStatus status = DONE;
   try {
     serve({argv[1], argc > 2 ? argv[2] : "", user});
-    return DONE;
   } catch (const std::exception& error) {
     complain(std::string(argv[1]) + ": " + error.what());
-    return NOT_DONE;
+    status = NOT_DONE;
   }
+  alarm(LONGEST_REQUEST);
+  removeOldDesks();
+  return status;
 }

@@ -13,6 +13,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -21,7 +22,10 @@
 
 namespace {
 
+using Clock = std::chrono::steady_clock;
+
 constexpr std::size_t LARGEST_FILE = 65536;
+constexpr std::chrono::seconds LONGEST_CLEARING{10};
 constexpr std::size_t LONGEST_OUTPUT = 1048576;
 
 [[noreturn]] void fail(const std::string& what) {
@@ -86,9 +90,10 @@ std::unique_ptr<DIR, int (*)(DIR*)> listOf(int folder) {
   return {fdopendir(copy), closedir};
 }
 
-/** The next name in a folder; empty after the last one. */
-std::string nextName(DIR* list) {
-  while (const dirent* entry = list == nullptr ? nullptr : readdir(list)) {
+/** The next name in a folder; empty after the last one, and when the time is over. */
+std::string nextName(DIR* list, Clock::time_point end) {
+  if (list == nullptr || Clock::now() > end) return {};
+  while (const dirent* entry = readdir(list)) {
     std::string name = entry->d_name;
     if (name != "." && name != "..") return name;
   }
@@ -99,14 +104,14 @@ std::string nextName(DIR* list) {
  * Removes a folder with the files in it. The folders in it move up beside it: so it does not matter
  * how deep they are. Returns whether it is gone.
  */
-bool dissolve(int parent, const std::string& name) {
+bool dissolve(int parent, const std::string& name, Clock::time_point end) {
   const Descriptor folder(
       openat(parent, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
   // Something else that is mounted there is not ours to empty.
   if (folder < 0 || statusOf(folder).st_dev != statusOf(parent).st_dev) return false;
   give(folder, {0, 0, S_IRWXU});  // nobody adds to it from here on
   const auto list = listOf(folder);
-  for (std::string inner = nextName(list.get()); !inner.empty(); inner = nextName(list.get()))
+  for (auto inner = nextName(list.get(), end); !inner.empty(); inner = nextName(list.get(), end))
     if (unlinkat(folder, inner.c_str(), 0) != 0) moveAside(folder, inner, parent);
   return unlinkat(parent, name.c_str(), AT_REMOVEDIR) == 0;
 }
@@ -239,13 +244,14 @@ void exchange(int folder, const std::string& one, const std::string& other) {
 }
 
 void clear(int folder) {
+  const auto end = Clock::now() + LONGEST_CLEARING;
   bool isDone = false;
   while (!isDone) {
     isDone = true;
     const auto list = listOf(folder);
-    for (std::string name = nextName(list.get()); !name.empty(); name = nextName(list.get())) {
+    for (auto name = nextName(list.get(), end); !name.empty(); name = nextName(list.get(), end)) {
       // What came out of a folder may stand before the place that was reached in the list.
-      if (unlinkat(folder, name.c_str(), 0) != 0 && dissolve(folder, name)) isDone = false;
+      if (unlinkat(folder, name.c_str(), 0) != 0 && dissolve(folder, name, end)) isDone = false;
     }
   }
 }

@@ -87,7 +87,10 @@ void moveAside(int folder, const std::string& name, int target);
 /** Has two names in a folder change what they name, at once. */
 void exchange(int folder, const std::string& one, const std::string& other);
 
-/** Removes what is in a folder; not what is mounted there, or is another file system. */
+/**
+ * Removes what is in a folder; not what is mounted there, or is another file system. What ten
+ * seconds do not suffice for stays: users can make files faster than they can be removed.
+ */
 void clear(int folder);
 
 /** How a program ended, 0 for well, and what it printed. */

@@ -1,0 +1,106 @@
+# SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
+# SPDX-License-Identifier: MIT
+"""The example privileged program on file systems that are full."""
+import contextlib
+import errno
+import os
+import subprocess
+
+from tests.support.files import read
+
+from . import device_case
+from .device import DESK, ETHERNET, INSTALLED, OLD_DESKS, USER, WIFI, write
+from .device_case import CLIENT, DYNAMIC, DeviceCase, STATIC
+
+DESKS = os.path.dirname(DESK)
+
+
+def remount(options):
+    """Changes the file system of the desk, which is in memory."""
+    subprocess.run(["mount", "-o", "remount," + options, DESKS], check=True)
+
+
+@contextlib.contextmanager
+def until_full():
+    """Goes on until there is no room."""
+    try:
+        yield
+    except OSError as error:
+        if error.errno != errno.ENOSPC:
+            raise
+
+
+def fill_with_bytes(folder):
+    """One file of the user's that takes all the room."""
+    with open(write(b"", folder, "large", owner=USER), "wb", buffering=0) as file, until_full():
+        while True:
+            file.write(4096 * b"x")
+
+
+def fill_with_names(folder):
+    """Files and folders of the user's, up to the last one that there can be."""
+    with until_full():
+        for number in range(100000):
+            os.mkdir(f"{folder}/{number}")
+            os.chown(f"{folder}/{number}", USER, USER)
+            write(b"", folder, f"{number}/file", owner=USER)
+
+
+class Full(DeviceCase):
+    """The file system of the desk has no room left."""
+
+    def setUp(self):
+        remount("size=1m,nr_inodes=1000")
+        super().setUp()
+
+    def assert_nothing_left(self):
+        self.assertEqual(os.listdir(OLD_DESKS), [])
+        self.assertLessEqual(set(os.listdir(DESKS)),
+                             {os.path.basename(name) for name in (DESK, OLD_DESKS)}
+                             | {"canary", "filler"})
+
+    def fill_from_elsewhere(self):
+        folder = DESKS + "/filler"
+        os.mkdir(folder)
+        self.addCleanup(os.rmdir, folder)
+        fill_with_bytes(folder)
+        self.addCleanup(os.remove, folder + "/large")
+
+    def test_desk_that_its_user_has_filled_locks_nobody_out(self):
+        for fill in (fill_with_bytes, fill_with_names):
+            with self.subTest(fill.__name__):
+                self.request("unlock")
+                fill(DESK)
+                self.request("rollback")
+                self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
+                self.assert_nothing_left()
+                self.request("unlock", user=USER - 1)
+                fill(DESK)
+                self.request("unlock")
+                self.assert_desk(False, ethernet=DYNAMIC, wifi=CLIENT)
+                fill(DESK)
+                self.request("rollback", user=None)  # as at the start of the system
+                self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
+                self.assert_nothing_left()
+
+    def test_desk_needs_no_more_room_than_it_had(self):
+        self.fill_from_elsewhere()
+        self.request("unlock")
+        self.assert_desk(False, ethernet=DYNAMIC, wifi=CLIENT)
+        self.request("rollback")
+        self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
+        self.assert_nothing_left()
+
+    def test_failure_leaves_nothing_behind(self):
+        for name in (ETHERNET, WIFI):
+            os.remove(os.path.join(DESK, name))
+        self.fill_from_elsewhere()
+        for action in ("unlock", "unlock", "rollback"):
+            self.refused(action, because="No space left")
+            self.assert_nothing_left()
+        self.doCleanups()
+        self.request("unlock")
+        self.assert_desk(False, ethernet=DYNAMIC, wifi=CLIENT)
+
+
+device_case.main()
