@@ -12,6 +12,9 @@ namespace {
 constexpr guint AUTOMATIC = 0;
 constexpr guint HIGHEST_CHANNEL = 11;  // more are not offered, by design
 
+// Less than there is above the button. The last row is cut in half, which shows that more follow.
+constexpr int LIST_HEIGHT = 288;
+
 /** The position of a name is the channel. */
 std::vector<Glib::ustring> makeChannelNames() {
   std::vector<Glib::ustring> names{"Auto"};
@@ -39,6 +42,7 @@ APCredentials::APCredentials(NetworkManagerConfig& theConfig)
 
   nameDropDown(channelDropDown, channelLabel);
   openAtChoice(channelDropDown);
+  openAbove(channelDropDown, LIST_HEIGHT);
   channelModel = Gtk::StringList::create(channelNames);
   channelDropDown.set_model(channelModel);
   channelDropDown.set_selected(AUTOMATIC);

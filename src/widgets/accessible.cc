@@ -6,6 +6,8 @@
 #include <gtkmm/eventcontrollerkey.h>
 #include <gtkmm/listitem.h>
 #include <gtkmm/listview.h>
+#include <gtkmm/popover.h>
+#include <gtkmm/scrolledwindow.h>
 #include <gtkmm/selectionmodel.h>
 #include <gtkmm/signallistitemfactory.h>
 #include <gtkmm/stringobject.h>
@@ -85,6 +87,15 @@ void openAtChoice(Gtk::DropDown& dropDown) {
     // The toolkit has just taken the marked row. Some keys, like Tab, move the focus to another row
     // and leave the mark behind: the row with the focus counts.
     list->signal_activate().connect([&dropDown](guint row) { dropDown.set_selected(row); });
+  }
+}
+
+void openAbove(Gtk::DropDown& dropDown, int maximumHeight) {
+  for (Gtk::Widget* part : partsOf(dropDown)) {
+    if (auto* popover = dynamic_cast<Gtk::Popover*>(part))
+      popover->set_position(Gtk::PositionType::TOP);
+    if (auto* rows = dynamic_cast<Gtk::ScrolledWindow*>(part))
+      rows->set_max_content_height(maximumHeight);
   }
 }
 

@@ -8,9 +8,9 @@
 #include <gtkmm/messagedialog.h>
 #include <gtkmm/notebook.h>
 
-// What a screen reader and the keyboard need and the toolkit (4.8) leaves out: some of its widgets
-// have no name, or that of their type. set_mnemonic_widget() gives a widget its label's name, also
-// when no letter of the label is underlined.
+// What a screen reader, the keyboard and a finger need and the toolkit (4.8) leaves out: some of
+// its widgets have no name, or that of their type. set_mnemonic_widget() gives a widget its label's
+// name, also when no letter of the label is underlined.
 
 /**
  * Names the button and the list within a drop-down by its label, and each row by its text; the
@@ -23,6 +23,12 @@ void nameDropDown(Gtk::DropDown& dropDown, const Gtk::Label& label);
  * start from there. What is taken is the row with the focus, which a screen reader has read out.
  */
 void openAtChoice(Gtk::DropDown& dropDown);
+
+/**
+ * Lets the list open above the button, scrolling what is higher than so many pixels. Below it, the
+ * list would leave the window, and a small screen with it: not every compositor prevents that.
+ */
+void openAbove(Gtk::DropDown& dropDown, int maximumHeight);
 
 /** Lets a check button that is in no group ignore the arrow keys: the toolkit would toggle it. */
 void ignoreArrowKeys(Gtk::CheckButton& button);

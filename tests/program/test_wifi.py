@@ -5,7 +5,9 @@ import os
 
 from tests.program import transcripts as said
 from tests.support import program_case
+from tests.support.desktop import Desktop
 from tests.support.files import SAMPLES, UPDATE_RECORD, expected, read
+from tests.support.limit import wait_until
 
 PASSWORD_FIELD = "Password (must at least 8 characters and contain no special characters)"
 
@@ -100,6 +102,24 @@ class WifiPage(program_case.ProgramCase):
             calls=[["finalize_wifi", "Hotspot"]])
         self.assert_keyfile(self.keyfile, access_point(
             channel=11, address1="10.42.0.1/16,10.42.0.1"))
+
+    def test_list_of_channels_stays_in_the_window_and_scrolls(self):
+        self.put_access_point()
+        for screen in ((800, 480), (800, 600), (1024, 768)):
+            with self.subTest(screen=screen):
+                self.desktop = self.enterContext(Desktop(screen))
+                program = self.run_on_wifi_page()
+                program.click("combo box", None)
+                wait_until(lambda: program.look().find("list item"), "the list to open")
+                (_, (_, _, width, height)), (_, (left, top, *size)) = self.desktop.windows()
+                right, bottom = left + size[0], top + size[1]
+                self.assertTrue(0 <= left and right <= width and 0 <= top and bottom <= height,
+                                self.desktop.windows())
+                last_row = (left + right) // 2, bottom - 24
+                self.desktop.scroll_down(*last_row, steps=20)
+                program.look()  # until it is at rest
+                self.desktop.click(*last_row)
+                wait_until(lambda: program.channel() == "11", "channel 11")
 
     def test_disabled_mode_removes_the_keyfile(self):
         program = self.run_on_wifi_page()

@@ -186,6 +186,14 @@ class Desktop:
         xtest.fake_input(self._display, X.ButtonRelease, 1)
         self._display.sync()
 
+    def scroll_down(self, x, y, steps):
+        """Turns the wheel."""
+        xtest.fake_input(self._display, X.MotionNotify, x=x, y=y)
+        for _ in range(steps):
+            xtest.fake_input(self._display, X.ButtonPress, 5)
+            xtest.fake_input(self._display, X.ButtonRelease, 5)
+        self._display.sync()
+
     def park_pointer(self):
         """Moves the pointer away, so that nothing is drawn as pointed at."""
         width, height = self.screen
