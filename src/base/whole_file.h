@@ -12,7 +12,7 @@ enum class Access {
   SHARED,   // as the umask says; the mode of a file that is there stays
 };
 
-// What fails is tried once more (base/retry.h) before it counts as failed.
+// What fails is tried again (base/retry.h) before it counts as failed.
 
 /**
  * The bytes of a file. Nothing when it cannot be opened or not be read to the end. A FIFO is not

@@ -19,7 +19,7 @@ namespace {
 
 /**
  * Whether a search, which gets the reader of a file, finds something in it. Where reading fails the
- * search is run once more: what a caller is given in place of a value may be saved over it.
+ * search is run again: what a caller is given in place of a value may be saved over it.
  */
 template <typename Search>
 bool finds(const char* Filename, Search search) {

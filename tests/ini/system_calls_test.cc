@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 // Files on a system that reads less than it is asked for, fails to read on, or has no memory left.
 #include <gtest/gtest.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -17,7 +18,10 @@
 namespace {
 
 std::size_t mostAtATime = SIZE_MAX;  // bytes that one read gives
-int readsThatWork = INT_MAX;         // until they fail for good
+int readsThatWork = INT_MAX;         // until they fail
+int readError = EIO;                 // what they fail with then
+int pauseThatMends = INT_MAX;        // milliseconds, after which they work again
+int paused = 0;                      // milliseconds in all; no pause takes any time here
 bool memoryIsUsedUp = false;
 
 }  // namespace
@@ -25,9 +29,15 @@ bool memoryIsUsedUp = false;
 // In the place of the C library's: read() is linked so, malloc() by its name.
 extern "C" ssize_t __real_read(int descriptor, void* bytes, std::size_t size);
 extern "C" ssize_t __wrap_read(int descriptor, void* bytes, std::size_t size) {
-  if (readsThatWork-- > 0) return __real_read(descriptor, bytes, std::min(size, mostAtATime));
-  errno = EIO;
+  if (readsThatWork-- > 0 || paused >= pauseThatMends)
+    return __real_read(descriptor, bytes, std::min(size, mostAtATime));
+  errno = readError;
   return -1;
+}
+
+extern "C" int nanosleep(const timespec* time, timespec* /*rest*/) {
+  paused += static_cast<int>(time->tv_nsec / 1'000'000);
+  return 0;
 }
 
 extern "C" void* __libc_malloc(std::size_t size);
@@ -44,7 +54,18 @@ class SystemCalls : public IniTest {
   void TearDown() override {
     mostAtATime = SIZE_MAX;
     readsThatWork = INT_MAX;
+    readError = EIO;
+    pauseThatMends = INT_MAX;
+    paused = 0;
     memoryIsUsedUp = false;
+  }
+
+  /** Reading fails with an error, for a time. */
+  void letReadingFail(int error, int milliseconds) {
+    readsThatWork = 0;
+    readError = error;
+    pauseThatMends = milliseconds;
+    paused = 0;
   }
 };
 
@@ -93,6 +114,34 @@ TEST_F(SystemCalls, NothingChangesWhereReadingFails) {
   }
   EXPECT_LT(10, reads);
   EXPECT_EQ("longer", get("s", "k"));
+}
+
+TEST_F(SystemCalls, WhatMayPassIsWaitedForUpToATenthOfASecond) {
+  writeBytes(file, "[s]\nk=old\n");
+  for (const int error : {EAGAIN, EINTR, EIO, EMFILE, ENFILE, ENOMEM, ESTALE}) {
+    for (const int time : {1, 5, 20, 100}) {
+      letReadingFail(error, time);
+      EXPECT_EQ("old", get("s", "k")) << error;
+      letReadingFail(error, time);
+      EXPECT_EQ(1, ini_hassection("s", file.c_str())) << error;
+    }
+    letReadingFail(error, INT_MAX);
+    EXPECT_EQ("<default>", get("s", "k"));
+    EXPECT_EQ(100, paused) << error;
+  }
+  letReadingFail(EIO, 100);
+  EXPECT_EQ(1, put("s", "k", "longer"));
+  EXPECT_BYTES_EQ("[s]\nk=longer\n", readBytes(file));
+}
+
+TEST_F(SystemCalls, WhatDoesNotPassIsNotWaitedFor) {
+  writeBytes(file, "[s]\nk=old\n");
+  for (const int error : {EACCES, EISDIR, EINVAL}) {
+    letReadingFail(error, INT_MAX);
+    EXPECT_EQ("<default>", get("s", "k"));
+    EXPECT_EQ(0, put("s", "k", "longer"));
+    EXPECT_EQ(0, paused) << error;
+  }
 }
 
 TEST_F(SystemCalls, NoMemoryIsNeeded) {
