@@ -183,13 +183,14 @@ bool isKeyfile(std::string_view content) {
           LONGEST_QUESTION));
 }
 
+/** Has NetworkManager read the installed files. Returns whether it answers. */
+bool reload() { return succeeded(run({NMCLI, "connection", "reload"}, "", LONGEST_QUESTION)); }
+
 /**
- * Has NetworkManager read the installed files. Returns the UUID of the connection that it takes a
- * file for; empty if it does not take it, which it says in no other way.
+ * The UUID of the connection that NetworkManager has taken a file for; empty if it has not, which
+ * it says in no other way.
  */
-std::string load(const Connection& connection) {
-  if (!succeeded(run({NMCLI, "connection", "reload"}, "", LONGEST_QUESTION)))
-    throw Refusal("NetworkManager does not answer; it will read the files when it starts");
+std::string takenAs(const Connection& connection) {
   const Outcome list =
       run({NMCLI, "-t", "-f", "UUID,FILENAME", "connection", "show"}, "", LONGEST_QUESTION);
   if (!succeeded(list)) throw Refusal("NetworkManager does not tell what it has read");
@@ -254,7 +255,7 @@ Settings check(const Connection& connection, const std::string& content,
   return settings;
 }
 
-/** Replaces or, without a content, removes an installed file; a locked desk is its copy again. */
+/** Replaces or, without a content, removes an installed file. */
 void install(const Connection& connection, const std::optional<std::string>& content) {
   // Better no record than one that is not true any more.
   if (connection.type == ETHERNET.type) drop(openTrustedFolder(RUN), RECORD, Lasting::NO);
@@ -264,7 +265,34 @@ void install(const Connection& connection, const std::optional<std::string>& con
   } else {
     drop(folder, connection.file, Lasting::YES);
   }
+}
+
+/**
+ * The same, and NetworkManager has taken it: otherwise the one before is put back. Returns the UUID
+ * to activate; empty after a removal.
+ */
+std::string replace(const Connection& connection, const std::optional<std::string>& content,
+                    const std::optional<std::string>& before) {
+  try {
+    install(connection, content);
+    if (!reload()) throw Refusal("NetworkManager does not answer");
+    if (!content) return {};
+    std::string uuid = takenAs(connection);
+    if (uuid.empty()) throw Refusal("NetworkManager does not take it");
+    return uuid;
+  } catch (const std::exception& error) {
+    const std::string reason = error.what();
+    install(connection, before);
+    reload();
+    throw Refusal(reason + ", the one before is back");
+  }
+}
+
+/** Has a locked desk be a copy of the installed files again. */
+void renewLockedDesk() try {
   if (ownerOf(openFolder(DESK)) == ROOT) layOutDesk(ROOT);
+} catch (const std::exception& error) {  // the next unlock makes another one
+  complain(std::string("the desk is not a copy of what is installed: ") + error.what());
 }
 
 /** Takes a connection's file over. Returns the UUID to activate; empty after a removal. */
@@ -275,21 +303,16 @@ std::string takeOver(const Request& request, const Connection& connection) {
   if (!content) {
     // The window disables Wi-Fi by removing its file. Then it has no id to tell.
     if (connection.type != WIFI.type || !request.id.empty()) throw Refusal("there is no file");
-    install(connection, std::nullopt);
+    replace(connection, std::nullopt, before);
     note(std::string("removed ") + connection.file);
-    load(connection);
+    renewLockedDesk();
     return {};
   }
   const Settings settings = check(connection, *content, before);
-  install(connection, content);
+  std::string uuid = replace(connection, content, before);
   note(std::string("installed ") + connection.file + ", id " + quoted(request.id));
-  std::string uuid = load(connection);
-  if (uuid.empty()) {
-    install(connection, before);
-    load(connection);
-    throw Refusal("NetworkManager does not take it, the one before is back");
-  }
   if (connection.type == ETHERNET.type) publishRecord(request.user, settings);
+  renewLockedDesk();
   return uuid;
 }
 

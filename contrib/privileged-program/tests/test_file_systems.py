@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 # SPDX-License-Identifier: MIT
-"""The example privileged program on file systems that are full."""
+"""The example privileged program on file systems that are full or read-only."""
 import contextlib
 import errno
 import os
@@ -10,7 +10,7 @@ from tests.support.files import read
 
 from . import device_case
 from .device import DESK, ETHERNET, INSTALLED, OLD_DESKS, USER, WIFI, write
-from .device_case import CLIENT, DYNAMIC, DeviceCase, STATIC
+from .device_case import CLIENT, DYNAMIC, DeviceCase, STATIC, nmcli_calls
 
 DESKS = os.path.dirname(DESK)
 
@@ -91,6 +91,15 @@ class Full(DeviceCase):
         self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
         self.assert_nothing_left()
 
+    def test_file_is_taken_over_whatever_room_the_desk_has(self):
+        self.request("unlock")
+        self.save_static()
+        self.request("rollback")
+        self.fill_from_elsewhere()
+        self.request("finalize_ethernet", "ethernet")
+        self.assert_installed(STATIC, CLIENT)
+        self.assertIn("connection up", nmcli_calls()[-1])
+
     def test_failure_leaves_nothing_behind(self):
         for name in (ETHERNET, WIFI):
             os.remove(os.path.join(DESK, name))
@@ -101,6 +110,26 @@ class Full(DeviceCase):
         self.doCleanups()
         self.request("unlock")
         self.assert_desk(False, ethernet=DYNAMIC, wifi=CLIENT)
+
+
+class ReadOnly(DeviceCase):
+    """Nothing can be changed on the file system of the desk."""
+
+    def test_copy_that_fails_is_a_complaint_only(self):
+        self.request("unlock")
+        self.save_static()
+        self.request("rollback")
+        remount("ro")
+        self.addCleanup(remount, "rw")
+        status, errors = self.ask("finalize_ethernet", "ethernet")
+        self.assertIn("the desk is not a copy", errors)
+        self.assertEqual(status, 0)
+        self.assert_installed(STATIC, CLIENT)
+        self.assertIn("connection up", nmcli_calls()[-1])
+        self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
+        remount("rw")
+        self.request("rollback")
+        self.assert_desk(True, ethernet=STATIC, wifi=CLIENT)
 
 
 device_case.main()

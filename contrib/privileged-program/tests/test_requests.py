@@ -145,19 +145,32 @@ class Requests(DeviceCase):
                 write(b"method=manual", NOTES, "refuses")
                 self.refused("finalize_ethernet", "ethernet", because="the one before is back")
                 self.assert_installed(before, CLIENT)
-                self.assertEqual(nmcli_calls()[-2], "connection reload")
+                self.assertEqual(nmcli_calls()[-1], "connection reload")
                 self.assertFalse(os.path.exists(PUBLISHED))
                 if rollback_first:
                     self.assert_desk(True, ethernet=before, wifi=CLIENT)
 
-    def test_file_stays_when_it_cannot_be_activated(self):
-        for trouble in ("is-deaf", "cannot-activate"):
+    def test_what_the_daemon_is_not_told_is_taken_back(self):
+        for trouble, *requests in (("is-deaf", ("finalize_ethernet", "ethernet"), ("finalize_wifi",)),
+                                   ("is-dumb", ("finalize_ethernet", "ethernet"))):
             self.setUp()
             write(b"", NOTES, trouble)
             self.request("unlock")
             self.save_static()
-            self.refused("finalize_ethernet", "ethernet")
-            self.assert_installed(STATIC, CLIENT)
+            os.remove(f"{DESK}/{WIFI}")
+            for words in requests:
+                self.refused(*words, because="the one before is back")
+                self.assert_installed(DYNAMIC, CLIENT)
+                self.assertEqual(nmcli_calls()[-1], "connection reload")
+            self.request("rollback")
+            self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
+
+    def test_file_stays_when_it_cannot_be_activated(self):
+        write(b"", NOTES, "cannot-activate")
+        self.request("unlock")
+        self.save_static()
+        self.refused("finalize_ethernet", "ethernet", because="cannot be activated now")
+        self.assert_installed(STATIC, CLIENT)
 
     def test_question_that_is_not_answered_is_given_up(self):
         self.request("unlock")
