@@ -5,6 +5,7 @@
 #include <gtkmm/application.h>
 #include <unistd.h>
 
+#include <array>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
@@ -13,6 +14,7 @@
 #include <utility>
 
 #include "app/NetworkManagerConfig.h"
+#include "app/inherited.h"
 #include "base/print.h"
 #include "window/NetworkManagerWindow.h"
 
@@ -22,6 +24,9 @@ constexpr const char* APPLICATION_ID = "org.gtkmm.example";
 
 /** What the privileged program is given to act on "unlock": the request is not waited for. */
 constexpr std::chrono::milliseconds PAUSE_AFTER_UNLOCK{200};
+
+/** What stops a session or a service. */
+constexpr std::array STOP_SIGNALS = {SIGHUP, SIGINT, SIGTERM};
 
 // Process-wide on purpose, and made before main().
 // NOLINTNEXTLINE(cert-err58-cpp,cppcoreguidelines-avoid-non-const-global-variables,readability-identifier-naming)
@@ -55,13 +60,35 @@ void rollBack() {
   if (std::exchange(owed, false)) config->runPermissionsHandler("rollback", "");
 }
 
+/** Has the signals wait that would end the program. Returns which ones had to wait before. */
+sigset_t holdStopSignals() {
+  sigset_t stops;
+  sigset_t before;
+  sigemptyset(&stops);
+  for (const int signal : STOP_SIGNALS) sigaddset(&stops, signal);
+  pthread_sigmask(SIG_BLOCK, &stops, &before);
+  return before;
+}
+
 gboolean quit(gpointer application) {
   g_application_quit(G_APPLICATION(application));
   return G_SOURCE_CONTINUE;
 }
 
+/** From now on they close the window, like a person would. Ignored ones stay so (as by nohup). */
+void closeOnStopSignals(GApplication* application, const sigset_t& waiting) {
+  for (const int signal : STOP_SIGNALS) {
+    struct sigaction action {};
+    sigaction(signal, nullptr, &action);
+    if (action.sa_handler != SIG_IGN) g_unix_signal_add(signal, quit, application);
+  }
+  pthread_sigmask(SIG_SETMASK, &waiting, nullptr);
+}
+
 int runInProductionMode(int argc, char** argv) {
   logLine("Starting application for Halvorik");
+  // From "unlock" on the program must not end without "rollback".
+  const sigset_t waiting = holdStopSignals();
   config->runPermissionsHandler("unlock", "");
   // The toolkit ends the process itself after --help, and where there is no display. (It does so
   // too when the display goes away, but in a way that calls nothing at exit.)
@@ -69,9 +96,7 @@ int runInProductionMode(int argc, char** argv) {
   std::this_thread::sleep_for(PAUSE_AFTER_UNLOCK);
   config->initialize(NetworkManagerConfig::PRODUCTION);
   const auto application = createApplication();
-  // What stops a session or a service closes the window, like a person would.
-  for (const int signal : {SIGHUP, SIGINT, SIGTERM})
-    g_unix_signal_add(signal, quit, application->gobj());
+  closeOnStopSignals(G_APPLICATION(application->gobj()), waiting);
   const int status = application->make_window_and_run<NetworkManagerWindow>(argc, argv);
   // Also after "Exit Without Saving", which has asked already, and after a save; both are intended.
   rollBack();
@@ -82,8 +107,10 @@ int runInProductionMode(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   openStandardStreams();
-  // A reader of the log that goes away must not end the program in the middle of a save.
-  std::signal(SIGPIPE, SIG_IGN);
+  keepInherited();
+  // A reader of the log that goes away, or a log that has reached its largest size, must not end
+  // the program in the middle of a save.
+  for (const int signal : {SIGPIPE, SIGXFSZ}) std::signal(signal, SIG_IGN);
   const bool debug = argc > 1 && std::string_view(argv[1]) == "1";
   return debug ? runInDebugMode(argv) : runInProductionMode(argc, argv);
 }

@@ -2,11 +2,11 @@
 // SPDX-License-Identifier: MIT
 #include <unistd.h>
 
-#include <csignal>
 #include <cstdio>
 #include <iostream>
 
 #include "app/NetworkManagerConfig.h"
+#include "app/inherited.h"
 
 namespace {
 
@@ -18,9 +18,9 @@ void NetworkManagerConfig::runPermissionsHandler(const std::string& action,
                                                  const std::string& argument) const {
   if (fork() != 0) return;
 
-  std::signal(SIGPIPE, SIG_DFL);  // ignored in this program only
   // Not flushed: it shows on a terminal, and nowhere else.
   std::cout << "Calling permissions handler action: " + action + "\n";
+  restoreInherited();  // not before the line: a reader that is gone would end the request
   execlp(PERMISSIONS_HANDLER, PERMISSIONS_HANDLER, action.c_str(),
          argument.empty() ? nullptr : argument.c_str(), nullptr);
   std::perror("Failed to execute zor-network-permissions-handler");

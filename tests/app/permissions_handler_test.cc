@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "app/NetworkManagerConfig.h"
+#include "app/inherited.h"
 #include "support/bytes.h"
 #include "support/child.h"
 #include "support/printed.h"
@@ -57,15 +58,19 @@ TEST_F(PermissionsHandler, GetsTheActionAndAnArgumentThatIsNotEmpty) {
   }
 }
 
-TEST_F(PermissionsHandler, InheritsWhatTheProgramDidNotSet) {
-  EXPECT_EQ(0, inChild([&] {
-              umask(0026);
-              std::signal(SIGHUP, SIG_IGN);
-              std::signal(SIGPIPE, SIG_IGN);  // as the program does
-              request("unlock", "");
-            }));
-  EXPECT_EQ("zor-network-permissions-handler umask 26 SIGHUP ignored",
-            recorder.calls().at(0).circumstances);
+TEST_F(PermissionsHandler, InheritsWhatTheProgramWasGiven) {
+  for (const std::string given : {"", " SIGPIPE ignored"}) {
+    EXPECT_EQ(0, inChild([&] {
+                umask(0026);
+                std::signal(SIGHUP, SIG_IGN);
+                std::signal(SIGPIPE, given.empty() ? SIG_DFL : SIG_IGN);
+                keepInherited();
+                std::signal(SIGPIPE, given.empty() ? SIG_IGN : SIG_DFL);
+                request("unlock", "");
+              }));
+    EXPECT_EQ("zor-network-permissions-handler umask 26" + given + " SIGHUP ignored",
+              recorder.calls().at(0).circumstances);
+  }
 }
 
 TEST_F(PermissionsHandler, IsNotWaitedFor) {

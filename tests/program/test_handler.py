@@ -4,6 +4,7 @@
 import os
 import re
 import signal
+import tempfile
 
 from tests.program import transcripts as said
 from tests.support import program_case
@@ -15,15 +16,19 @@ from tests.support.recorder import NAME
 PRODUCTION_START = said.start(SYSTEM_CONNECTIONS, said.PRODUCTION)
 NOT_FOUND = f"Failed to execute {NAME}: No such file or directory\n"
 CALLING = "Calling permissions handler action: "
-# Makes all that is inherited unusual, and becomes the program.
+# Makes all that is inherited unusual, and becomes the program: IGNORED BLOCKED COMMAND..., with sets
+# of signals as the system prints them.
 PREPARE = """import os, resource, signal, sys
 os.umask(0o027)
 os.dup2(os.open("/dev/zero", os.O_RDONLY), 7)
-for number in signal.SIGHUP, signal.SIGUSR1, signal.SIGPIPE:
-    signal.signal(number, signal.SIG_IGN)
-signal.pthread_sigmask(signal.SIG_BLOCK, [signal.SIGUSR2])
+def chosen(bits):
+    return {number for number in signal.valid_signals() if int(bits, 16) >> (number - 1) & 1}
+for number in signal.valid_signals() - {signal.SIGKILL, signal.SIGSTOP}:
+    ignored = number in chosen(sys.argv[1])
+    signal.signal(number, signal.SIG_IGN if ignored else signal.SIG_DFL)
+signal.pthread_sigmask(signal.SIG_SETMASK, chosen(sys.argv[2]))
 resource.setrlimit(resource.RLIMIT_FSIZE, (4321, 4321))
-os.execvp(sys.argv[1], sys.argv[1:])
+os.execvp(sys.argv[3], sys.argv[3:])
 """
 # Keeps what it was given, in a folder that is complete as soon as it has its name. In Perl: a shell
 # takes all blocks away when it starts, and Python ignores SIGPIPE.
@@ -91,18 +96,24 @@ class PermissionsHandler(program_case.ProgramCase):
         self.assertEqual(program.errors, "")
 
 
+def as_bits(*signals):
+    """A set of signals as the system prints it."""
+    return f"{sum(1 << (number - 1) for number in signals):016x}"
+
+
 class Inherited(program_case.ProgramCase):
-    """What a request is given: what the program was, but for what that sets for itself."""
+    """What a request is given: what the program was."""
 
     def reports(self, *wrapper, **options):
         """Runs production mode behind a command; returns the run, and a report for each action."""
-        self.recorder.replace(REPORTER.format(folder=self.folder))
+        folder = tempfile.mkdtemp(dir=self.folder)
+        self.recorder.replace(REPORTER.format(folder=folder))
         program = self.run_program(wrapper=wrapper, **options)
         program.look()
         self.given = read(f"/proc/{program.process.pid}/environ").decode().split("\0")
         program.button("Save And Exit")
         self.assertEqual(program.finish(), 0)
-        folders = {action: os.path.join(self.folder, action)
+        folders = {action: os.path.join(folder, action)
                    for action in ("unlock", "finalize_ethernet", "rollback")}
         wait_until(lambda: all(map(os.path.isdir, folders.values())), "three reports")
         return program, {action: {name: read(folder, name).decode()
@@ -116,7 +127,7 @@ class Inherited(program_case.ProgramCase):
 
     def test_all_is_inherited_but_what_the_program_sets(self):
         program, reports = self.reports(
-            "/usr/bin/python3", "-c", PREPARE, cwd=self.connections,
+            "/usr/bin/python3", "-c", PREPARE, as_bits(), as_bits(), cwd=self.connections,
             environment={"PATH": f"{self.recorder.bin}:/usr/bin:relative", "ODD": "two\nlines",
                          "DESKTOP_STARTUP_ID": "id"})
         self.assertIn("ODD=two\nlines", self.given)
@@ -132,17 +143,26 @@ class Inherited(program_case.ProgramCase):
                 self.assertRegex(report["limits"], r"\nMax file size\s+4321 ")
                 status = dict(re.findall(r"(\w+):\s+(.*)\n", report["status"]))
                 self.assertEqual(int(status["Umask"], 8), 0o027)
-                self.assertEqual(int(status["SigBlk"], 16), 1 << (signal.SIGUSR2 - 1))
-                ignored = {number for number in signal.valid_signals()
-                           if int(status["SigIgn"], 16) >> (number - 1) & 1}
-                # SIGPIPE is ignored by the program alone, and SIGHUP is handled from its window on.
-                self.assertEqual(signal.SIGUSR1 in ignored, True)
-                self.assertEqual(signal.SIGPIPE in ignored, False)
-                self.assertEqual(signal.SIGHUP in ignored, action == "unlock")
                 _, _, group, session = report["stat"].rpartition(")")[2].split()[:4]
                 self.assertEqual((int(group), int(session)), (os.getpgrp(), os.getsid(0)))
         self.assertRegex(reports["unlock"]["status"], rf"\nPPid:\s{program.process.pid}\n")
         self.assertEqual(os.stat(UPDATE_RECORD).st_mode & 0o777, 0o640)
+
+    def test_signals_are_inherited_whatever_the_program_does_with_them(self):
+        # Those that stop it, and those that a failing write raises, are the program's business.
+        stops = (signal.SIGHUP, signal.SIGINT, signal.SIGTERM)
+        for ignored, blocked in (((), ()),
+                                 ((signal.SIGPIPE, signal.SIGUSR1), stops[:1]),
+                                 ((signal.SIGXFSZ, *stops), (signal.SIGUSR2,)),
+                                 ((signal.SIGHUP,), (signal.SIGPIPE, *stops[1:]))):
+            with self.subTest(ignored=ignored, blocked=blocked):
+                given = [as_bits(*ignored), as_bits(*blocked)]
+                _, reports = self.reports("/usr/bin/python3", "-c", PREPARE, *given)
+                for action, report in reports.items():
+                    status = dict(re.findall(r"(\w+):\s+(.*)\n", report["status"]))
+                    # Perl itself ignores that one.
+                    found = int(status["SigIgn"], 16) & ~int(as_bits(signal.SIGFPE), 16)
+                    self.assertEqual([f"{found:016x}", status["SigBlk"]], given, action)
 
     def test_closed_streams_are_open_on_the_null_device(self):
         _, reports = self.reports("sh", "-c", 'exec "$@" <&- >&- 2>&-', "sh")

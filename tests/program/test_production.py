@@ -110,6 +110,14 @@ class ProductionMode(program_case.ProgramCase):
                 os.kill(program.process.pid, number)
                 self.assert_ended(program, START, calls=[["unlock"], ["rollback"]])
 
+    def test_signal_that_was_ignored_stays_ignored(self):
+        program = self.run_program(wrapper=["sh", "-c", "trap '' HUP; exec \"$@\"", "sh"])
+        program.look()
+        os.kill(program.process.pid, signal.SIGHUP)
+        program.show_page("Wifi")
+        os.kill(program.process.pid, signal.SIGTERM)
+        self.assert_ended(program, START + said.SHOW_WIFI, calls=[["unlock"], ["rollback"]])
+
     def test_second_instance_ends_with_status_0(self):
         first = self.run_program()
         first.look()

@@ -55,6 +55,19 @@ class BrokenStreams(program_case.ProgramCase):
         self.save(program)
         self.assert_saved(program)
 
+    def test_log_at_its_size_limit_does_not_stop_a_save(self):
+        start = said.start(self.connections,
+                           page=said.static_page("192.168.1.10/24,192.168.1.1"))
+        limit = 100000
+        name = os.path.join(self.folder, "log")
+        with open(name, "ab") as log:
+            os.truncate(name, limit - len(start))
+            program = self.run_debug(stdout=log.fileno(),
+                                     wrapper=["prlimit", f"--fsize={limit}"])
+        self.save(program)
+        self.assert_saved(program)
+        self.assertEqual(read(name).lstrip(b"\0"), start.encode())
+
     def test_reader_that_is_gone_does_not_stop_a_save(self):
         reader, writer = os.pipe()
         os.close(reader)
