@@ -39,6 +39,26 @@ bool read_value(const char* Section, const char* Key, char* Buffer, int BufferSi
   });
 }
 
+/** Tells a callback of each key line behind those that it was told of, and counts them. */
+void browse(ini::line_reader& reader, ini_callback Callback, void* UserData, long* told) {
+  char section[INI_BUFFERSIZE] = "";
+  char key[INI_BUFFERSIZE];
+  char value[INI_BUFFERSIZE];
+  long seen = 0;
+  // The section's name and the line, each with its NUL, have the room of one buffer: a long name
+  // leaves less for the line.
+  while (reader.next(INI_BUFFERSIZE - (std::strlen(section) + 1) - 1)) {
+    if (const auto name = ini::header_name(reader.line())) {
+      ini::copy_name(*name, section, sizeof section);
+    } else if (const auto parts = ini::split(reader.line()); parts && ++seen > *told) {
+      *told = seen;
+      ini::copy_name(parts->name, key, sizeof key);
+      ini::copy_value(parts->value, value, sizeof value);
+      if (Callback(section, key, value, UserData) == 0) return;
+    }
+  }
+}
+
 }  // namespace
 
 int ini_gets(const char* Section, const char* Key, const char* DefValue, char* Buffer,
@@ -114,23 +134,15 @@ int ini_haskey(const char* Section, const char* Key, const char* Filename) {
 }
 
 int ini_browse(ini_callback Callback, void* UserData, const char* Filename) {
-  ini::line_reader reader(Filename);
-  if (!reader.is_open() || Callback == NULL) return 0;
-  char section[INI_BUFFERSIZE] = "";
-  char key[INI_BUFFERSIZE];
-  char value[INI_BUFFERSIZE];
-  // The section's name and the line, each with its NUL, have the room of one buffer: a long name
-  // leaves less for the line.
-  while (reader.next(INI_BUFFERSIZE - (std::strlen(section) + 1) - 1)) {
-    if (const auto name = ini::header_name(reader.line())) {
-      ini::copy_name(*name, section, sizeof section);
-    } else if (const auto parts = ini::split(reader.line())) {
-      ini::copy_name(parts->name, key, sizeof key);
-      ini::copy_value(parts->value, value, sizeof value);
-      if (Callback(section, key, value, UserData) == 0) break;
-    }
-  }
-  return 1;
+  bool opened = false;
+  long told = 0;
+  succeedsOnRetry([&] {
+    ini::line_reader reader(Filename);
+    opened = opened || reader.is_open();
+    if (reader.is_open() && Callback != NULL) browse(reader, Callback, UserData, &told);
+    return !reader.failed();
+  });
+  return opened && Callback != NULL;
 }
 
 int ini_puts(const char* Section, const char* Key, const char* Value, const char* Filename) {

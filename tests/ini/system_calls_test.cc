@@ -134,6 +134,22 @@ TEST_F(SystemCalls, WhatMayPassIsWaitedForUpToATenthOfASecond) {
   EXPECT_BYTES_EQ("[s]\nk=longer\n", readBytes(file));
 }
 
+TEST_F(SystemCalls, BrowsingGoesOnWhereItFailed) {
+  const std::string content = "[s]\na=1\n" + std::string(1000, 'x') + "\nb=2\n[t]\nc=3\n";
+  writeBytes(file, content);
+  const ini_callback append = [](const char* section, const char* key, const char*, void* names) {
+    static_cast<std::string*>(names)->append(section).append(".").append(key).append(" ");
+    return 1;
+  };
+  for (int reads = 0; reads < 6; ++reads) {
+    std::string names;
+    letReadingFail(EIO, 20);
+    readsThatWork = reads;
+    EXPECT_EQ(1, ini_browse(append, &names, file.c_str()));
+    EXPECT_EQ("s.a s.b t.c ", names) << reads;
+  }
+}
+
 TEST_F(SystemCalls, WhatDoesNotPassIsNotWaitedFor) {
   writeBytes(file, "[s]\nk=old\n");
   for (const int error : {EACCES, EISDIR, EINVAL}) {
