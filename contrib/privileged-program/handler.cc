@@ -66,9 +66,15 @@ struct Request {
 
 void note(const std::string& text) { syslog(LOG_NOTICE, "%s", text.c_str()); }
 
+/** What standard error is to be told when all else is done: its reader can block us. */
+std::string& complaints() {
+  static std::string lines;
+  return lines;
+}
+
 void complain(const std::string& text) {
   syslog(LOG_ERR, "%s", text.c_str());
-  std::fprintf(stderr, "zor-network-permissions-handler: %s\n", text.c_str());
+  complaints() += "zor-network-permissions-handler: " + text + "\n";
 }
 
 /** A text of the user's that cannot be mistaken for anything else in a log. */
@@ -367,24 +373,30 @@ void serve(const Request& request) {
   }
 }
 
+ExitStatus answer(int count, char** arguments, uid_t user) {
+  if (!isWellFormed(count, arguments)) {
+    complain("usage: unlock | rollback | finalize_ethernet [ID] | finalize_wifi [ID]");
+    return WRONG_CALL;
+  }
+  ExitStatus status = DONE;
+  try {
+    serve({arguments[1], count > 2 ? arguments[2] : "", user});
+  } catch (const std::exception& error) {
+    complain(std::string(arguments[1]) + ": " + error.what());
+    status = NOT_DONE;
+  }
+  alarm(LONGEST_REQUEST);
+  removeOldDesks();
+  return status;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   const uid_t user = callingUser();
   forgetCaller();
   openlog("zor-network-permissions-handler", LOG_PID, LOG_AUTHPRIV);
-  if (!isWellFormed(argc, argv)) {
-    complain("usage: unlock | rollback | finalize_ethernet [ID] | finalize_wifi [ID]");
-    return WRONG_CALL;
-  }
-  ExitStatus status = DONE;
-  try {
-    serve({argv[1], argc > 2 ? argv[2] : "", user});
-  } catch (const std::exception& error) {
-    complain(std::string(argv[1]) + ": " + error.what());
-    status = NOT_DONE;
-  }
-  alarm(LONGEST_REQUEST);
-  removeOldDesks();
+  const ExitStatus status = answer(argc, argv, user);
+  std::fputs(complaints().c_str(), stderr);
   return status;
 }

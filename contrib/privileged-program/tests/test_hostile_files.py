@@ -1,6 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 # SPDX-License-Identifier: MIT
 """The example privileged program against a user who means harm."""
+import contextlib
 import os
 import socket
 import stat
@@ -226,6 +227,34 @@ class HostileFiles(DeviceCase):
         self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
         self.request("unlock", user=USER - 1)
         self.assertIsNone(busy.poll())
+
+    def assert_done_while_standard_error_is_blocked(self, words, is_done):
+        reader, writer = os.pipe()
+        self.addCleanup(os.close, reader)
+        os.set_blocking(writer, False)
+        length = 0
+        with contextlib.suppress(BlockingIOError):
+            while True:
+                length += os.write(writer, b"x")
+        os.set_blocking(writer, True)
+        process = self.start(*words, preexec_fn=lambda: os.dup2(writer, 2))
+        os.close(writer)
+        wait_until(is_done, "the request to do what it is for")
+        self.request("unlock", user=USER - 1)
+        self.assertIsNone(process.poll(), "nothing was complained about")
+        os.read(reader, length)
+        self.assertEqual(self.finish(process), (0, ""))
+        self.assertIn(b"zor-network-permissions-handler: ", os.read(reader, length))
+
+    def test_standard_error_that_is_blocked_holds_nobody_up(self):
+        self.request("unlock")
+        os.link(os.path.join(DESK, WIFI), os.path.join(DESK, "link"))  # not to be set aside
+        self.assert_done_while_standard_error_is_blocked(
+            ("rollback",), lambda: os.stat(DESK).st_uid == 0)
+        self.request("unlock")
+        self.put_on_desk(STATIC, ETHERNET)  # without a record
+        self.assert_done_while_standard_error_is_blocked(
+            ("finalize_ethernet", "x"), lambda: any("connection up" in call for call in nmcli_calls()))
 
     def test_names_for_what_is_moved_may_be_taken(self):
         self.request("unlock")
