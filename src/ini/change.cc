@@ -11,8 +11,8 @@
 #include <cstring>
 
 #include "base/open_private.h"
+#include "base/temporary_file.h"
 #include "ini/lines.h"
-#include "ini/temporary_file.h"
 #include "ini/text.h"
 
 namespace ini {
@@ -124,11 +124,13 @@ bool copy_changed(line_reader& reader, writer& target, const setting& wanted) {
 // ---- The steps
 
 bool create(const setting& wanted, const char* Filename) {
-  writer target(openPrivate(Filename, O_WRONLY | O_CREAT | O_TRUNC));
-  if (!target.is_open()) return false;
+  const int descriptor = openPrivate(Filename, O_WRONLY | O_CREAT | O_TRUNC);
+  if (descriptor < 0) return false;
+  writer target(descriptor);
   put_header(target, wanted.section);
   put_key(target, wanted);
-  if (target.close()) return true;
+  const bool written = target.finish();
+  if (close(descriptor) == 0 && written) return true;
   // What was created may stand at the end of a link, which was there before.
   char created[PATH_MAX];
   if (realpath(Filename, created) != NULL) (void)unlink(created);
@@ -152,14 +154,11 @@ bool patch(const setting& wanted, const char* Filename, off_t start) {
 }
 
 bool rewrite(line_reader& reader, const setting& wanted, const char* Filename) {
-  temporary_file file(Filename);
-  if (!file.content().is_open()) return false;
-  const bool copied = copy_changed(reader, file.content(), wanted);
-  if (!file.content().close() || !copied) {
-    file.discard();
-    return false;
-  }
-  file.take_place();
+  TemporaryFile file(Filename);
+  if (file.descriptor() < 0) return false;
+  writer target(file.descriptor());
+  if (!copy_changed(reader, target, wanted) || !target.finish() || !file.close()) return false;
+  file.takePlace();
   return true;
 }
 

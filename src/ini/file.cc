@@ -58,12 +58,9 @@ void writer::put(std::string_view text) {
   }
 }
 
-bool writer::close() {
-  if (!is_open()) return false;
+bool writer::finish() {
   cache_flush(&pending);
-  const bool closed = ::close(descriptor) == 0;
-  descriptor = -1;
-  return closed && complete;
+  return complete;
 }
 
 void writer::cache_flush(int* size) {

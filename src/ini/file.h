@@ -76,29 +76,26 @@ class line_reader {
   char buffer[INI_BUFFERSIZE];
 };
 
-/** Writes a file in blocks. What fails shows when it is closed. */
+/** Writes to a descriptor in blocks. What fails shows at the end. */
 class writer {
  public:
-  /** Takes over a descriptor; a negative one leaves the file closed. */
   explicit writer(int opened) : descriptor(opened) {}
   writer(const writer&) = delete;
   writer& operator=(const writer&) = delete;
-  ~writer() { (void)close(); }
 
-  bool is_open() const { return descriptor >= 0; }
   void put(std::string_view text);
 
   /** Whether there is a last byte, and it is an LF. */
   bool ends_in_lf() const { return pending > 0 && block[pending - 1] == '\n'; }
 
-  /** Returns whether all that was put is in the file. False for one that was not open. */
-  bool close();
+  /** Writes what is left in the block. Returns whether all that was put has been written. */
+  bool finish();
 
   /** Writes the first bytes of the block, and sets their number to 0. Public for its contract. */
   void cache_flush(int* size);
 
  private:
-  int descriptor;        // -1 unless the file is open
+  int descriptor;
   bool complete = true;  // whether every block so far was written whole
   int pending = 0;       // bytes of the block; more than 0 once anything was put
   char block[INI_BUFFERSIZE];

@@ -1,0 +1,80 @@
+// SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
+// SPDX-License-Identifier: MIT
+#include "base/temporary_file.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <utility>
+
+#include "base/open_private.h"
+#include "base/write_all.h"
+
+namespace {
+
+constexpr char TEMPORARY_SUFFIX = '~';
+
+/**
+ * The name with the suffix as its last byte; a name that has it already gets one more. Empty for
+ * what cannot name a file, or leaves no room.
+ */
+char* temporaryName(char (&name)[PATH_MAX], const char* path) {
+  const std::size_t length = std::strlen(path);
+  name[0] = '\0';
+  if (length == 0 || length + 1 >= sizeof name || path[length - 1] == '/') return name;
+  const std::size_t last = path[length - 1] == TEMPORARY_SUFFIX ? length : length - 1;
+  std::memcpy(name, path, last);
+  name[last] = TEMPORARY_SUFFIX;
+  name[last + 1] = '\0';
+  return name;
+}
+
+/** Creates a file that is not there yet; -1, with errno set, if it is. */
+int createNew(const char* path) { return openPrivate(path, O_WRONLY | O_CREAT | O_EXCL); }
+
+/** The same in place of a leftover, perhaps one that others can read, or a link. */
+int createAnew(const char* path) {
+  const int descriptor = createNew(path);
+  if (descriptor >= 0 || errno != EEXIST || unlink(path) != 0) return descriptor;
+  return createNew(path);
+}
+
+bool copyBytes(int source, int target) {
+  char block[512];
+  ssize_t length = 0;
+  while ((length = read(source, block, sizeof block)) > 0)
+    if (!writeAll(target, {block, static_cast<std::size_t>(length)})) return false;
+  return length == 0;
+}
+
+/** Copies a file to a name that was freed for it. Returns whether the file has no use any more. */
+bool copy(const char* path, const char* place) {
+  const int target = createNew(place);
+  if (target < 0) return errno == EEXIST;  // the old file could not be removed
+  const int source = openPrivate(path, O_RDONLY);
+  const bool copied = source >= 0 && copyBytes(source, target);
+  if (source >= 0) close(source);
+  return close(target) == 0 && copied;
+}
+
+}  // namespace
+
+TemporaryFile::TemporaryFile(const char* path)
+    : place(path), opened(createAnew(temporaryName(name, path))) {
+  kept = opened < 0;
+}
+
+TemporaryFile::~TemporaryFile() {
+  if (opened >= 0) ::close(opened);
+  if (!kept) (void)unlink(name);
+}
+
+bool TemporaryFile::close() { return ::close(std::exchange(opened, -1)) == 0; }
+
+void TemporaryFile::takePlace() {
+  (void)std::remove(place);
+  kept = std::rename(name, place) == 0 || !copy(name, place);
+}

@@ -1,0 +1,36 @@
+// SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <climits>
+
+/**
+ * The new form of a private file, beside the old one under a temporary name: the old name with "~"
+ * for its last byte. It is removed again unless it takes the place of the old file.
+ */
+class TemporaryFile {
+ public:
+  /** Creates it, empty, in place of a leftover. */
+  explicit TemporaryFile(const char* path);
+  TemporaryFile(const TemporaryFile&) = delete;
+  TemporaryFile& operator=(const TemporaryFile&) = delete;
+  ~TemporaryFile();
+
+  /** Where its bytes are written to; -1, with errno set, if it could not be created. */
+  int descriptor() const { return opened; }
+
+  /** Ends the writing. Returns whether all bytes are in the file. */
+  bool close();
+
+  /**
+   * Removes the old file and gives this one its name, after close(). Where it cannot be moved it is
+   * copied, and stays when that fails too; it is given up where the old file cannot be removed.
+   */
+  void takePlace();
+
+ private:
+  const char* place;  // the name of the old file
+  bool kept = false;  // whether something has to stay under the temporary name, or nothing is there
+  char name[PATH_MAX];  // "" when there can be none
+  int opened;           // under that name, which is made first
+};
