@@ -50,14 +50,19 @@ bool copyBytes(int source, int target) {
   return length == 0;
 }
 
-/** Copies a file to a name that was freed for it. Returns whether the file has no use any more. */
+/**
+ * Copies a file to a name that was freed for it, where nothing stays if that fails. Returns whether
+ * the file has no use any more.
+ */
 bool copy(const char* path, const char* place) {
   const int target = createNew(place);
   if (target < 0) return errno == EEXIST;  // the old file could not be removed
   const int source = openPrivate(path, O_RDONLY);
-  const bool copied = source >= 0 && copyBytes(source, target);
+  bool copied = source >= 0 && copyBytes(source, target);
   if (source >= 0) close(source);
-  return close(target) == 0 && copied;
+  copied = close(target) == 0 && copied;
+  if (!copied) (void)unlink(place);
+  return copied;
 }
 
 }  // namespace

@@ -22,6 +22,7 @@ int readsThatWork = INT_MAX;         // until they fail
 int readError = EIO;                 // what they fail with then
 int pauseThatMends = INT_MAX;        // milliseconds, after which they work again
 int paused = 0;                      // milliseconds in all; no pause takes any time here
+bool renamingFails = false;          // and whatever reads after it
 bool memoryIsUsedUp = false;
 
 }  // namespace
@@ -32,6 +33,14 @@ extern "C" ssize_t __wrap_read(int descriptor, void* bytes, std::size_t size) {
   if (readsThatWork-- > 0 || paused >= pauseThatMends)
     return __real_read(descriptor, bytes, std::min(size, mostAtATime));
   errno = readError;
+  return -1;
+}
+
+extern "C" int __real_rename(const char* from, const char* to);
+extern "C" int __wrap_rename(const char* from, const char* to) {
+  if (!renamingFails) return __real_rename(from, to);
+  readsThatWork = 0;
+  errno = EIO;
   return -1;
 }
 
@@ -57,6 +66,7 @@ class SystemCalls : public IniTest {
     readError = EIO;
     pauseThatMends = INT_MAX;
     paused = 0;
+    renamingFails = false;
     memoryIsUsedUp = false;
   }
 
@@ -158,6 +168,14 @@ TEST_F(SystemCalls, WhatDoesNotPassIsNotWaitedFor) {
     EXPECT_EQ(0, put("s", "k", "longer"));
     EXPECT_EQ(0, paused) << error;
   }
+}
+
+TEST_F(SystemCalls, WhatCannotBeMovedNorCopiedStaysWhole) {
+  writeBytes(file, "[s]\nk=old\n");
+  renamingFails = true;
+  EXPECT_EQ(1, put("s", "k", "longer")) << "whether it was moved is not told";
+  EXPECT_EQ(std::vector<std::string>{"test.in~"}, directory.names());
+  EXPECT_BYTES_EQ("[s]\nk=longer\n", readBytes(temporary));
 }
 
 TEST_F(SystemCalls, NoMemoryIsNeeded) {
