@@ -23,9 +23,11 @@ constexpr std::string_view ADDRESSES = "0123456789./,; ";
 constexpr std::size_t LONGEST_VALUE = 99;
 
 enum class Form {
-  WORD,        // one of some words
-  CHARACTERS,  // any number of some characters
-  TEXT,        // anything that can be printed
+  WORD,          // one of some words
+  CHARACTERS,    // some characters, one that is no blank at least
+  MAY_BE_EMPTY,  // the same, or none
+  TEXT,          // anything that can be printed
+  NAME,          // the same, but no list of bytes
 };
 
 struct Setting {
@@ -51,7 +53,7 @@ constexpr std::array SETTINGS = {
     // Whoever is named here may change the connection through NetworkManager, past this list.
     Setting{"wifi", "connection", "permissions", Form::WORD, "user:zor:;"},
     Setting{"wifi", "wifi", "mode", Form::WORD, "ap infrastructure"},
-    Setting{"wifi", "wifi", "ssid", Form::TEXT, ""},
+    Setting{"wifi", "wifi", "ssid", Form::NAME, ""},
     Setting{"wifi", "wifi", "band", Form::WORD, "a bg"},
     Setting{"wifi", "wifi", "channel", Form::CHARACTERS, DIGITS},
     Setting{"wifi", "wifi-security", "auth-alg", Form::WORD, "open"},
@@ -63,7 +65,7 @@ constexpr std::array SETTINGS = {
     Setting{"ethernet", "ipv4", "method", Form::WORD, "auto manual"},
     Setting{"wifi", "ipv4", "method", Form::WORD, "auto manual shared"},
     Setting{"", "ipv4", "address1", Form::CHARACTERS, ADDRESSES},
-    Setting{"", "ipv4", "dns", Form::CHARACTERS, ADDRESSES},
+    Setting{"", "ipv4", "dns", Form::MAY_BE_EMPTY, ADDRESSES},
     Setting{"", "ipv6", "addr-gen-mode", Form::WORD, "default eui64 stable-privacy"},
     Setting{"", "ipv6", "method", Form::WORD, "auto disabled ignore link-local"},
 };
@@ -93,15 +95,28 @@ bool isWordOf(std::string_view words, std::string_view value) {
   return false;
 }
 
+/** Whether a backslash and the letter behind it stand for the end of a line. */
+bool holdsLineEnd(std::string_view value) {
+  for (std::size_t at = value.find('\\'); at != std::string_view::npos;
+       at = value.find('\\', at + 2))
+    if (value.substr(at + 1, 1) == "n" || value.substr(at + 1, 1) == "r") return true;
+  return false;
+}
+
 bool isAllowed(const Setting& setting, std::string_view value) {
   if (value.size() > LONGEST_VALUE) return false;
   switch (setting.form) {
     case Form::WORD:
       return isWordOf(setting.values, value);
     case Form::CHARACTERS:
+      return value.find_first_not_of(' ') != std::string_view::npos &&
+             value.find_first_not_of(setting.values) == std::string_view::npos;
+    case Form::MAY_BE_EMPTY:
       return value.find_first_not_of(setting.values) == std::string_view::npos;
-    case Form::TEXT:
-      return true;  // what cannot be printed was refused with its line
+    case Form::TEXT:  // what cannot be printed was refused with its line
+      return !holdsLineEnd(value);
+    case Form::NAME:  // numbers with ";" behind each are bytes of any value
+      return !holdsLineEnd(value) && (value.empty() || value.back() != ';');
   }
   return false;
 }

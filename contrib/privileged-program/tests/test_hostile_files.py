@@ -3,12 +3,14 @@
 """The example privileged program against a user who means harm."""
 import contextlib
 import os
+import re
 import socket
 import stat
 import struct
 import subprocess
 import sys
 
+from tests.support.files import read
 from tests.support.limit import wait_until
 
 from . import device_case
@@ -107,13 +109,15 @@ class HostileFiles(DeviceCase):
             "interface of Wi-Fi": replace(b"eth0", b"wlan0"),
             "no interface": replace(b"interface-name=eth0\n", b""),
             "UUID of another": replace(b"id=ethernet", b"id=ethernet\nuuid=" + 4 * b"11111111-"),
-            "address missing": replace(b"192.168.1.10/24,192.168.1.1", b""),
+            "address missing": replace(b"address1=192.168.1.10/24,192.168.1.1\n", b""),
             "address with zeros": replace(b"192.168.1.10/", b"192.168.01.10/"),
+            "empty address": DYNAMIC.replace(b"method=auto\n", b"method=auto\naddress1=\n", 1),
+            "empty UUID": replace(b"id=ethernet", b"id=ethernet\nuuid="),
             "nothing": b"",
         }
         for name, content in cases.items():
             with self.subTest(name):
-                self.assertNotEqual(content, STATIC)
+                self.assertNotIn(content, (STATIC, DYNAMIC))
                 self.request("unlock")
                 self.put_on_desk(content, ETHERNET)
                 empty(NOTES)
@@ -134,12 +138,27 @@ class HostileFiles(DeviceCase):
             "permissions": replace(b"id=Hotspot", b"id=Hotspot\npermissions=user:nobody:;"),
             "shared by a client": replace(b"mode=ap", b"mode=infrastructure"),
             "open access point": replace(b"key-mgmt=wpa-psk\n", b""),
+            "end of a line in the name": replace(b"ssid=", b"ssid=\\n"),
+            "another end of a line in the name": replace(b"Halvorik AP", b"Halvorik\\\\\\r"),
+            "name as numbers": replace(b"ssid=Halvorik AP", b"ssid=72;10;"),
+            "end of a line in the password": replace(b"psk=", b"psk=\\\\\\n"),
+            "empty address": re.sub(b"address1=.*", b"address1=", ACCESS_POINT),
+            "blank address": re.sub(b"address1=.*", b"address1= ", ACCESS_POINT),
         }
         for name, content in cases.items():
             with self.subTest(name):
+                self.assertNotEqual(content, ACCESS_POINT)
                 self.request("unlock")
                 self.put_on_desk(content, WIFI)
                 self.assert_refused("finalize_wifi", "Hotspot", because=WIFI + ": ")
+
+    def test_backslashes_that_end_no_line_are_taken(self):
+        for typed in (b"\\\\n", b"a\\\\\\\\r", b"\\s\\tx", b"x\\"):
+            content = ACCESS_POINT.replace(b"Halvorik AP", typed)
+            self.request("unlock")
+            self.put_on_desk(content, WIFI)
+            self.ask("finalize_wifi", "Hotspot")
+            self.assertEqual(read(INSTALLED, WIFI), content)
 
     def test_installed_uuid_may_stay(self):
         uuid = b"uuid=1b4e28ba-2fa1-11d2-883f-0016d3cca427\n"
