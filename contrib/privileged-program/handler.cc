@@ -207,10 +207,24 @@ std::string takenAs(const Connection& connection) {
   return list.output.substr(start, end - start);
 }
 
+/** The window's note about Ethernet; nothing if there is none. */
+std::optional<std::string> takeRecord(uid_t user) {
+  return take(openFolder("/tmp"), "ethernetUpdateSettings", user);
+}
+
+/** Whether the window's note is of other settings than those that a file holds. */
+bool isRecordOfOthers(uid_t user, const Settings& settings) try {
+  const std::string expected = recordOf(settings);
+  const auto record = takeRecord(user);
+  return record && record->size() == expected.size() && *record != expected;
+} catch (const Refusal&) {  // it is not the user's
+  return false;
+}
+
 /** Hands the window's note about Ethernet on, if it is the user's own and tells the truth. */
 void publishRecord(uid_t user, const Settings& settings) try {
   const std::string expected = recordOf(settings);
-  const auto record = take(openFolder("/tmp"), "ethernetUpdateSettings", user);
+  const auto record = takeRecord(user);
   if (!record) throw Refusal("it is missing");
   if (expected.empty() || *record != expected) throw Refusal("it differs from the keyfile");
   put(openTrustedFolder(RUN), RECORD, expected, {ROOT, ROOT, 0644}, Lasting::NO);
@@ -315,6 +329,10 @@ std::string takeOver(const Request& request, const Connection& connection) {
     return {};
   }
   const Settings settings = check(connection, *content, before);
+  // As where the window could not write yet: to activate what was there would look like success.
+  if (connection.type == ETHERNET.type && content == before &&
+      isRecordOfOthers(request.user, settings))
+    throw Refusal("it is as it was before, and the update record is not");
   std::string uuid = replace(connection, content, before);
   note(std::string("installed ") + connection.file + ", id " + quoted(request.id));
   if (connection.type == ETHERNET.type) publishRecord(request.user, settings);

@@ -183,6 +183,7 @@ class Requests(DeviceCase):
 class Record(DeviceCase):
 
     def finalize(self, make):
+        write(DYNAMIC, INSTALLED, ETHERNET)
         self.request("unlock")
         self.save_static()
         write(b"old", PUBLISHED, mode=0o644)
@@ -220,6 +221,24 @@ class Record(DeviceCase):
             with self.subTest(name):
                 self.assertIn("update record is not handed on", self.finalize(make))
                 self.assertFalse(os.path.lexists(PUBLISHED), "an older record is taken for this")
+
+    def test_save_that_reached_the_record_only_is_told_as_refused(self):
+        for rollback_first in (False, True):
+            self.request("unlock")
+            write(STATIC_RECORD, UPDATE_RECORD, owner=USER)
+            if rollback_first:
+                self.request("rollback")
+            self.refused("finalize_ethernet", "ethernet", because="it is as it was before")
+            self.assert_installed(DYNAMIC, CLIENT)
+            self.assertNotIn("connection reload", nmcli_calls())
+
+    def test_save_of_the_same_again_is_activated(self):
+        for record, owner in ((DYNAMIC_RECORD, USER), (STATIC_RECORD, USER - 1), (b"", USER)):
+            write(record, UPDATE_RECORD, owner=owner)
+            self.request("unlock")
+            status, errors = self.ask("finalize_ethernet", "ethernet")
+            self.assertEqual(status, 0, errors)
+            self.assertIn("connection up", nmcli_calls()[-1])
 
     def test_true_record_is_handed_on(self):
         self.assertEqual(self.finalize(lambda: None), "")
