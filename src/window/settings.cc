@@ -5,6 +5,7 @@
 #include <stdexcept>
 
 #include "base/print.h"
+#include "base/shared_file.h"
 #include "base/trim.h"
 #include "base/whole_file.h"
 #include "settings/ipv4.h"
@@ -125,7 +126,7 @@ void NetworkManagerWindow::writeEthernetSettingsToFile(const std::string& mode) 
 
 void NetworkManagerWindow::writeEthernetUpdateFile() {
   const std::string path(ETHERNET_UPDATE_FILE);
-  if (writeFile(path, ethernetUpdateRecord.toText(), Access::SHARED)) {
+  if (writeSharedFile(path, ethernetUpdateRecord.toText())) {
     logLine("File created at ", path);
   } else {
     logError("Error: Unable to create the file.");

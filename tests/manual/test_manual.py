@@ -137,14 +137,11 @@ class Files(ManualCase):
     def test_record_is_as_in_the_example(self):
         (example,) = re.findall(r"^[0-9A-F]{2}(?: [0-9A-F]{2}){12}$", HANDLER_PAGE, re.M)
         self.put("ethernet.nmconnection", expected("ethernet-static"))
-        target = self.mark("target")
-        os.symlink(target, UPDATE_RECORD)  # which is followed
         program = self.run_debug()
         program.fill("IP Address", "192.168.001.010")
         program.button("Save And Exit")
         self.assertEqual(program.finish(), 0)
-        self.assertTrue(os.path.islink(UPDATE_RECORD))
-        record = read(target).decode()
+        record = read(UPDATE_RECORD).decode()
         self.assertEqual(record, example + " ")
         self.assertEqual(len(record), 39)
         offsets = re.findall(r"^\.It ([\d, ]+) Ta [\d to]+ Ta (\w+)", HANDLER_PAGE, re.M)
@@ -153,6 +150,16 @@ class Files(ManualCase):
         self.assertEqual([[int(field, 16) for field in group] for group in fields],
                          [[0], [192, 168, 1, 10], [255, 255, 255, 0], [192, 168, 1, 1]])
         self.assertIn(b"\naddress1=192.168.001.010/24,", read(self.path("ethernet.nmconnection")))
+
+    def test_record_is_not_written_through_a_link(self):
+        target = self.put("target", "mine", self.folder)
+        os.symlink(target, UPDATE_RECORD)
+        program = self.run_debug()
+        program.button("Save And Exit")
+        self.assertEqual(program.finish(), 0)
+        self.assertEqual(program.errors, "Error: Unable to create the file.\n")
+        self.assertEqual(read(target), b"mine")
+        self.assert_requests(["finalize_ethernet", "ethernet"])
 
     def test_nothing_stays_in_the_home_but_a_driver_s_cache(self):
         home = os.path.join(self.folder, "home")

@@ -101,6 +101,17 @@ TEST_F(Settings, DynamicAddressForgetsTheOctetsOfAStaticOne) {
   EXPECT_EQ(readBytes(UpdateRecordLock::PATH), "01 00 00 00 00 00 00 00 00 00 00 00 00 ");
 }
 
+TEST_F(Settings, RecordIsNotWrittenThroughALink) {
+  const UpdateRecordLock lock;
+  const std::string target = directory.file("precious");
+  writeBytes(target, "mine");
+  ASSERT_EQ(0, symlink(target.c_str(), UpdateRecordLock::PATH));
+  open(STATIC_KEYFILE, "", ETHERNET);
+  EXPECT_EQ(printedBy([this] { window->writeEthernetUpdateFile(); }),
+            "! Error: Unable to create the file.\n");
+  EXPECT_EQ(readBytes(target), "mine");
+}
+
 TEST_F(Settings, AccessPointAddressIsBuiltFromTheTextsThatWereValidated) {
   open("", AP_KEYFILE, WIFI);
   const struct {
