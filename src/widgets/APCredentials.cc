@@ -10,7 +10,7 @@
 namespace {
 
 constexpr guint AUTOMATIC = 0;
-constexpr guint HIGHEST_CHANNEL = 11;  // more are not offered, by design
+constexpr int HIGHEST_CHANNEL = 11;  // more are not offered, by design
 
 // Less than there is above the button. The last row is cut in half, which shows that more follow.
 constexpr int LIST_HEIGHT = 288;
@@ -18,7 +18,7 @@ constexpr int LIST_HEIGHT = 288;
 /** The position of a name is the channel. */
 std::vector<Glib::ustring> makeChannelNames() {
   std::vector<Glib::ustring> names{"Auto"};
-  for (guint channel = 1; channel <= HIGHEST_CHANNEL; ++channel)
+  for (int channel = 1; channel <= HIGHEST_CHANNEL; ++channel)
     names.emplace_back(std::to_string(channel));
   return names;
 }
@@ -37,8 +37,6 @@ APCredentials::APCredentials(NetworkManagerConfig& theConfig)
   append(grid);
   for (Gtk::Label* label : {&ipAddressLabel, &subnetMaskLabel, &channelLabel})
     label->set_margin(MARGIN);
-  ipAddressEntry.set_text("");
-  subnetMaskEntry.set_text("");
 
   nameDropDown(channelDropDown, channelLabel);
   openAtChoice(channelDropDown);
@@ -73,6 +71,6 @@ std::string APCredentials::getChannel() const {
 void APCredentials::setChannel(const std::string& channel) {
   const std::string_view text = trim(channel);
   const int number = text.empty() ? 0 : std::stoi(std::string(text));
-  const bool offered = number > 0 && static_cast<std::size_t>(number) < channelNames.size();
+  const bool offered = number >= 1 && number <= HIGHEST_CHANNEL;
   channelDropDown.set_selected(offered ? static_cast<guint>(number) : AUTOMATIC);
 }
