@@ -34,19 +34,20 @@ std::vector<Gtk::Widget*> partsOf(Gtk::Widget& whole) {
   return parts;
 }
 
-/** Names a row by its label. Not before it gets its text: only then the label is within the row. */
+/** Names a row by its label, once it has one. */
 void nameRow(const Glib::RefPtr<Gtk::ListItem>& item) {
   Gtk::Widget* content = item->get_child();
-  if (content == nullptr || content->get_parent() == nullptr) return;
+  Gtk::Widget* row = content != nullptr ? content->get_parent() : nullptr;
+  if (row == nullptr) return;
   auto* label = dynamic_cast<Gtk::Label*>(content->get_first_child());
   if (label == nullptr) return;
-  // The button shows the chosen row as well, and nameDropDown() gave that one the button's name.
-  content->get_parent()->reset_property(Gtk::Accessible::Property::LABEL);
-  label->set_mnemonic_widget(*content->get_parent());
+  // The button holds a row too, that of the choice: nameDropDown() has given it the button's name.
+  row->reset_property(Gtk::Accessible::Property::LABEL);
+  label->set_mnemonic_widget(*row);
 }
 
 /** Marks a row of a list that is about to be shown, gives it the focus and scrolls to it. */
-void goTo(guint position, Gtk::ListView& list) {
+void goToRow(guint position, Gtk::ListView& list) {
   // Closing the list without a choice has left the mark where the keys had moved it.
   if (const auto rows = list.get_model()) rows->select_item(position, true);
   Gtk::Widget* row = list.get_first_child();
@@ -68,7 +69,7 @@ void nameDropDown(Gtk::DropDown& dropDown, const Gtk::Label& label) {
     if (part->get_focusable()) setText(*part, Gtk::Accessible::Property::LABEL, label.get_text());
   if (const auto factory =
           std::dynamic_pointer_cast<Gtk::SignalListItemFactory>(dropDown.get_factory()))
-    factory->signal_bind().connect(sigc::ptr_fun(nameRow));
+    factory->signal_bind().connect(sigc::ptr_fun(nameRow));  // at set-up there is no label yet
 
   dropDown.property_selected().signal_changed().connect([&dropDown] {
     const auto choice = std::dynamic_pointer_cast<Gtk::StringObject>(dropDown.get_selected_item());
@@ -83,7 +84,7 @@ void openAtChoice(Gtk::DropDown& dropDown) {
     auto* list = dynamic_cast<Gtk::ListView*>(part);
     if (list == nullptr) continue;
     // Next the popover would give the focus to the first row. It does so only when no row has it.
-    list->signal_map().connect([&dropDown, list] { goTo(dropDown.get_selected(), *list); });
+    list->signal_map().connect([&dropDown, list] { goToRow(dropDown.get_selected(), *list); });
     // The toolkit has just taken the marked row. Some keys, like Tab, move the focus to another row
     // and leave the mark behind: the row with the focus counts.
     list->signal_activate().connect([&dropDown](guint row) { dropDown.set_selected(row); });
@@ -101,6 +102,7 @@ void openAbove(Gtk::DropDown& dropDown, int maximumHeight) {
 
 void ignoreArrowKeys(Gtk::CheckButton& button) {
   const auto keys = Gtk::EventControllerKey::create();
+  // The codes of the four keys follow one another: left, up, right, down.
   keys->signal_key_pressed().connect(
       [](guint key, guint /*code*/, Gdk::ModifierType /*state*/) {
         return (key >= GDK_KEY_Left && key <= GDK_KEY_Down) ||
