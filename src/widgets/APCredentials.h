@@ -21,6 +21,8 @@ class APCredentials : public Gtk::Box {
 
   Glib::ustring getIpAddress() const;
   Glib::ustring getSubnetMask() const;
+
+  /** The setters take any bytes; what is not valid UTF-8 shows as replacement characters. */
   void setIpAddress(const std::string& ipAddress);
   void setSubnetMask(const std::string& subnetMask);
 

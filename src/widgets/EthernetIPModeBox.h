@@ -37,7 +37,7 @@ class EthernetIPModeBox : public Gtk::Box {
 
  private:
   NetworkManagerConfig& config;
-  std::string ethernetPath;  // kept, not read once it is printed
+  std::string ethernetPath;  // printed at the start; kept, not read afterwards
   Gtk::Frame frame;
   Gtk::Grid grid;
   Gtk::Label modeLabel;

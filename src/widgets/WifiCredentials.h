@@ -38,5 +38,5 @@ class WifiCredentials : public Gtk::Box {
   Gtk::Entry ssidEntry;
   Gtk::Entry passwordEntry;
   Gtk::CheckButton showPasswordButton;
-  std::string wifiPath;
+  std::string wifiPath;  // the keyfile of the start; another one is not followed
 };

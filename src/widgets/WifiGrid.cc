@@ -12,7 +12,7 @@ WifiGrid::WifiGrid(NetworkManagerConfig& theConfig)
       apCredentials(theConfig) {
   set_valign(Gtk::Align::START);
   modeBox.connectModeButtons(apCredentials, dhcpBox, noteLabel);
-  modeBox.onModeToggled(apCredentials, dhcpBox, noteLabel);
+  modeBox.onModeToggled(apCredentials, dhcpBox, noteLabel);  // the keyfile's mode is chosen already
 
   set_margin(MARGIN);
   set_expand(true);

@@ -40,7 +40,7 @@ class WifiModeBox : public Gtk::Box {
 
  private:
   NetworkManagerConfig& config;
-  std::string wifiPath;
+  std::string wifiPath;  // the keyfile of the start; another one is not followed
   Gtk::Label modeLabel;
   Gtk::Frame frame;
   Gtk::Grid grid;

@@ -12,7 +12,7 @@
 #include <initializer_list>
 #include <string>
 
-/** The margin, in pixels, around what stands on its own. */
+/** The margin, in pixels, around labels, frames, grids and pages. */
 constexpr int MARGIN = 5;
 
 /** Makes widgets visible. */
@@ -29,6 +29,5 @@ void layOutDeviceBox(Gtk::Box& box, Gtk::Grid& grid, Gtk::Label& label, Gtk::Ent
 void layOutChoice(Gtk::Box& box, Gtk::Label& title, Gtk::Frame& frame, Gtk::Grid& grid,
                   std::initializer_list<Gtk::CheckButton*> buttons);
 
-/** Puts a label into a cell and its field into the next one of the row; the label names the field.
- */
+/** Puts a label into a cell and its field into the next one, and names the field by the label. */
 void attachField(Gtk::Grid& grid, Gtk::Label& label, Gtk::Widget& field, int column, int row);
