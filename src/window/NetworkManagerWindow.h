@@ -51,7 +51,7 @@ class NetworkManagerWindow : public Gtk::Window {
   /** Handler of the notebook. */
   void onSwitchPage(Gtk::Widget* page, guint pageNumber);
 
-  /** Hide or show the parts of a page; the access point's part is never shown by them. */
+  /** Hide or show the boxes of a page. That of the access point is hidden, but not shown again. */
   void hideWifiWidgets();
   void showWifiWidgets();
   void hideEthernetWidgets();
@@ -65,10 +65,10 @@ class NetworkManagerWindow : public Gtk::Window {
   /** Fills the entries of a static address; for a dynamic one only empties that of the DNS. */
   void populateEthernetSettingsFromFile();
 
-  /** Fills address, mask and channel of the access point. */
+  /** Fills address, mask and channel of the access point; the channel of another band is "Auto". */
   void populateWifiSettingsFromFile();
 
-  /** Fills SSID and password again. */
+  /** Fills SSID and password again from the keyfile of the start. */
   void resetWifiCredentials();
 
   // ---- From the entries into the keyfiles (settings.cc)
@@ -76,7 +76,7 @@ class NetworkManagerWindow : public Gtk::Window {
   /** Builds the stored address and the octets of the update record from the entries. */
   void createEthernetAddress();
 
-  /** Writes the rows of a mode, and fills the update record; another word than a mode does not. */
+  /** Writes the rows of a mode and fills the update record; does neither for another word. */
   void writeEthernetSettingsToFile(const std::string& mode);
 
   /** Writes the update record for the privileged program. Follows writeEthernetSettingsToFile(). */
@@ -88,19 +88,22 @@ class NetworkManagerWindow : public Gtk::Window {
   /** Writes the rows of a mode, access point or client; nothing for another word. */
   void writeWifiSettingsToFile(const std::string& mode);
 
-  /** The wireless interface's name as the page shows it, which is logged. */
+  /** Returns, and prints, the wireless interface's name as the page shows it. */
   Glib::ustring getWifiDeviceName();
 
   // ---- Which keyfile it is (settings.cc)
 
-  /** Nobody calls this: a save makes the missing file itself. It is offered all the same. */
+  /**
+   * Creates a default file where there is none, for an access point or a client. Nobody calls this:
+   * a save makes the missing file itself. It is offered all the same.
+   */
   void createWifiFileIfMissing();
 
-  /** Replace a keyfile whose stored mode is not the selected one by a default file. */
+  /** Replace a keyfile whose stored mode is not the selected one by a default one, edited then. */
   void resetWifiFileOnModeChange();
   void resetEthernetFileOnModeChange();
 
-  /** Removes the Wi-Fi keyfile and forgets its path. */
+  /** Fills SSID and password again, removes the Wi-Fi keyfile and forgets its path. */
   void removeWifiSettingsFile();
 
   // ---- Checks (validation.cc)
@@ -190,7 +193,7 @@ class NetworkManagerWindow : public Gtk::Window {
 
   std::string selectedWifiMode;
   std::string selectedEthernetMode;
-  int currentPage = ETHERNET_PAGE;
+  int currentPage = ETHERNET_PAGE;  // as told by the notebook
 
   WifiTexts wifiTexts;
   EthernetTexts ethernetTexts;

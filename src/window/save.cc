@@ -41,7 +41,7 @@ bool NetworkManagerWindow::saveEthernet() {
 
 bool NetworkManagerWindow::saveWifi() {
   if (selectedWifiMode == WIFI_DISABLED_MODE) {
-    resetWifiCredentials();  // and once more on the removal, each with its line; intended
+    resetWifiCredentials();  // the removal does it once more; both lines are intended
     removeWifiSettingsFile();
     return true;
   }

@@ -89,7 +89,7 @@ void NetworkManagerWindow::populateWifiSettingsFromFile() {
   try {
     entries.setChannel(trim(band) == WIFI_BAND ? channel : "0");
   } catch (const std::logic_error&) {
-    // Text that is no channel number: the choice stays automatic.
+    // Text that is no number leaves the choice alone.
   }
 }
 
@@ -190,7 +190,7 @@ void NetworkManagerWindow::resetEthernetFileOnModeChange() {
 
 void NetworkManagerWindow::removeWifiSettingsFile() {
   logLine("Removing existing Wi-Fi settings file at ", wifiPath);
-  resetWifiCredentials();
+  resetWifiCredentials();  // while there is still something to read
   removeFile(wifiPath);
   flushToDisk(wifiPath);
   wifiPath.clear();

@@ -98,6 +98,7 @@ void NetworkManagerWindow::showInvalidValues(std::unique_ptr<Gtk::MessageDialog>
   nameDialog(*dialog);
   dialog->set_modal(true);
   dialog->set_hide_on_close(true);
+  // Whatever the response: sigc::hide() leaves it out.
   dialog->signal_response().connect(sigc::hide(sigc::mem_fun(*dialog, &Gtk::Widget::hide)));
   dialog->show();
 }

@@ -32,7 +32,7 @@ NetworkManagerWindow::NetworkManagerWindow()
   connectSignals();
 
   selectedWifiMode = wifiGrid.getModeBox().getSelectedMode();
-  selectedEthernetMode = ethernetGrid.getIPModeBox().getSelectedMode();
+  selectedEthernetMode = ethernetGrid.getIPModeBox().getSelectedMode();  // nothing is chosen yet
   if (selectedWifiMode == WIFI_AP_MODE) populateWifiSettingsFromFile();
   setSelectedEthernetMode();
   populateEthernetSettingsFromFile();
@@ -67,7 +67,7 @@ void NetworkManagerWindow::buildLayout() {
   notebook.append_page(wifiGrid, "Wifi");
   nameTabs(notebook);
 
-  ethernetGrid.set_margin(MARGIN);
+  ethernetGrid.set_margin(MARGIN);  // the page has done both itself; kept
   ethernetGrid.set_visible(true);
   notebook.set_visible(true);
   set_child(mainBox);
@@ -80,7 +80,8 @@ void NetworkManagerWindow::connectSignals() {
   switchPageConnection = notebook.signal_switch_page().connect(
       sigc::mem_fun(*this, &NetworkManagerWindow::onSwitchPage));
 
-  // Each toggle, on or off, applies its button's mode. The button that goes off reports first.
+  // Each toggle, on or off, applies its button's mode. The button that goes off reports first, so
+  // the last mode applied is the chosen one.
   WifiModeBox& wifiModes = wifiGrid.getModeBox();
   EthernetIPModeBox& ethernetModes = ethernetGrid.getIPModeBox();
   wifiModes.getClientButton().signal_toggled().connect(
