@@ -6,10 +6,12 @@ For root. A recorder takes the place of nmcli.
 """
 import contextlib
 import os
+import shlex
 import shutil
 import stat
 import subprocess
 import sys
+import time
 import unittest
 
 from tests.support import isolation, tap
@@ -23,6 +25,8 @@ NOTES = "/run/nmcli"
 # What nobody has asked the program to touch: a neighbour of the installed files, and a stranger's.
 NEIGHBOUR = INSTALLED + "/office-vpn.nmconnection"
 STRANGER = "/etc/NetworkManager/canary"  # where hard links can be made to
+# In the place of a sudo that takes its time: runs the command that it is told in a line.
+SLOW_SUDO = "/tmp/sudo"
 
 STATIC, DYNAMIC = expected("ethernet-static"), expected("ethernet-dynamic")
 CLIENT, ACCESS_POINT = expected("client"), expected("access-point")
@@ -91,10 +95,27 @@ class DeviceCase(unittest.TestCase):
 
     # Requests as sudo passes them on.
 
-    def start(self, *arguments, user=USER, wrapper=(), **options):
+    @staticmethod
+    def environment(user):
         environment = {"PATH": "/tmp/evil", "EVIL": "1"}
         if user is not None:
             environment["SUDO_UID"] = str(user)
+        return environment
+
+    def call_sudo(self, user=USER):
+        """Calls a sudo that will pass a request on later, so that others can overtake it."""
+        process = subprocess.Popen(
+            [SLOW_SUDO], env=self.environment(user), text=True, stdin=subprocess.PIPE,
+            stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        time.sleep(0.03)  # the time at which a process began is told in hundredths of a second
+        return process
+
+    def start(self, *arguments, user=USER, wrapper=(), sudo=None, **options):
+        if sudo:
+            sudo.stdin.write(shlex.join([HANDLER, *arguments]) + "\n")
+            sudo.stdin.flush()
+            return sudo
+        environment = self.environment(user)
         if wrapper:
             environment["ASAN_OPTIONS"] = "detect_leaks=0"  # which a tracer would prevent
         wrapper = [shutil.which(wrapper[0]), *wrapper[1:]] if wrapper else ()
@@ -161,6 +182,7 @@ def set_up(program):
         pass
     device.cover("/tmp/real-nmcli", "/usr/bin/nmcli")
     device.cover("/usr/bin/nmcli", os.path.join(HERE, "nmcli"))
+    write(b'#!/bin/sh\nread -r command && eval "$command"\n', SLOW_SUDO, mode=0o755)
 
 
 def main():

@@ -69,11 +69,12 @@ class Calls(DeviceCase):
         self.save_static()
         os.remove(os.path.join(DESK, WIFI))
         self.refused("finalize_ethernet", "ethernet", **another, because="another user")
+        sudo = self.call_sudo()
         self.request("rollback")
         for words in (("finalize_ethernet", "ethernet"), ("finalize_wifi",)):
             self.refused(*words, **another, because="nothing was unlocked")
         self.assert_installed(DYNAMIC, CLIENT)
-        self.request("finalize_wifi")
+        self.request("finalize_wifi", sudo=sudo)
         self.assert_installed(DYNAMIC, None)
 
     def test_what_a_caller_hands_down_has_no_effect(self):

@@ -94,9 +94,10 @@ class Full(DeviceCase):
     def test_file_is_taken_over_whatever_room_the_desk_has(self):
         self.request("unlock")
         self.save_static()
+        sudo = self.call_sudo()
         self.request("rollback")
         self.fill_from_elsewhere()
-        self.request("finalize_ethernet", "ethernet")
+        self.request("finalize_ethernet", "ethernet", sudo=sudo)
         self.assert_installed(STATIC, CLIENT)
         self.assertIn("connection up", nmcli_calls()[-1])
 
@@ -118,10 +119,11 @@ class ReadOnly(DeviceCase):
     def test_copy_that_fails_is_a_complaint_only(self):
         self.request("unlock")
         self.save_static()
+        sudo = self.call_sudo()
         self.request("rollback")
         remount("ro")
         self.addCleanup(remount, "rw")
-        status, errors = self.ask("finalize_ethernet", "ethernet")
+        status, errors = self.ask("finalize_ethernet", "ethernet", sudo=sudo)
         self.assertIn("the desk is not a copy", errors)
         self.assertEqual(status, 0)
         self.assert_installed(STATIC, CLIENT)

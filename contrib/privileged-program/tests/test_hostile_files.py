@@ -38,8 +38,9 @@ class HostileFiles(DeviceCase):
         with self.subTest("finalize first"):
             self.refused(*words, because=because)
         with self.subTest("rollback first"):
+            sudo = self.call_sudo()
             self.ask("rollback")
-            self.refused(*words)
+            self.refused(*words, sudo=sudo)
         self.assert_installed(DYNAMIC, CLIENT)
         self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
         self.assertNotIn("connection reload", nmcli_calls())
@@ -172,11 +173,12 @@ class HostileFiles(DeviceCase):
     def test_file_that_changes_afterwards_is_taken_as_it_was(self):
         self.request("unlock")
         self.save_static()
+        sudo = self.call_sudo()
         with open(f"{DESK}/{ETHERNET}", "r+b") as held:  # what a process of the user's keeps open
             self.request("rollback")
             held.write(b"[vpn]\n")
             held.flush()
-            self.request("finalize_ethernet", "ethernet")
+            self.request("finalize_ethernet", "ethernet", sudo=sudo)
         self.assert_installed(STATIC, CLIENT)
         self.assert_desk(True, ethernet=STATIC, wifi=CLIENT)
 
@@ -318,8 +320,9 @@ class HostileFiles(DeviceCase):
     def test_what_cannot_be_set_aside_is_not_taken_for_removed(self):
         self.request("unlock")
         os.link(os.path.join(DESK, WIFI), os.path.join(DESK, "link"))
+        sudo = self.call_sudo()
         self.ask("rollback")
-        self.assert_refused("finalize_wifi", because="nothing was unlocked")
+        self.refused("finalize_wifi", sudo=sudo, because="nothing was unlocked")
         self.assert_installed(DYNAMIC, CLIENT)
 
     def test_folders_that_others_can_write_are_not_trusted(self):

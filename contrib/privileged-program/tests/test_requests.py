@@ -52,10 +52,11 @@ class Requests(DeviceCase):
         self.request("unlock")
         self.save_static()
         self.put_on_desk(b"another page, left half done", WIFI)
+        sudo = self.call_sudo()
         self.request("rollback")
         self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
         self.request("rollback")
-        self.request("finalize_ethernet", "ethernet")
+        self.request("finalize_ethernet", "ethernet", sudo=sudo)
         self.assert_installed(STATIC, CLIENT)
         self.assert_desk(True, ethernet=STATIC, wifi=CLIENT)
         self.assertEqual(access_of(SET_ASIDE), (0, 0, "0o700"))
@@ -70,7 +71,7 @@ class Requests(DeviceCase):
             self.put_on_desk(wifi, WIFI)
             write(DYNAMIC_RECORD if count % 2 else STATIC_RECORD, UPDATE_RECORD, owner=USER)
             requests = [self.start(*words) for words in (
-                ("rollback",), ("finalize_ethernet", "x"), ("finalize_wifi", "y"), ("rollback",))]
+                ("finalize_ethernet", "x"), ("finalize_wifi", "y"), ("rollback",), ("rollback",))]
             for process in requests:
                 self.assertEqual(self.finish(process), (0, ""))
             self.assert_installed(ethernet, wifi)
@@ -104,14 +105,15 @@ class Requests(DeviceCase):
             self.setUp()
             self.request("unlock")
             os.remove(f"{DESK}/{WIFI}")
+            first, second, third = (self.call_sudo() for _ in range(3))
             if rollback_first:
                 self.request("rollback")
-            self.refused("finalize_wifi", "ZOR", because="there is no file")
+            self.refused("finalize_wifi", "ZOR", sudo=first, because="there is no file")
             self.assert_installed(DYNAMIC, CLIENT)
-            self.request("finalize_wifi")
+            self.request("finalize_wifi", sudo=second)
             self.assert_installed(DYNAMIC, None)
             self.assertEqual(nmcli_calls()[0], "connection reload")
-            self.request("finalize_wifi")
+            self.request("finalize_wifi", sudo=third)
             self.request("rollback")
             self.assert_desk(True, ethernet=DYNAMIC, wifi=None)
 
@@ -119,8 +121,9 @@ class Requests(DeviceCase):
         os.remove(os.path.join(INSTALLED, ETHERNET))
         self.request("unlock")
         os.remove(os.path.join(DESK, WIFI))
+        sudo = self.call_sudo()
         self.request("rollback")
-        self.request("finalize_wifi")
+        self.request("finalize_wifi", sudo=sudo)
         self.assert_installed(None, None)
         self.assertIn("connection reload", nmcli_calls())
         self.assert_desk(True)
@@ -140,10 +143,12 @@ class Requests(DeviceCase):
             for rollback_first in (False, True):
                 self.request("unlock")
                 self.save_static()
+                sudo = self.call_sudo()
                 if rollback_first:
                     self.request("rollback")
                 write(b"method=manual", NOTES, "refuses")
-                self.refused("finalize_ethernet", "ethernet", because="the one before is back")
+                self.refused("finalize_ethernet", "ethernet", sudo=sudo,
+                             because="the one before is back")
                 self.assert_installed(before, CLIENT)
                 self.assertEqual(nmcli_calls()[-1], "connection reload")
                 self.assertFalse(os.path.exists(PUBLISHED))
@@ -226,9 +231,11 @@ class Record(DeviceCase):
         for rollback_first in (False, True):
             self.request("unlock")
             write(STATIC_RECORD, UPDATE_RECORD, owner=USER)
+            sudo = self.call_sudo()
             if rollback_first:
                 self.request("rollback")
-            self.refused("finalize_ethernet", "ethernet", because="it is as it was before")
+            self.refused("finalize_ethernet", "ethernet", sudo=sudo,
+                         because="it is as it was before")
             self.assert_installed(DYNAMIC, CLIENT)
             self.assertNotIn("connection reload", nmcli_calls())
 
