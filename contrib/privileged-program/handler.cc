@@ -41,6 +41,9 @@ constexpr const char* RUN = "/run/zor-network";
 // What was on the desk when it was locked: a "rollback" may overtake the "finalize" that it
 // follows. It is there from the first "rollback" after an "unlock" to the next "unlock".
 constexpr const char* SET_ASIDE = "/run/zor-network/set-aside";  // a folder for each user
+// A session lasts from the end of an "unlock" to the call of the "rollback" that locked the desk.
+constexpr const char* UNLOCKED_AT = "unlocked-at";  // in RUN
+constexpr const char* LOCKED_AT = "locked-at";      // with what was set aside
 constexpr const char* LOCK = "/run/zor-network/lock";
 constexpr const char* RECORD = "ethernet-settings";  // in RUN
 
@@ -61,7 +64,8 @@ enum ExitStatus { DONE = 0, NOT_DONE = 1, WRONG_CALL = 2 };
 struct Request {
   std::string_view action;
   std::string_view id;
-  uid_t user;  // ROOT for one that no user asks for
+  uid_t user;     // ROOT for one that no user asks for
+  long calledAt;  // like now()
 };
 
 void note(const std::string& text) { syslog(LOG_NOTICE, "%s", text.c_str()); }
@@ -160,17 +164,32 @@ void removeOldDesks() try {
 /** Where a user's files are set aside. Its being there says that he had unlocked. */
 std::string setAsideOf(uid_t user) { return std::string(SET_ASIDE) + "/" + std::to_string(user); }
 
-/** Keeps a file of an open desk, as the same user's and by the same rules. */
-void setAside(const Connection& connection) {
+/** Notes a time in a folder of root's. */
+void noteTime(int folder, const char* name, long time) {
+  put(folder, name, std::to_string(time), {ROOT, ROOT, 0600}, Lasting::NO);
+}
+
+/** A time that was noted; 0 if none was. */
+long timeOf(int folder, const char* name) {
+  return std::strtol(take(folder, name, ROOT).value_or("").c_str(), nullptr, 10);
+}
+
+/** Keeps the files of an open desk, as the same user's and by the same rules. */
+void setAside(const Request& request) {
   const Descriptor desk = openFolder(DESK);
   const uid_t user = ownerOf(desk);
   if (user == ROOT) return;  // locked already; what is set aside stays
   makeFolder(SET_ASIDE, 0700);
   makeFolder(setAsideOf(user), 0700);
   const Descriptor folder = openTrustedFolder(setAsideOf(user));
-  drop(folder, connection.file, Lasting::NO);
-  if (const auto content = take(desk, connection.file, user))
-    put(folder, connection.file, *content, {user, ROOT, 0600}, Lasting::NO);
+  drop(folder, LOCKED_AT, Lasting::NO);
+  for (const Connection& connection : CONNECTIONS) {
+    drop(folder, connection.file, Lasting::NO);
+    if (const auto content = take(desk, connection.file, user))
+      put(folder, connection.file, *content, {user, ROOT, 0600}, Lasting::NO);
+  }
+  // Last: half of what was there would say that the user has removed the other half.
+  noteTime(folder, LOCKED_AT, request.calledAt);
 }
 
 void forgetSetAside() {
@@ -236,29 +255,39 @@ void unlock(const Request& request) {
   const Descriptor locked = lock();
   layOutDesk(request.user);
   forgetSetAside();
+  noteTime(openTrustedFolder(RUN), UNLOCKED_AT, now());
   note("unlocked for user " + std::to_string(request.user));
 }
 
-void rollback() {
+void rollback(const Request& request) {
   const Descriptor locked = lock();
   try {
-    for (const Connection& connection : CONNECTIONS) setAside(connection);
+    setAside(request);
   } catch (const std::exception& error) {  // the desk is locked all the same
-    // Half of what was there would say that the user has removed the other half.
-    forgetSetAside();
     complain(std::string("not set aside: ") + error.what());
   }
   layOutDesk(ROOT);
   note("locked");
 }
 
-/** The folder with the files of the user's session: the desk, or where a rollback has put them. */
-Descriptor openSession(uid_t user) {
+/**
+ * The folder with the files of the user's session: the desk, or where a rollback has put them. What
+ * was asked for before or after the session saw a locked desk: its file is not what was saved.
+ */
+Descriptor openSession(const Request& request) {
   Descriptor desk = openFolder(DESK);
-  if (ownerOf(desk) == user) return desk;
-  if (ownerOf(desk) != ROOT) throw Refusal("the desk is another user's");
-  if (access(setAsideOf(user).c_str(), F_OK) != 0) throw Refusal("nothing was unlocked before");
-  return openTrustedFolder(setAsideOf(user));
+  const uid_t owner = ownerOf(desk);
+  if (owner != request.user && owner != ROOT) throw Refusal("the desk is another user's");
+  if (request.calledAt < timeOf(openTrustedFolder(RUN), UNLOCKED_AT))
+    throw Refusal("it was asked for before the desk was unlocked");
+  if (owner == request.user) return desk;
+  const std::string path = setAsideOf(request.user);
+  if (access((path + "/" + LOCKED_AT).c_str(), F_OK) != 0)
+    throw Refusal("nothing was unlocked before");
+  Descriptor folder = openTrustedFolder(path);
+  if (request.calledAt > timeOf(folder, LOCKED_AT))
+    throw Refusal("it was asked for after the desk was locked");
+  return folder;
 }
 
 /** Checks a file of the user's, with all that can be said before it is NetworkManager's. */
@@ -318,7 +347,7 @@ void renewLockedDesk() try {
 /** Takes a connection's file over. Returns the UUID to activate; empty after a removal. */
 std::string takeOver(const Request& request, const Connection& connection) {
   const Descriptor locked = lock();
-  const auto content = take(openSession(request.user), connection.file, request.user);
+  const auto content = take(openSession(request), connection.file, request.user);
   const auto before = take(openTrustedFolder(INSTALLED), connection.file, ROOT);
   if (!content) {
     // The window disables Wi-Fi by removing its file. Then it has no id to tell.
@@ -385,7 +414,7 @@ void serve(const Request& request) {
   if (request.action == "unlock") {
     unlock(request);
   } else if (request.action == "rollback") {
-    rollback();
+    rollback(request);
   } else {
     finalize(request, request.action == "finalize_ethernet" ? ETHERNET : WIFI);
   }
@@ -398,7 +427,7 @@ ExitStatus answer(int count, char** arguments, uid_t user) {
   }
   ExitStatus status = DONE;
   try {
-    serve({arguments[1], count > 2 ? arguments[2] : "", user});
+    serve({arguments[1], count > 2 ? arguments[2] : "", user, calledAt()});
   } catch (const std::exception& error) {
     complain(std::string(arguments[1]) + ": " + error.what());
     status = NOT_DONE;

@@ -17,7 +17,10 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
+#include <fstream>
 #include <memory>
+#include <sstream>
 #include <system_error>
 
 namespace {
@@ -79,6 +82,30 @@ std::vector<char*> pointersTo(std::vector<std::string>& texts) {
   for (std::string& text : texts) pointers.push_back(text.data());
   pointers.push_back(nullptr);
   return pointers;
+}
+
+struct Process {
+  std::string name;
+  pid_t parent = 0;
+  long start = now();
+};
+
+/** What is known of a process; nothing if it is gone. */
+Process process(pid_t id) {
+  Process found;
+  std::ifstream file("/proc/" + std::to_string(id) + "/stat");
+  std::string line;
+  std::getline(file, line);  // 12 (name) state parent ...
+  const std::size_t name = line.find('(') + 1;
+  const std::size_t end = line.rfind(')');
+  if (end == std::string::npos) return found;
+  found.name = line.substr(name, end - name);
+  std::istringstream fields(line.substr(end + 1));
+  std::string ignored;
+  fields >> ignored >> found.parent;
+  for (int field = 5; field < 22; ++field) fields >> ignored;
+  fields >> found.start;
+  return found;
 }
 
 void resetSignals() {
@@ -152,6 +179,21 @@ void forgetCaller() {
   umask(S_IWGRP | S_IWOTH);  // the rest is told wherever something is made
   clearenv();
   succeed(chdir("/"), "chdir");
+}
+
+long now() {
+  timespec time{};
+  clock_gettime(CLOCK_BOOTTIME, &time);
+  const long ticks = sysconf(_SC_CLK_TCK);
+  return time.tv_sec * ticks + time.tv_nsec / (1'000'000'000 / ticks);
+}
+
+long calledAt() {
+  Process first = process(getpid());
+  for (Process parent = process(first.parent); parent.name == "sudo";
+       parent = process(first.parent))
+    first = parent;
+  return first.start;
 }
 
 Descriptor openFolder(const std::string& path) {

@@ -49,6 +49,12 @@ enum class Lasting { NO, YES };
 /** Frees the process of all that its caller can hand down: environment, signals, limits, files. */
 void forgetCaller();
 
+/** Hundredths of a second, or whatever the kernel's ticks are, since the start of the system. */
+long now();
+
+/** When our caller began to call us, in the same: by way of sudo, which may have taken long. */
+long calledAt();
+
 /** Opens a folder, never through a link as the last step of its path. */
 Descriptor openFolder(const std::string& path);
 

@@ -10,6 +10,7 @@ import shutil
 import signal
 import socket
 import subprocess
+import time
 import unittest
 
 from tests.support.files import UPDATE_RECORD, expected, read
@@ -154,25 +155,49 @@ class Packaging(DeviceCase):
         self.check("systemd-analyze", "verify", "--man=no",
                    os.path.join(EXAMPLE, "zor-network-restore.service"))
 
-    @unittest.skipUnless(shutil.which("sudo"), "no sudo")
-    def test_members_of_the_group_get_through_and_others_do_not(self):
-        user = pwd.getpwuid(USER)
-        groups = write(b"", "/tmp/group", mode=0o644)
-        for target, source in (("/etc/group", groups), (
+
+@unittest.skipUnless(shutil.which("sudo"), "no sudo")
+class Sudo(DeviceCase):
+
+    def setUp(self):
+        super().setUp()
+        self.user = pwd.getpwuid(USER)
+        self.groups = write(b"", "/tmp/group", mode=0o644)
+        for target, source in (("/etc/group", self.groups), (
                 "/etc/sudoers", write(read(EXAMPLE, "sudoers"), "/tmp/sudoers", mode=0o440))):
             device.cover(target, source)
             self.addCleanup(device.uncover, target)
         # The folder of the source need not be open to others.
-        wrapper = write(read(EXAMPLE, os.path.basename(HANDLER)), "/tmp/wrapper", mode=0o755)
-        for member, status in (("", 1), (user.pw_name, 0)):
-            with open(groups, "w", encoding="ascii") as file:
-                file.write(f"root:x:0:\nzor-network:x:{READERS}:{member}\n")
-            done = subprocess.run(
-                [shutil.which("setpriv"), "--reuid", str(USER), "--regid", str(user.pw_gid),
-                 "--clear-groups", wrapper, "unlock"],
-                capture_output=True, text=True, check=False)
-            self.assertEqual(done.returncode, status, done.stderr)
+        self.wrapper = write(read(EXAMPLE, os.path.basename(HANDLER)), "/tmp/wrapper", mode=0o755)
+        self.be_member(self.user.pw_name)
+
+    def be_member(self, name):
+        with open(self.groups, "w", encoding="ascii") as file:
+            file.write(f"root:x:0:\nzor-network:x:{READERS}:{name}\n")
+
+    def run_as_user(self, *command):
+        """Starts a command of the user's."""
+        return subprocess.Popen(
+            [shutil.which("setpriv"), "--reuid", str(USER), "--regid", str(self.user.pw_gid),
+             "--clear-groups", *command], text=True,
+            stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+
+    def test_members_of_the_group_get_through_and_others_do_not(self):
+        for member, status in (("", 1), (self.user.pw_name, 0)):
+            self.be_member(member)
+            done = self.finish(self.run_as_user(self.wrapper, "unlock"))
+            self.assertEqual(done[0], status, done)
         self.assert_desk(False, ethernet=DYNAMIC, wifi=CLIENT)
+
+    def test_request_begins_with_the_process_that_became_sudo(self):
+        process = self.run_as_user("sh", "-c", f"read -r go; exec {self.wrapper} finalize_wifi ZOR")
+        time.sleep(0.03)
+        self.request("unlock")
+        status, errors = self.finish(process)  # which lets it go
+        self.assertEqual(status, 1)
+        self.assertIn("before the desk was unlocked", errors)
+        self.assertEqual(self.finish(self.run_as_user(self.wrapper, "finalize_wifi", "ZOR")),
+                         (0, ""))
 
 
 device_case.main()

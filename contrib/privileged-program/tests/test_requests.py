@@ -3,6 +3,7 @@
 """The example privileged program: what each request does, and the record that it hands on."""
 import fcntl
 import os
+import time
 
 from tests.support.files import UPDATE_RECORD, expected, read
 from tests.support.limit import wait_until
@@ -62,6 +63,32 @@ class Requests(DeviceCase):
         self.assertEqual(access_of(SET_ASIDE), (0, 0, "0o700"))
         self.request("unlock")
         self.assertEqual(os.listdir(SET_ASIDE), [], "an old save could be taken for a new one")
+
+    def test_what_was_asked_for_before_its_unlock_was_done_is_refused(self):
+        # So a sudo that takes long while the window is already open: it saves into a locked folder.
+        ethernet, wifi = self.call_sudo(), self.call_sudo()
+        self.request("unlock")
+        for words in (("finalize_ethernet", "ethernet", ethernet), ("finalize_wifi", "ZOR", wifi)):
+            self.refused(*words[:2], sudo=words[2], because="before the desk was unlocked")
+        self.assertEqual(nmcli_calls(), [])
+        self.save_static()
+        self.request("finalize_ethernet", "ethernet")
+        self.assert_installed(STATIC, CLIENT)
+
+    def test_what_was_asked_for_after_its_session_is_refused(self):
+        self.request("unlock")
+        self.save_static()
+        self.put_on_desk(ACCESS_POINT, WIFI)
+        self.request("rollback")  # left without saving
+        time.sleep(0.03)
+        for words in (("finalize_ethernet", "ethernet"), ("finalize_wifi", "Hotspot")):
+            self.refused(*words, because="after the desk was locked")
+        # Nor by a window whose unlock is still waiting.
+        unlock, finalize = self.call_sudo(), self.call_sudo()
+        self.refused("finalize_wifi", "Hotspot", sudo=finalize, because="after the desk was locked")
+        self.request("unlock", sudo=unlock)
+        self.assertEqual(nmcli_calls(), [])
+        self.assert_installed(DYNAMIC, CLIENT)
 
     def test_requests_at_the_same_time_agree(self):
         for count in range(10):
