@@ -111,8 +111,11 @@ Descriptor lock() {
   return file;
 }
 
-/** Makes the desk a fresh copy of the installed files: the user's, or locked if that is root. */
-void layOutDesk(uid_t user) {
+/**
+ * Makes the desk a fresh copy of the installed files: the user's, or locked if that is root.
+ * Returns why no new folder could take its place, if so: the old one is emptied and filled then.
+ */
+std::string layOutDesk(uid_t user) {
   const gid_t readers = groupOf(openTrustedFolder(STATE));
   if (readers == ROOT_GROUP) throw Refusal(std::string(STATE) + " needs a group of its own");
   const Descriptor installed = openTrustedFolder(INSTALLED);
@@ -145,13 +148,15 @@ void layOutDesk(uid_t user) {
     // At once: the window may be looking for its files already.
     exchange(desks, NEXT_DESK_NAME, DESK_NAME);
     moveAside(desks, NEXT_DESK_NAME, old);
+    return {};
   } catch (const std::system_error& error) {
-    note(std::string("no new desk: ") + error.what());
-    // The user may have taken all the room. What he leaves behind gives it back.
+    // Mount points, and folders of an image below another layer, cannot be renamed. Or the user has
+    // taken all the room: what he leaves behind gives it back.
     moveAside(desks, NEXT_DESK_NAME, old);
     clear(old);
     clear(desk);
     fill(desk);
+    return error.what();
   }
 }
 
@@ -266,7 +271,10 @@ void rollback(const Request& request) {
   } catch (const std::exception& error) {  // the desk is locked all the same
     complain(std::string("not set aside: ") + error.what());
   }
-  layOutDesk(ROOT);
+  const std::string obstacle = layOutDesk(ROOT);
+  // For those who install it, and read the log of a start.
+  if (request.user == ROOT && !obstacle.empty())
+    complain(std::string("no new folder can take the place of ") + DESK + ": " + obstacle);
   note("locked");
 }
 

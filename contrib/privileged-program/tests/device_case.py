@@ -159,6 +159,19 @@ class DeviceCase(unittest.TestCase):
         for name in os.listdir(INSTALLED):
             self.assertEqual(access_of(INSTALLED, name), (0, 0, "0o600"))
 
+    def assert_user_cannot_remove(self, name, folder):
+        """Nor by a folder that he had opened before."""
+        child = os.fork()
+        if not child:
+            os.setgroups([READERS])
+            os.setresuid(USER, USER, USER)
+            try:
+                os.remove(name, dir_fd=folder)
+            except PermissionError:
+                os._exit(0)
+            os._exit(1)
+        self.assertEqual(os.waitpid(child, 0)[1], 0)
+
     def assert_desk(self, locked, **contents):
         """The desk holds these files and nothing else."""
         expected = {ETHERNET: contents.get("ethernet"), WIFI: contents.get("wifi")}

@@ -1,16 +1,17 @@
 # SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 # SPDX-License-Identifier: MIT
-"""The example privileged program on file systems that are full or read-only."""
+"""The example privileged program on file systems that are full, read-only, or put together."""
 import contextlib
 import errno
 import os
+import shutil
 import subprocess
 
 from tests.support.files import read
 
-from . import device_case
+from . import device, device_case
 from .device import DESK, ETHERNET, INSTALLED, OLD_DESKS, USER, WIFI, write
-from .device_case import CLIENT, DYNAMIC, DeviceCase, STATIC, nmcli_calls
+from .device_case import CLIENT, DYNAMIC, DeviceCase, STATIC, STRANGER, nmcli_calls
 
 DESKS = os.path.dirname(DESK)
 
@@ -79,7 +80,7 @@ class Full(DeviceCase):
                 self.request("unlock")
                 self.assert_desk(False, ethernet=DYNAMIC, wifi=CLIENT)
                 fill(DESK)
-                self.request("rollback", user=None)  # as at the start of the system
+                self.assertEqual(self.ask("rollback", user=None)[0], 0)  # as at the start
                 self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
                 self.assert_nothing_left()
 
@@ -132,6 +133,96 @@ class ReadOnly(DeviceCase):
         remount("rw")
         self.request("rollback")
         self.assert_desk(True, ethernet=STATIC, wifi=CLIENT)
+
+
+class InPlace(DeviceCase):
+    """What neither a folder of an image nor a mount point allows: to be replaced by a new one."""
+
+    def on_each(self, check):
+        for mount in self.over_an_image, self.as_a_mount_point:
+            with self.subTest(mount.__name__):
+                self.setUp()
+                mount()
+                try:
+                    check()
+                finally:
+                    self.doCleanups()
+
+    def mount(self, target, *arguments):
+        subprocess.run(["mount", *arguments, target], check=True)
+        self.addCleanup(device.uncover, target)
+
+    def over_an_image(self):
+        image = "/tmp/image"
+        shutil.rmtree(image, ignore_errors=True)
+        for folder in ("upper", "work"):
+            os.makedirs(os.path.join(image, folder))
+        shutil.copytree(DESKS, os.path.join(image, "lower"))
+        self.mount(DESKS, "-t", "overlay", "overlay", "-o",
+                   f"lowerdir={image}/lower,upperdir={image}/upper,workdir={image}/work")
+
+    def as_a_mount_point(self):
+        self.mount(DESK, "-t", "tmpfs", "tmpfs")
+
+    def assert_nothing_left(self):
+        self.assertEqual(os.listdir(OLD_DESKS), [])
+        self.assertEqual(sorted(os.listdir(DESKS)), sorted(
+            os.path.basename(name) for name in (DESK, OLD_DESKS, STRANGER)))
+
+    def test_requests_do_what_they_do_elsewhere(self):
+        def check():
+            self.request("rollback")
+            self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
+            self.request("unlock")
+            self.assert_desk(False, ethernet=DYNAMIC, wifi=CLIENT)
+            self.save_static()
+            sudo = self.call_sudo()
+            self.request("rollback")
+            self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
+            self.request("finalize_ethernet", "ethernet", sudo=sudo)
+            self.assert_installed(STATIC, CLIENT)
+            self.assert_desk(True, ethernet=STATIC, wifi=CLIENT)
+            self.assert_nothing_left()
+
+        self.on_each(check)
+
+    def test_leftovers_are_removed(self):
+        def check():
+            self.request("unlock")
+            for name in (ETHERNET, WIFI):
+                os.remove(f"{DESK}/{name}")
+                os.makedirs(f"{DESK}/{name}~/" + 300 * "d/")
+            os.mkdir(f"{DESK}/{WIFI}")
+            os.symlink(STRANGER + "/root", f"{DESK}/{ETHERNET}")
+            os.symlink(STRANGER, f"{DESK}/link")
+            self.ask("rollback")
+            self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
+            self.assert_nothing_left()
+
+        self.on_each(check)
+
+    def test_folder_that_is_held_open_is_of_no_use(self):
+        def check():
+            self.request("unlock")
+            held = os.open(DESK, os.O_RDONLY)
+            try:
+                self.request("rollback")
+                self.assert_user_cannot_remove(ETHERNET, held)
+            finally:
+                os.close(held)
+            self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
+
+        self.on_each(check)
+
+    def test_start_of_the_system_tells(self):
+        def check():
+            status, errors = self.ask("rollback", user=None)
+            self.assertEqual(status, 0)
+            self.assertIn("no new folder can take the place of " + DESK, errors)
+            self.request("rollback")
+
+        self.request("rollback", user=None)
+        self.on_each(check)
 
 
 device_case.main()
