@@ -77,7 +77,10 @@ TemporaryFile::~TemporaryFile() {
   if (!kept) (void)unlink(name);
 }
 
-bool TemporaryFile::close() { return ::close(std::exchange(opened, -1)) == 0; }
+bool TemporaryFile::close() {
+  const bool flushed = fsync(opened) == 0 || errno == EINVAL;  // which no file system has to offer
+  return ::close(std::exchange(opened, -1)) == 0 && flushed;
+}
 
 void TemporaryFile::takePlace() {
   (void)std::remove(place);

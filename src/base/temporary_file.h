@@ -19,7 +19,10 @@ class TemporaryFile {
   /** Where its bytes are written to; -1, with errno set, if it could not be created. */
   int descriptor() const { return opened; }
 
-  /** Ends the writing. Returns whether all bytes are in the file. */
+  /**
+   * Ends the writing. Returns whether all bytes are on the disk, where a power cut leaves them: the
+   * old file is to be removed.
+   */
   bool close();
 
   /**

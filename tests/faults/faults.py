@@ -138,15 +138,23 @@ def is_direct_write(call):
 
 
 def run_power_cut(runner):
-    """The power is cut when the privileged program is started."""
+    """The power is cut at each call of the save, or when the privileged program is started."""
     runner.prepare()
     disk = Disk(runner.connections)
     _, trace = runner.run(strings=1 << 20)
+    labels = runner.scenario.after_kill()
+    problems = {}
     for line in itertools.takewhile(lambda line: name_of(line) != "execve", trace):
         disk.apply(line)
-    keyfile_now = disk.after_power_cut(runner.keyfile)
-    problems = [] if keyfile_now == read(runner.keyfile) else ["not what was saved"]
-    return runner.scenario.after_fault().get(keyfile_now, "LOST"), problems
+        for files in disk.after_power_cut(runner.keyfile, runner.temporary):
+            # One of them is whole, and the other one nothing that could be taken for a keyfile.
+            whole = [file for file in files if file or not runner.scenario.values]
+            if not whole or any(file not in labels for file in whole):
+                problems.setdefault(f"LOST: {files} after {line}", files)
+    saved = disk.after_power_cut(runner.keyfile)
+    if saved != {(read(runner.keyfile),)}:
+        problems[f"not what was saved: {saved}"] = saved
+    return "LOST" if problems else "new at the end, whole before", list(problems)
 
 
 def run_on(runner, medium):
@@ -199,7 +207,7 @@ def cases(runner, every):
     for number, line in enumerate(writes, 1):
         result.append(("faults", described(line), "short",
                        lambda *call: run_short_write(runner, *call), (number, len(writes))))
-    result.append(("faults", "start of the privileged program", "power cut",
+    result.append(("faults", "each call, start of the privileged program", "power cut",
                    lambda: run_power_cut(runner), ()))
     for medium in ("full", "read-only"):
         result.append(("faults", "whole run", medium,

@@ -1,7 +1,8 @@
 # SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 # SPDX-License-Identifier: MIT
-"""What a power cut leaves: a disk that keeps nothing but what was flushed to it."""
+"""What a power cut may leave: all that was flushed to the disk, and any part of the rest."""
 import codecs
+import itertools
 import os
 import re
 
@@ -17,34 +18,27 @@ def _strings(arguments):
 class Disk:
     """Files as a running system sees them, and as they are found after a power cut.
 
-    Is told the system calls of a program, as lines of strace with full strings. The bytes of a file
-    last once it is flushed, the names in the folder once that is; nothing lasts by itself.
+    Is told the system calls of a program, as lines of strace with full strings. What was done to the
+    bytes of a file lasts once it is flushed, what was done to the names in the folder once that is.
+    Of the rest a power cut leaves some: of each file the bytes that it had after any of its changes,
+    and the names that there were after any change of a name.
     """
 
     def __init__(self, folder):
         self._folder = folder
-        self._names = {}  # of files: their bytes, in a list of one
+        self._names = {}  # of files: what their bytes were from the last flush on
         self._open = {}  # of descriptors: the file and the offset
-        self._lasting_names = {}
-        self._lasting_bytes = {}  # by the identity of a file
         for name in os.listdir(folder):
             path = os.path.join(folder, name)
             with open(path, "rb") as file:
                 self._names[path.encode()] = [file.read()]
-        self._flush_names()
-        for file in self._names.values():
-            self._flush(file)
+        self._names_since_flush = [dict(self._names)]
 
-    def _flush(self, file):
-        self._lasting_bytes[id(file)] = file, file[0]
-
-    def _flush_names(self):
-        self._lasting_names = dict(self._names)
-
-    def after_power_cut(self, path):
-        """The bytes of a file that is found afterwards; None if there is none."""
-        file = self._lasting_names.get(path.encode())
-        return self._lasting_bytes.get(id(file), (file, b""))[1] if file else None
+    def after_power_cut(self, *paths):
+        """Every combination of the bytes that the files may have afterwards; None where one is not."""
+        return {found for names in self._names_since_flush
+                for found in itertools.product(*(names.get(path.encode(), [None])
+                                                 for path in paths))}
 
     def apply(self, line):
         """Carries out one call."""
@@ -59,11 +53,12 @@ class Disk:
 
     def _openat(self, arguments, _, result):
         path = _strings(arguments)[0]
-        if "O_CREAT" in arguments:
-            self._names.setdefault(path, [b""])
+        if "O_CREAT" in arguments and path not in self._names:
+            self._names[path] = [b""]
+            self._names_changed()
         file = self._names.get(path)
         if file and "O_TRUNC" in arguments:
-            file[0] = b""
+            file.append(b"")
         self._open[result] = [file, 0]
 
     def _close(self, _, descriptor, __):
@@ -72,7 +67,7 @@ class Disk:
     def _put(self, descriptor, data, offset):
         file = self._open.get(descriptor, (None, 0))[0]
         if file:
-            file[0] = file[0][:offset] + data + file[0][offset + len(data):]
+            file.append(file[-1][:offset] + data + file[-1][offset + len(data):])
 
     def _write(self, arguments, descriptor, result):
         opened = self._open.get(descriptor)
@@ -86,18 +81,23 @@ class Disk:
     def _ftruncate(self, arguments, descriptor, _):
         file = self._open.get(descriptor, (None, 0))[0]
         if file:
-            file[0] = file[0][:int(arguments.rpartition(",")[2])]
+            file.append(file[-1][:int(arguments.rpartition(",")[2])])
+
+    def _names_changed(self):
+        self._names_since_flush.append(dict(self._names))
 
     def _unlink(self, arguments, _, __):
         self._names.pop(_strings(arguments)[0], None)
+        self._names_changed()
 
     def _rename(self, arguments, _, __):
         source, target = _strings(arguments)
         self._names[target] = self._names.pop(source)
+        self._names_changed()
 
     def _fsync(self, arguments, descriptor, _):
         file = self._open.get(descriptor, (None, 0))[0]
         if file:
-            self._flush(file)
+            del file[:-1]
         elif f"<{self._folder}>" in arguments:
-            self._flush_names()
+            del self._names_since_flush[:-1]
