@@ -8,8 +8,7 @@
 int openPrivate(const char* path, int flags) {
   constexpr mode_t PRIVATE = S_IRUSR | S_IWUSR;
   const int descriptor = open(path, flags | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, PRIVATE);
-  const bool made = (flags & O_EXCL) != 0;  // with the mode above
-  if (descriptor < 0 || made || (flags & O_ACCMODE) == O_RDONLY) return descriptor;
+  if (descriptor < 0 || (flags & O_ACCMODE) == O_RDONLY) return descriptor;
 
   // Only a file's mode, not that of a device that a link leads to. Who may write a file without
   // owning it cannot change its mode: then it stays as it is.

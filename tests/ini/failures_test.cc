@@ -253,7 +253,7 @@ TEST_F(Failures, FullDisk) {
 // ---- Privacy
 
 TEST_F(Failures, WrittenFilesArePrivateWhateverTheUmask) {
-  for (const mode_t mask : {0000, 0022, 0177}) {
+  for (const mode_t mask : {0000, 0022, 0777}) {
     EXPECT_EQ(0, inChild([&] {
                 umask(mask);
                 EXPECT_EQ(1, put("s", "k", "created"));
