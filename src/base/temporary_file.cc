@@ -50,13 +50,8 @@ bool copyBytes(int source, int target) {
   return length == 0;
 }
 
-/**
- * Copies a file to a name that was freed for it, where nothing stays if that fails. Returns whether
- * the file has no use any more.
- */
-bool copy(const char* path, const char* place) {
-  const int target = createNew(place);
-  if (target < 0) return errno == EEXIST;  // the old file could not be removed
+/** Copies a file into one that was created for it, and that does not stay if this fails. */
+bool copy(const char* path, int target, const char* place) {
   const int source = openPrivate(path, O_RDONLY);
   bool copied = source >= 0 && copyBytes(source, target);
   if (source >= 0) close(source);
@@ -82,7 +77,13 @@ bool TemporaryFile::close() {
   return ::close(std::exchange(opened, -1)) == 0 && flushed;
 }
 
-void TemporaryFile::takePlace() {
-  (void)std::remove(place);
-  kept = std::rename(name, place) == 0 || !copy(name, place);
+bool TemporaryFile::takePlace() {
+  (void)unlink(place);
+  kept = std::rename(name, place) == 0;
+  if (kept) return true;
+  const int target = createNew(place);
+  if (target < 0 && errno == EEXIST) return false;  // the old file could not be removed
+  const bool copied = target >= 0 && copy(name, target, place);
+  kept = !copied;
+  return copied;
 }

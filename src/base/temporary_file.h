@@ -28,8 +28,9 @@ class TemporaryFile {
   /**
    * Removes the old file and gives this one its name, after close(). Where it cannot be moved it is
    * copied, and stays when that fails too; it is given up where the old file cannot be removed.
+   * Returns whether its bytes stand under the name.
    */
-  void takePlace();
+  bool takePlace();
 
  private:
   const char* place;  // the name of the old file

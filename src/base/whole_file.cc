@@ -3,6 +3,7 @@
 #include "base/whole_file.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -11,6 +12,7 @@
 
 #include "base/open_private.h"
 #include "base/retry.h"
+#include "base/temporary_file.h"
 #include "base/write_all.h"
 
 std::optional<std::string> readFile(const std::string& path) {
@@ -40,6 +42,17 @@ bool writeFile(const std::string& path, std::string_view content, Access access)
     if (descriptor < 0) return false;
     const bool written = writeAll(descriptor, content);
     return close(descriptor) == 0 && written;
+  });
+}
+
+bool replaceFile(const std::string& path, std::string_view content) {
+  struct stat status {};
+  const bool there = lstat(path.c_str(), &status) == 0;
+  if (there && !S_ISREG(status.st_mode) && !S_ISLNK(status.st_mode)) return false;
+  return succeedsOnRetry([&] {
+    TemporaryFile file(path.c_str());
+    return file.descriptor() >= 0 && writeAll(file.descriptor(), content) && file.close() &&
+           file.takePlace();
   });
 }
 

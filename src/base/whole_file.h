@@ -27,6 +27,14 @@ std::optional<std::string> readFile(const std::string& path);
 bool writeFile(const std::string& path, std::string_view content, Access access);
 
 /**
+ * Puts a new private file in the place of an old one, or of a link: at every moment, a power cut
+ * included, there is one of them, or the new one under its temporary name (base/temporary_file.h).
+ * Returns false where that cannot be done: for want of room, say, or of the right to change the
+ * folder, and in the place of anything else, like a folder or a FIFO.
+ */
+bool replaceFile(const std::string& path, std::string_view content);
+
+/**
  * Writes new bytes over the old ones of a private file, creating it where it is missing. A full
  * disk or a kill leaves the old bytes or the new ones, these perhaps with empty lines behind them.
  * A failure is not reported.

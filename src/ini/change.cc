@@ -158,7 +158,7 @@ bool rewrite(line_reader& reader, const setting& wanted, const char* Filename) {
   if (file.descriptor() < 0) return false;
   writer target(file.descriptor());
   if (!copy_changed(reader, target, wanted) || !target.finish() || !file.close()) return false;
-  file.takePlace();
+  (void)file.takePlace();  // what becomes of it is not told
   return true;
 }
 

@@ -99,7 +99,11 @@ class NetworkManagerWindow : public Gtk::Window {
    */
   void createWifiFileIfMissing();
 
-  /** Replace a keyfile whose stored mode is not the selected one by a default one, edited then. */
+  /**
+   * Replace a keyfile whose stored mode is not the selected one by a default one, which is edited
+   * from then on. One of another name is removed last: until the default one is on the disk it is
+   * all there is.
+   */
   void resetWifiFileOnModeChange();
   void resetEthernetFileOnModeChange();
 

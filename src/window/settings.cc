@@ -3,6 +3,7 @@
 #include "window/NetworkManagerWindow.h"
 
 #include <stdexcept>
+#include <utility>
 
 #include "base/print.h"
 #include "base/shared_file.h"
@@ -174,18 +175,18 @@ void NetworkManagerWindow::resetWifiFileOnModeChange() {
   const std::string stored = config->readIniString("wifi", "mode", "", wifiPath);
   logLine("existing wifi mode: ", stored, " selected mode: ", selectedWifiMode);
   if (stored == selectedWifiMode) return;
-  removeFile(wifiPath);
   config->createDefaultWifiFile();
-  wifiPath = config->getWifiConnectionPath();
+  const std::string old = std::exchange(wifiPath, config->getWifiConnectionPath());
+  if (old != wifiPath) removeFile(old);
 }
 
 void NetworkManagerWindow::resetEthernetFileOnModeChange() {
   const std::string stored = config->readIniString("ipv4", "method", "", ethernetPath);
   logLine("existing ethernet mode: ", stored, " selected mode: ", selectedEthernetMode);
   if (stored == selectedEthernetMode) return;
-  removeFile(ethernetPath);
   config->createDefaultEthernetFile();
-  ethernetPath = config->getEthernetConnectionPath();
+  const std::string old = std::exchange(ethernetPath, config->getEthernetConnectionPath());
+  if (old != ethernetPath) removeFile(old);
 }
 
 void NetworkManagerWindow::removeWifiSettingsFile() {

@@ -7,7 +7,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <filesystem>
 #include <string>
+#include <vector>
 
 #include "support/bytes.h"
 #include "support/child.h"
@@ -98,6 +100,37 @@ TEST_F(Files, FullDiskIsReported) {
     EXPECT_FALSE(writeFile(file, "123456789012", access));
     EXPECT_FALSE(writeFile(file, std::string(100000, 'x'), access));
   }
+}
+
+TEST_F(Files, ReplacedOnesArePrivateAndLeaveWhatALinkNames) {
+  for (const mode_t mask : {0000, 0777}) {
+    writeBytes(directory.file("target"), "theirs\n");
+    std::filesystem::create_symlink("target", file);
+    EXPECT_EQ(0, inChild([&] {
+                umask(mask);
+                EXPECT_TRUE(replaceFile(file, "first\n"));
+              }));
+    EXPECT_TRUE(replaceFile(file, "second\n"));
+    EXPECT_BYTES_EQ("second\n", readBytes(file));
+    EXPECT_EQ(0600U, modeOf(file));
+    EXPECT_BYTES_EQ("theirs\n", readBytes(directory.file("target")));
+    EXPECT_EQ((std::vector<std::string>{"file", "target"}), directory.names());
+    std::filesystem::remove(file);
+  }
+}
+
+TEST_F(Files, WhatCannotBeReplacedStays) {
+  writeBytes(file, "old\n");
+  {
+    const ResourceLimit size(RLIMIT_FSIZE, 10);
+    EXPECT_FALSE(replaceFile(file, "too long for the disk\n"));
+  }
+  EXPECT_BYTES_EQ("old\n", readBytes(file));
+  EXPECT_FALSE(replaceFile(directory.path, "x"));
+  EXPECT_FALSE(replaceFile(directory.file("missing/file"), "x"));
+  ASSERT_EQ(0, mkfifo(directory.file("fifo").c_str(), 0600));
+  EXPECT_FALSE(replaceFile(directory.file("fifo"), "x"));
+  EXPECT_EQ((std::vector<std::string>{"fifo", "file"}), directory.names());
 }
 
 TEST_F(Files, OverwrittenOnesAreWhole) {

@@ -125,8 +125,7 @@ class Scenario:
         if not self.values:
             return {**labels, None: "new (removed)"}
         if self.changes_mode:
-            labels.update({None: "none, the mode changes", b"": "empty, the mode changes",
-                           self.default: "default"})
+            labels[self.default] = "default"
         start = self.default if self.changes_mode else self.old
         for count in range(1, len(self.values)):
             labels.setdefault(self.written(start, self.values[:count]),
