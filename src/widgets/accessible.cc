@@ -3,6 +3,7 @@
 #include "widgets/accessible.h"
 
 #include <gtkmm/box.h>
+#include <gtkmm/button.h>
 #include <gtkmm/eventcontrollerkey.h>
 #include <gtkmm/listitem.h>
 #include <gtkmm/listview.h>
@@ -11,6 +12,7 @@
 #include <gtkmm/selectionmodel.h>
 #include <gtkmm/signallistitemfactory.h>
 #include <gtkmm/stringobject.h>
+#include <gtkmm/togglebutton.h>
 
 #include <vector>
 
@@ -41,9 +43,9 @@ void nameRow(const Glib::RefPtr<Gtk::ListItem>& item) {
   if (row == nullptr) return;
   auto* label = dynamic_cast<Gtk::Label*>(content->get_first_child());
   if (label == nullptr) return;
-  // The button holds a row too, that of the choice: nameDropDown() has given it the button's name.
-  row->reset_property(Gtk::Accessible::Property::LABEL);
   label->set_mnemonic_widget(*row);
+  // The button holds a row too, that of the choice: the focus goes to the button alone.
+  if (row->get_ancestor(Gtk::Button::get_base_type()) != nullptr) row->set_focusable(false);
 }
 
 /** Marks a row of a list that is about to be shown, gives it the focus and scrolls to it. */
@@ -65,17 +67,23 @@ void goToRow(guint position, Gtk::ListView& list) {
 }  // namespace
 
 void nameDropDown(Gtk::DropDown& dropDown, const Gtk::Label& label) {
-  for (Gtk::Widget* part : partsOf(dropDown))
-    if (part->get_focusable()) setText(*part, Gtk::Accessible::Property::LABEL, label.get_text());
+  for (Gtk::Widget* part : partsOf(dropDown)) {
+    if (dynamic_cast<Gtk::ToggleButton*>(part) != nullptr ||
+        dynamic_cast<Gtk::ListView*>(part) != nullptr)
+      setText(*part, Gtk::Accessible::Property::LABEL, label.get_text());
+    else
+      part->set_focusable(false);  // never gets the focus, and has no name in newer toolkits (4.18)
+  }
   if (const auto factory =
           std::dynamic_pointer_cast<Gtk::SignalListItemFactory>(dropDown.get_factory()))
     factory->signal_bind().connect(sigc::ptr_fun(nameRow));  // at set-up there is no label yet
 
   dropDown.property_selected().signal_changed().connect([&dropDown] {
     const auto choice = std::dynamic_pointer_cast<Gtk::StringObject>(dropDown.get_selected_item());
-    Gtk::Widget* button = dropDown.get_first_child();
-    if (choice && button != nullptr)
-      setText(*button, Gtk::Accessible::Property::DESCRIPTION, choice->get_string());
+    if (!choice) return;
+    // In newer toolkits (4.18) the button is described by what describes the whole.
+    for (Gtk::Widget* widget : {static_cast<Gtk::Widget*>(&dropDown), dropDown.get_first_child()})
+      setText(*widget, Gtk::Accessible::Property::DESCRIPTION, choice->get_string());
   });
 }
 

@@ -111,12 +111,15 @@ class Names(AccessCase):
 
     def test_row_with_the_focus_is_taken(self):
         program = self.run_on("Wifi", wlan0=ACCESS_POINT)
-        chosen = "6"
-        for channel, *keys in (("11", "End"), ("2", "Home", "Tab", "Tab"), ("11", "Control_L+End"),
-                               ("1", "Control_L+Home", "Down")):
+        row = "6"
+        for keys in (["End"], ["Home", "Tab", "Tab"], ["Control_L+End"], ["Control_L+Home", "Down"]):
+            chosen = row
             self.open_channels(program, chosen, key="Return")
-            self.choose_channel(program, channel, *keys, "Return")
-            chosen = channel
+            for key in keys:
+                self.desktop.press(*key.split("+"))
+            _, row = program.focused()  # which one that is after the last keys is up to the toolkit
+            self.assertNotEqual(row, chosen)
+            self.choose_channel(program, row, "Return")
 
     def test_dialogs_are_named_and_described(self):
         for page, entry, message, fields in (

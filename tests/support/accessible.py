@@ -7,6 +7,7 @@ _ACCESSIBLE = "org.a11y.atspi.Accessible"
 _WINDOW_COORDINATES = 1  # asking for the screen's makes the toolkit print a warning
 _STATES = {4: "checked", 7: "editable", 11: "focusable", 12: "focused", 16: "modal",
            23: "selected", 24: "sensitive", 30: "visible", 43: "read-only"}
+_SAME_ROLE = {"toggle button": "button"}  # what GTK 4.18 calls the button of a drop-down
 
 
 class Node:
@@ -82,7 +83,7 @@ class Reader:
         for reference, (role,), (interfaces,) in zip(
                 new, self._bus.ask(new, _ACCESSIBLE, "GetRoleName"),
                 self._bus.ask(new, _ACCESSIBLE, "GetInterfaces")):
-            self._fixed[reference] = role, {name.rpartition(".")[2] for name in interfaces}
+            self._fixed[reference] = _SAME_ROLE.get(role, role), {name.rpartition(".")[2] for name in interfaces}
 
     def _ask_those_with(self, interface, references, method, *arguments):
         """Asks the objects that have an interface."""

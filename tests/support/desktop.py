@@ -159,6 +159,13 @@ class Desktop:
         window.send_event(message)
         self._display.flush()
 
+    def give_keyboard_to_topmost(self):
+        """What a window manager does when a window is mapped, and when the one above it went."""
+        windows = [window for window, _ in self.windows()
+                   if not window.get_attributes().override_redirect]
+        if windows and self._display.get_input_focus().focus != windows[-1]:
+            windows[-1].set_input_focus(X.RevertToPointerRoot, X.CurrentTime)
+
     def close_window(self, window):
         """What a window manager sends when its close button is pressed."""
         self._protocol_message(window, "WM_DELETE_WINDOW")

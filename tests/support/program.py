@@ -113,6 +113,8 @@ class Program(Process):
 
     def focused(self):
         """Role and name of what has the keyboard's focus, as a screen reader would tell."""
+        self._take_input()
+        self.desktop.give_keyboard_to_topmost()  # GTK 4.18 tells of the window that has it
         reference = self._take_input()
         try:
             return self._reader.focused(reference)
