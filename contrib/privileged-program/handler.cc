@@ -449,9 +449,14 @@ ExitStatus answer(int count, char** arguments, uid_t user) {
 
 int main(int argc, char** argv) {
   const uid_t user = callingUser();
-  forgetCaller();
-  openlog("zor-network-permissions-handler", LOG_PID, LOG_AUTHPRIV);
-  const ExitStatus status = answer(argc, argv, user);
+  ExitStatus status = NOT_DONE;
+  try {
+    forgetCaller();
+    openlog("zor-network-permissions-handler", LOG_PID, LOG_AUTHPRIV);
+    status = answer(argc, argv, user);
+  } catch (const std::exception& error) {
+    complain(error.what());
+  }
   std::fputs(complaints().c_str(), stderr);
   return status;
 }

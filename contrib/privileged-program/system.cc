@@ -150,9 +150,9 @@ Descriptor::~Descriptor() {
 }
 
 void forgetCaller() {
+  clearenv();
   // Otherwise a keyfile would be opened as standard error, and messages be written to it.
-  int null = 0;
-  while ((null = open("/dev/null", O_RDWR)) >= 0 && null <= STDERR_FILENO) continue;
+  while (succeed(open("/dev/null", O_RDWR), "/dev/null") <= STDERR_FILENO) continue;
   close_range(STDERR_FILENO + 1, ~0U, 0);
 
   resetSignals();
@@ -177,7 +177,6 @@ void forgetCaller() {
   (void)setrlimit(RLIMIT_CORE, &nothing);  // it would hold passwords
 
   umask(S_IWGRP | S_IWOTH);  // the rest is told wherever something is made
-  clearenv();
   succeed(chdir("/"), "chdir");
 }
 
