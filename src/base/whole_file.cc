@@ -9,11 +9,34 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <new>
 
 #include "base/open_private.h"
 #include "base/retry.h"
 #include "base/temporary_file.h"
 #include "base/write_all.h"
+
+namespace {
+
+/** Reads on to the end, holding the bytes once. Returns false where that fails. */
+bool readAll(int descriptor, std::string& content) {
+  struct stat status {};
+  constexpr std::size_t LAST_LF = 1;  // which the caller may have to add
+  std::array<char, 4096> block{};
+  ssize_t length = 0;
+  try {
+    if (fstat(descriptor, &status) == 0)
+      content.reserve(static_cast<std::size_t>(status.st_size) + LAST_LF);
+    while ((length = read(descriptor, block.data(), block.size())) > 0)
+      content.append(block.data(), static_cast<std::size_t>(length));
+  } catch (const std::bad_alloc&) {
+    errno = ENOMEM;
+    return false;
+  }
+  return length == 0;
+}
+
+}  // namespace
 
 std::optional<std::string> readFile(const std::string& path) {
   std::string content;
@@ -21,12 +44,9 @@ std::optional<std::string> readFile(const std::string& path) {
     content.clear();
     const int descriptor = openPrivate(path.c_str(), O_RDONLY);
     if (descriptor < 0) return false;
-    std::array<char, 4096> block{};
-    ssize_t length = 0;
-    while ((length = read(descriptor, block.data(), block.size())) > 0)
-      content.append(block.data(), static_cast<std::size_t>(length));
+    const bool read = readAll(descriptor, content);
     close(descriptor);
-    return length == 0;
+    return read;
   });
   if (!complete) return std::nullopt;
   return content;
@@ -56,21 +76,16 @@ bool replaceFile(const std::string& path, std::string_view content) {
   });
 }
 
-void overwriteFile(const std::string& path, std::string_view old, std::string content) {
+void overwriteFile(const std::string& path, std::string content, std::size_t oldSize) {
   const std::size_t length = content.size();
   // Not truncated first: what is cut off afterwards is then nothing but empty lines.
-  content.resize(std::max(length, old.size()), '\n');
+  content.resize(std::max(length, oldSize), '\n');
   (void)succeedsOnRetry([&] {
     const int descriptor = openPrivate(path.c_str(), O_WRONLY | O_CREAT);
     if (descriptor < 0) return false;
-    const bool written = writeAll(descriptor, content);
-    if (!written) {
-      (void)lseek(descriptor, 0, SEEK_SET);
-      (void)writeAll(descriptor, old);
-    }
-    const std::size_t kept = written ? length : old.size();
-    const bool cut = ftruncate(descriptor, static_cast<off_t>(kept)) == 0;
-    return close(descriptor) == 0 && written && cut;
+    const bool written =
+        writeAll(descriptor, content) && ftruncate(descriptor, static_cast<off_t>(length)) == 0;
+    return close(descriptor) == 0 && written;
   });
 }
 

@@ -35,11 +35,11 @@ bool writeFile(const std::string& path, std::string_view content, Access access)
 bool replaceFile(const std::string& path, std::string_view content);
 
 /**
- * Writes new bytes over the old ones of a private file, creating it where it is missing. A full
- * disk or a kill leaves the old bytes or the new ones, these perhaps with empty lines behind them.
- * A failure is not reported.
+ * Writes new bytes over the old ones of a private file, creating it where it is missing. Where they
+ * are no more than the old ones, a full disk or a kill leaves the old bytes or the new ones, these
+ * perhaps with empty lines behind them. A failure is not reported.
  */
-void overwriteFile(const std::string& path, std::string_view old, std::string content);
+void overwriteFile(const std::string& path, std::string content, std::size_t oldSize);
 
 /** Removes a file, where there is one. A failure is not reported. */
 void removeFile(const std::string& path);

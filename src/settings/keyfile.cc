@@ -2,11 +2,14 @@
 // SPDX-License-Identifier: MIT
 #include "settings/keyfile.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <array>
 #include <chrono>
-#include <iterator>
+#include <optional>
 #include <thread>
+#include <utility>
 
 #include "base/whole_file.h"
 
@@ -23,26 +26,31 @@ bool hasUnquotedKey(std::string_view line) {
   });
 }
 
-std::string withoutQuotes(std::string_view content) {
-  std::string result;
-  result.reserve(content.size() + 1);
-  while (!content.empty()) {
-    const std::string_view line = content.substr(0, content.find('\n'));
-    if (hasUnquotedKey(line)) {
-      std::remove_copy(line.begin(), line.end(), std::back_inserter(result), '"');
-    } else {
-      result += line;
-    }
-    result += '\n';
-    content.remove_prefix(std::min(line.size() + 1, content.size()));
+/** Ends each line in LF, and removes the quotes. Returns whether there were any. */
+bool removeQuotes(std::string& content) {
+  if (!content.empty() && content.back() != '\n') content += '\n';
+  auto to = content.begin();
+  for (auto from = content.begin(); from != content.end();) {
+    const auto end = std::find(from, content.end(), '\n') + 1;
+    const bool unquoted = hasUnquotedKey({from, end});
+    for (; from != end; ++from)
+      if (!unquoted || *from != '"') *to++ = *from;
   }
-  return result;
+  const bool removed = to != content.end();
+  content.erase(to, content.end());
+  return removed;
 }
 
 }  // namespace
 
 void removeKeyfileValueQuotes(const std::string& path) {
-  const std::string content = readFile(path).value_or("");
+  std::optional<std::string> stored = readFile(path);
   std::this_thread::sleep_for(PAUSE_BEFORE_REWRITING);
-  overwriteFile(path, content, withoutQuotes(content));
+  if (!stored) stored = readFile(path);
+  std::string content = std::move(stored).value_or("");
+  const std::size_t size = content.size();
+  // Bytes that are the same as before need no other file to be safe.
+  const bool replaced =
+      removeQuotes(content) && access(path.c_str(), W_OK) == 0 && replaceFile(path, content);
+  if (!replaced) overwriteFile(path, std::move(content), size);
 }

@@ -134,24 +134,24 @@ TEST_F(Files, WhatCannotBeReplacedStays) {
 }
 
 TEST_F(Files, OverwrittenOnesAreWhole) {
-  overwriteFile(file, "", "made\n");
+  overwriteFile(file, "made\n", 0);
   EXPECT_BYTES_EQ("made\n", readBytes(file));
   EXPECT_EQ(0600U, modeOf(file));
   const ino_t inode = inodeOf(file);
   for (const std::string& bytes : {"longer than before\n"s, "short\n"s, ""s}) {
-    overwriteFile(file, readBytes(file), bytes);
+    overwriteFile(file, bytes, readBytes(file).size());
     EXPECT_BYTES_EQ(bytes, readBytes(file));
   }
   EXPECT_EQ(inode, inodeOf(file));
 }
 
-TEST_F(Files, OverwrittenOnesStayOnAFullDisk) {
-  writeBytes(file, "old bytes\n");
-  {
-    const ResourceLimit size(RLIMIT_FSIZE, 10);
-    overwriteFile(file, "old bytes\n", "too long for the disk\n");
-  }
-  EXPECT_BYTES_EQ("old bytes\n", readBytes(file));
+TEST_F(Files, OverwrittenOnesNeedNoRoomAndStayWithoutIt) {
+  writeBytes(file, "old bytes!");
+  const ResourceLimit size(RLIMIT_FSIZE, 10);
+  overwriteFile(file, "old bytes!\n", 10);
+  EXPECT_BYTES_EQ("old bytes!", readBytes(file));
+  overwriteFile(file, "new bytes\n", 10);
+  EXPECT_BYTES_EQ("new bytes\n", readBytes(file));
 }
 
 TEST_F(Files, DescriptorsAreClosedAgain) {
@@ -167,7 +167,8 @@ TEST_F(Files, DescriptorsAreClosedAgain) {
                 (void)writeFile(path, "x", Access::PRIVATE);
                 (void)writeFile(path, "x", Access::SHARED);
                 (void)readFile(path);
-                overwriteFile(path, "", "x");
+                overwriteFile(path, "x", 0);
+                (void)replaceFile(path, "x");
               }
               EXPECT_EQ(before, nextDescriptor());
             }));

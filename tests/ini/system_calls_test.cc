@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "base/whole_file.h"
 #include "ini/ini_fixture.h"
 
 namespace {
@@ -176,6 +177,15 @@ TEST_F(SystemCalls, WhatCannotBeMovedNorCopiedStaysWhole) {
   EXPECT_EQ(1, put("s", "k", "longer")) << "whether it was moved is not told";
   EXPECT_EQ(std::vector<std::string>{"test.in~"}, directory.names());
   EXPECT_BYTES_EQ("[s]\nk=longer\n", readBytes(temporary));
+}
+
+TEST_F(SystemCalls, FileThatDoesNotFitIntoMemoryCannotBeRead) {
+  writeBytes(file, "[s]\nk=old, and longer than what needs no memory\n");
+  memoryIsUsedUp = true;
+  const bool read = readFile(file).has_value();
+  memoryIsUsedUp = false;
+  EXPECT_FALSE(read);
+  EXPECT_EQ(100, paused);
 }
 
 TEST_F(SystemCalls, NoMemoryIsNeeded) {

@@ -107,4 +107,11 @@ TEST_F(SavesLoad, QuotesAreRemovedInTimeThatGrowsWithTheFile) {
   expectLinearTime(clean(LINES), clean(10 * LINES));
 }
 
+TEST_F(SavesLoad, QuotesAreRemovedWithTheFileInMemoryOnce) {
+  constexpr long KILOBYTES = 50'000 / REDUCTION;
+  writeBytes(keyfile, "proto=\"rsn;\"\npsk=" + std::string(KILOBYTES * 1024, 'x'));
+  const Cost cost = costOf([&] { removeKeyfileValueQuotes(keyfile); });
+  EXPECT_LE(cost.kilobytes, KILOBYTES + NOISE_IN_KILOBYTES);
+}
+
 }  // namespace

@@ -81,6 +81,45 @@ TEST_F(KeyfileQuotes, WrittenFileIsPrivate) {
   EXPECT_EQ(0600U, modeOf(file));
 }
 
+TEST_F(KeyfileQuotes, FileIsReplacedOnlyWhereQuotesAreRemoved) {
+  writeBytes(file, "psk=\"a;b\"\n");
+  const ino_t inode = inodeOf(file);
+  removeQuotes();
+  EXPECT_EQ(inode, inodeOf(file));
+  writeBytes(file, "proto=\"rsn;\"\n");
+  removeQuotes();
+  EXPECT_NE(inode, inodeOf(file));
+  EXPECT_EQ((std::vector<std::string>{"wlan0.nmconnection"}), directory.names());
+}
+
+TEST_F(KeyfileQuotes, FileInAReadOnlyFolderIsWrittenOver) {
+  writeBytes(file, "proto=\"rsn;\"\n");
+  directory.giveToOrdinaryUser();
+  chmod(directory.path.c_str(), 0500);
+  EXPECT_EQ(0, asOrdinaryUser([&] { removeQuotes(); }));
+  chmod(directory.path.c_str(), 0700);
+  EXPECT_BYTES_EQ("proto=rsn;\n", readBytes(file));
+}
+
+TEST_F(KeyfileQuotes, FileIsReadAgainAfterThePause) {
+  // It cannot be read for longer than reading is tried, and less long than that and the pause.
+  const std::string hidden = file + ".hidden";
+  writeBytes(file, "proto=\"rsn;\"\n");
+  std::filesystem::rename(file, hidden);
+  EXPECT_EQ(0, inChild([&] {
+              static const std::string* names[2];
+              names[0] = &hidden;
+              names[1] = &file;
+              struct sigaction action {};
+              action.sa_handler = [](int) { rename(names[0]->c_str(), names[1]->c_str()); };
+              sigaction(SIGALRM, &action, nullptr);
+              const itimerval once{{0, 0}, {0, 25'000}};
+              setitimer(ITIMER_REAL, &once, nullptr);
+              removeQuotes();
+            }));
+  EXPECT_BYTES_EQ("proto=rsn;\n", readBytes(file));
+}
+
 TEST_F(KeyfileQuotes, UnwritableFileStaysAndUnreadableOneIsEmptied) {
   for (const auto& [mode, expected] :
        std::vector<std::pair<mode_t, std::string>>{{0400, "proto=\"rsn;\"\n"}, {0200, ""}}) {
