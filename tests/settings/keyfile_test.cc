@@ -8,7 +8,9 @@
 
 #include <chrono>
 #include <csignal>
+#include <ctime>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -19,6 +21,19 @@
 #include "support/printed.h"
 
 using namespace std::string_literals;
+
+namespace {
+
+/** What happens while the code pauses. */
+std::function<void()> inThePause;
+
+}  // namespace
+
+extern "C" int __real_nanosleep(const timespec* wanted, timespec* left);
+extern "C" int __wrap_nanosleep(const timespec* wanted, timespec* left) {
+  if (inThePause) inThePause();
+  return __real_nanosleep(wanted, left);
+}
 
 namespace {
 
@@ -140,6 +155,20 @@ TEST_F(KeyfileQuotes, DirectoriesAndFifosAreLeftAlone) {
   ASSERT_EQ(0, mkfifo(file.c_str(), 0600));
   EXPECT_EQ(0, inChild([&] { removeQuotes(); }));
   EXPECT_TRUE(std::filesystem::is_fifo(file));
+}
+
+TEST_F(KeyfileQuotes, PauseLiesBetweenReadingAndWriting) {
+  writeBytes(file, "proto=\"rsn;\"\n");
+  int pauses = 0;
+  inThePause = [&] {
+    ++pauses;
+    EXPECT_BYTES_EQ("proto=\"rsn;\"\n", readBytes(file));
+    writeBytes(file, "late=\"1\"\n");
+  };
+  removeQuotes();
+  inThePause = nullptr;
+  EXPECT_EQ(1, pauses);
+  EXPECT_BYTES_EQ("proto=rsn;\n", readBytes(file));
 }
 
 TEST_F(KeyfileQuotes, PauseLasts50MillisecondsWhateverSignalsArrive) {
