@@ -1,0 +1,66 @@
+// SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
+// SPDX-License-Identifier: MIT
+#include <dirent.h>
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <string>
+#include <vector>
+
+#include "app/NetworkManagerConfig.h"
+#include "support/files.h"
+#include "support/printed.h"
+
+namespace {
+
+/** After how many entries a directory cannot be read on; no entry fails below 0. */
+int readableEntries = -1;
+
+void* readEntry(DIR* directory, const char* function) {
+  if (readableEntries == 0) {
+    errno = EIO;
+    return nullptr;
+  }
+  if (readableEntries > 0) --readableEntries;
+  return reinterpret_cast<void* (*)(DIR*)>(dlsym(RTLD_NEXT, function))(directory);
+}
+
+}  // namespace
+
+// In the place of the C library's, for the C++ library too, by whichever name it calls it. The
+// header gives one name to both.
+extern "C" void* readShort(DIR* directory) __asm__("readdir");
+extern "C" void* readShort(DIR* directory) { return readEntry(directory, "readdir"); }
+extern "C" void* readLarge(DIR* directory) __asm__("readdir64");
+extern "C" void* readLarge(DIR* directory) { return readEntry(directory, "readdir64"); }
+
+namespace {
+
+TEST(Listing, KeepsWhatItSawBeforeItFailed) {
+  const TemporaryDirectory directory;
+  for (const char* name : {"a", "b", "c"})
+    writeBytes(directory.file(name), "[connection]\ntype=ethernet\n");
+  setenv("ZOR_NETWORKMANAGER_DEBUG_PATH", directory.path.c_str(), 1);
+  auto& config = NetworkManagerConfig::getInstance();
+  printedBy([&] { config.initialize(NetworkManagerConfig::DEBUG); });
+
+  const std::vector<std::string> all = config.listConnectionFiles();
+  ASSERT_EQ(3U, all.size());
+  for (std::size_t seen = 0; seen <= all.size(); ++seen) {
+    std::vector<std::string> names;
+    int entries = 0;
+    std::string printed;
+    // "." and ".." are entries, too, anywhere among them.
+    do {
+      readableEntries = entries++;
+      printed = printedBy([&] { names = config.listConnectionFiles(); });
+      readableEntries = -1;
+    } while (names.size() < seen);
+    EXPECT_EQ(std::vector<std::string>(all.begin(), all.begin() + static_cast<long>(seen)), names);
+    EXPECT_NE(std::string::npos, printed.find("Input/output error")) << printed;
+    EXPECT_EQ(0U, printed.find("! Error: ")) << printed;
+  }
+}
+
+}  // namespace
