@@ -59,16 +59,25 @@ TEST_F(PermissionsHandler, GetsTheActionAndAnArgumentThatIsNotEmpty) {
 }
 
 TEST_F(PermissionsHandler, InheritsWhatTheProgramWasGiven) {
-  for (const std::string given : {"", " SIGPIPE ignored"}) {
+  sigset_t stop;
+  sigemptyset(&stop);
+  sigaddset(&stop, SIGTERM);
+  for (const bool given : {false, true}) {
+    const auto set = [&](bool on) {
+      for (const int number : {SIGPIPE, SIGXFSZ}) std::signal(number, on ? SIG_IGN : SIG_DFL);
+      sigprocmask(on ? SIG_BLOCK : SIG_UNBLOCK, &stop, nullptr);
+    };
     EXPECT_EQ(0, inChild([&] {
                 umask(0026);
                 std::signal(SIGHUP, SIG_IGN);
-                std::signal(SIGPIPE, given.empty() ? SIG_DFL : SIG_IGN);
+                set(given);
                 keepInherited();
-                std::signal(SIGPIPE, given.empty() ? SIG_IGN : SIG_DFL);
+                set(!given);
                 request("unlock", "");
               }));
-    EXPECT_EQ("zor-network-permissions-handler umask 26" + given + " SIGHUP ignored",
+    EXPECT_EQ(std::string("zor-network-permissions-handler umask 26") +
+                  (given ? " SIGPIPE ignored SIGXFSZ ignored" : "") + " SIGHUP ignored" +
+                  (given ? " SIGTERM blocked" : ""),
               recorder.calls().at(0).circumstances);
   }
 }

@@ -13,7 +13,7 @@ inline constexpr int RECORDER_STATUS = 42;
 /** What the recorder was called with. */
 struct Call {
   std::string arguments;      // e.g. "[finalize_wifi][ZOR]"
-  std::string circumstances;  // its name, umask and ignored signals
+  std::string circumstances;  // its name, umask, ignored and blocked signals
 };
 
 /**
