@@ -341,6 +341,18 @@ TEST_F(DefaultFiles, ArePrivateWhateverTheUmaskAndReplaceWhatIsThere) {
   }
 }
 
+TEST_F(DefaultFiles, AreWrittenInPlaceWhereNoOtherFileCanBeMade) {
+  writeBytes(ethernet, std::string(1000, 'x'));
+  directory.giveToOrdinaryUser();
+  chmod(directory.path.c_str(), 0555);
+  EXPECT_EQ(0, asOrdinaryUser([&] {
+              EXPECT_EQ(printedBy([&] { config.createDefaultEthernetFile(); }),
+                        "New Ethernet connection file created at: " + ethernet + "\n");
+            }));
+  chmod(directory.path.c_str(), 0755);
+  EXPECT_BYTES_EQ(expectedKeyfile("ethernet-default"), readBytes(ethernet));
+}
+
 TEST_F(DefaultFiles, FailureIsReportedAndThePathKept) {
   std::filesystem::create_directory(ethernet);
   ASSERT_EQ(0, mkfifo(wifi.c_str(), 0600));  // is not waited for either
