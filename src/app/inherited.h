@@ -2,9 +2,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// What the program was started with and changes for itself alone: which signals are blocked, and
-// whether a failing write ends the process (SIGPIPE, SIGXFSZ). A program that it starts gets that
-// as it was.
+// What the program was started with and changes for itself alone: the environment, which signals
+// are blocked, and whether a failing write ends the process (SIGPIPE, SIGXFSZ). A program that it
+// starts gets that as it was.
 
 /** Remembers how it is now. To be called before any of it is changed. */
 void keepInherited();

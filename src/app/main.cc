@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include <fcntl.h>
 #include <glib-unix.h>
+#include <gtk/gtk.h>
 #include <gtkmm/application.h>
 #include <unistd.h>
 
@@ -14,6 +15,7 @@
 #include <utility>
 
 #include "app/NetworkManagerConfig.h"
+#include "app/drawing.h"
 #include "app/inherited.h"
 #include "base/print.h"
 #include "window/NetworkManagerWindow.h"
@@ -43,6 +45,7 @@ void openStandardStreams() {
 }
 
 Glib::RefPtr<Gtk::Application> createApplication() {
+  drawWithoutGraphicsProcessor(gtk_get_minor_version());
   return Gtk::Application::create(APPLICATION_ID);
 }
 

@@ -131,6 +131,20 @@ class ProductionMode(program_case.ProgramCase):
         self.assertCountEqual(self.recorder.calls(), 2 * [["unlock"], ["rollback"]])
 
 
+class Drawing(program_case.ProgramCase):
+
+    def test_no_graphics_driver_is_loaded_in_either_mode(self):
+        for mode in ((), ("1",)):
+            with self.subTest(mode):
+                program = self.run_program(*mode)
+                program.look()
+                loaded = read(f"/proc/{program.process.pid}/maps").decode()
+                self.assertNotRegex(loaded, r"/(lib\w+_mesa\.so|libgallium|libLLVM|\w+_dri\.so)")
+                program.close()
+                self.assertEqual(program.finish(), 0)
+                self.assertEqual(program.errors, "")
+
+
 class Startup(program_case.ProgramCase):
     """The order of steps and the pause, from the outside: system calls with their times."""
 

@@ -80,8 +80,7 @@ class Desktop:
         os.mkdir(home)
         os.mkdir(runtime, 0o700)
         environment.update(HOME=home, XDG_CACHE_HOME=home, XDG_RUNTIME_DIR=runtime,
-                           LANG="C.UTF-8", GDK_BACKEND="x11", GSK_RENDERER="cairo",
-                           GSETTINGS_BACKEND="memory",
+                           LANG="C.UTF-8", GDK_BACKEND="x11", GSETTINGS_BACKEND="memory",
                            # The toolkit keeps memory to its end: no news about the program.
                            ASAN_OPTIONS="detect_leaks=0:" + os.environ.get("ASAN_OPTIONS", ""))
         return environment
