@@ -52,7 +52,8 @@ def main(kept_file, compiler, program, renew):
         kept = json.load(file)
     kept_compiler = kept.pop("compiler")
     if kept_compiler != compiler:
-        print(f"1..0 # SKIP the kept numbers are those of {kept_compiler}, this is {compiler}")
+        print(f"1..0 # SKIP left out: the kept numbers are those of {kept_compiler}, "
+              f"this is {compiler}")
         return
     compare(count(program), kept)
 

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 # SPDX-License-Identifier: MIT
-"""What `meson install` puts where: BUILD_DIRECTORY PROGRAM."""
+"""What `meson install` puts where: BUILD_DIRECTORY PROGRAM [OPTION OF APPSTREAMCLI...]."""
 import configparser
 import os
 import re
@@ -14,8 +14,8 @@ import xml.etree.ElementTree as xml
 from tests.support import tap
 from tests.support.files import source
 
-BUILD, PROGRAM = sys.argv[1:3]
-del sys.argv[1:3]
+BUILD, PROGRAM, *OPTIONS = sys.argv[1:]
+del sys.argv[1:]
 
 FILES = {
     "bin/zor-network-manager",
@@ -55,8 +55,9 @@ class Installed(unittest.TestCase):
         # Looks for what the metainfo leads to: the desktop entry and its icon.
         with tempfile.TemporaryDirectory(prefix="zor-tree-") as tree:
             shutil.copytree(self.prefix, os.path.join(tree, "usr"))
-            done = subprocess.run(["appstreamcli", "validate-tree", "--no-net", "--pedantic",
-                                   "--strict", tree], capture_output=True, text=True, check=False)
+            done = subprocess.run(
+                ["appstreamcli", "validate-tree", "--no-net", "--pedantic", "--strict", *OPTIONS,
+                 tree], capture_output=True, text=True, check=False)
         self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
 
     def test_entry_leads_to_the_program_and_its_window(self):

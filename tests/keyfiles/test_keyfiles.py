@@ -198,7 +198,9 @@ KINDS = (
       for text in ("two  blanks", "Café ☕ 例", "a=b:c", "[section]", "100%$'`", "k" * 32)),
 )
 
-NO_ADDRESS = "ipv4.addresses: this property cannot be empty"
+# In the words of NetworkManager 1.42, and of 1.52.
+NO_ADDRESS = (r"ipv4\.addresses: this property cannot be empty"
+              r"|ipv4\.method: method 'manual' requires at least an address")
 NO_GATEWAY = "ipv4.gateway: gateway is invalid"
 # What the form lets through, the line that is written by its rules, and what NetworkManager makes
 # of it: other values (None for one that it drops with a warning), or why it refuses the file. This
