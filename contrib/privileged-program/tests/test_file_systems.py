@@ -10,8 +10,8 @@ import subprocess
 from tests.support.files import read
 
 from . import device, device_case
-from .device import DESK, ETHERNET, INSTALLED, OLD_DESKS, USER, WIFI, write
-from .device_case import CLIENT, DYNAMIC, DeviceCase, STATIC, STRANGER, nmcli_calls
+from .device import DESK, ETHERNET, INSTALLED, OLD_DESKS, READERS, USER, WIFI, write
+from .device_case import CLIENT, DYNAMIC, DeviceCase, STATIC, STRANGER, access_of, nmcli_calls
 
 DESKS = os.path.dirname(DESK)
 
@@ -83,6 +83,19 @@ class Full(DeviceCase):
                 self.assertEqual(self.ask("rollback", user=None)[0], 0)  # as at the start
                 self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
                 self.assert_nothing_left()
+
+    def test_room_of_files_that_are_held_open_is_had_when_their_process_ends(self):
+        self.request("unlock")
+        for name in (ETHERNET, WIFI):
+            os.remove(os.path.join(DESK, name))
+        fill_with_bytes(DESK)
+        with open(f"{DESK}/large", "rb"):
+            for action in ("rollback", "unlock"):
+                self.refused(action, because="No space left")
+                self.assertEqual(access_of(DESK), (0, READERS, "0o750"))
+        self.request("unlock")
+        self.assert_desk(False, ethernet=DYNAMIC, wifi=CLIENT)
+        self.assert_nothing_left()
 
     def test_desk_needs_no_more_room_than_it_had(self):
         self.fill_from_elsewhere()
