@@ -52,13 +52,9 @@ std::optional<std::string> readFile(const std::string& path) {
   return content;
 }
 
-bool writeFile(const std::string& path, std::string_view content, Access access) {
-  constexpr int FLAGS = O_WRONLY | O_CREAT | O_TRUNC;
-  constexpr mode_t READABLE = 0666;
+bool writeFile(const std::string& path, std::string_view content) {
   return succeedsOnRetry([&] {
-    const int descriptor = access == Access::PRIVATE
-                               ? openPrivate(path.c_str(), FLAGS)
-                               : open(path.c_str(), FLAGS | O_CLOEXEC | O_NONBLOCK, READABLE);
+    const int descriptor = openPrivate(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC);
     if (descriptor < 0) return false;
     const bool written = writeAll(descriptor, content);
     return close(descriptor) == 0 && written;

@@ -6,12 +6,6 @@
 #include <string>
 #include <string_view>
 
-/** Who may read a file that is written. */
-enum class Access {
-  PRIVATE,  // the owner alone: mode 0600 from before the first byte, whatever the umask
-  SHARED,   // as the umask says; the mode of a file that is there stays
-};
-
 // What fails is tried again (base/retry.h) before it counts as failed.
 
 /**
@@ -21,10 +15,11 @@ enum class Access {
 std::optional<std::string> readFile(const std::string& path);
 
 /**
- * Writes a whole file, creating or truncating it. Never waits, not even for the reader of a FIFO.
- * Returns false when it cannot be opened or not be written to the end.
+ * Writes a whole private file (base/open_private.h), creating or truncating it. Never waits, not
+ * even for the reader of a FIFO. Returns false when it cannot be opened or not be written to the
+ * end.
  */
-bool writeFile(const std::string& path, std::string_view content, Access access);
+bool writeFile(const std::string& path, std::string_view content);
 
 /**
  * Puts a new private file in the place of an old one, or of a link: at every moment, a power cut

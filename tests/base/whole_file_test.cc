@@ -27,38 +27,25 @@ class Files : public testing::Test {
 
 TEST_F(Files, KeepEveryByte) {
   const std::string bytes = "a\0\r\n\xFF"s + std::string(10000, 'x');
-  for (const Access access : {Access::PRIVATE, Access::SHARED}) {
-    EXPECT_TRUE(writeFile(file, bytes, access));
-    EXPECT_BYTES_EQ(bytes, readBytes(file));
-    EXPECT_BYTES_EQ(bytes, readFile(file).value());
-    EXPECT_TRUE(writeFile(file, "short", access));
-    EXPECT_BYTES_EQ("short", readFile(file).value());
-  }
+  EXPECT_TRUE(writeFile(file, bytes));
+  EXPECT_BYTES_EQ(bytes, readBytes(file));
+  EXPECT_BYTES_EQ(bytes, readFile(file).value());
+  EXPECT_TRUE(writeFile(file, "short"));
+  EXPECT_BYTES_EQ("short", readFile(file).value());
 }
 
-TEST_F(Files, PrivateOnesAreForTheOwnerWhateverTheUmask) {
+TEST_F(Files, AreForTheOwnerWhateverTheUmask) {
   for (const mode_t mask : {0000, 0022, 0777}) {
     EXPECT_EQ(0, inChild([&] {
                 umask(mask);
-                EXPECT_TRUE(writeFile(file, "psk", Access::PRIVATE));
+                EXPECT_TRUE(writeFile(file, "psk"));
                 EXPECT_EQ(0600U, modeOf(file));
                 chmod(file.c_str(), 0644);
-                EXPECT_TRUE(writeFile(file, "psk", Access::PRIVATE));
+                EXPECT_TRUE(writeFile(file, "psk"));
                 EXPECT_EQ(0600U, modeOf(file));
                 unlink(file.c_str());
               }));
   }
-}
-
-TEST_F(Files, SharedOnesAreAsTheUmaskSaysAndKeepTheirMode) {
-  EXPECT_EQ(0, inChild([&] {
-              umask(0027);
-              EXPECT_TRUE(writeFile(file, "record", Access::SHARED));
-              EXPECT_EQ(0640U, modeOf(file));
-              chmod(file.c_str(), 0604);
-              EXPECT_TRUE(writeFile(file, "record", Access::SHARED));
-              EXPECT_EQ(0604U, modeOf(file));
-            }));
 }
 
 TEST_F(Files, UnreadableOnesAreReported) {
@@ -68,19 +55,16 @@ TEST_F(Files, UnreadableOnesAreReported) {
 }
 
 TEST_F(Files, UnwritableOnesAreReported) {
-  for (const Access access : {Access::PRIVATE, Access::SHARED}) {
-    EXPECT_FALSE(writeFile(directory.path, "x", access));
-    EXPECT_FALSE(writeFile(directory.file("missing/file"), "x", access));
-    EXPECT_FALSE(writeFile("", "x", access));
-  }
+  EXPECT_FALSE(writeFile(directory.path, "x"));
+  EXPECT_FALSE(writeFile(directory.file("missing/file"), "x"));
+  EXPECT_FALSE(writeFile("", "x"));
 }
 
 TEST_F(Files, FifosAreNotWaitedFor) {
   ASSERT_EQ(0, mkfifo(file.c_str(), 0600));
   EXPECT_EQ(0, inChild([&] {
               EXPECT_EQ(std::string(), readFile(file));
-              EXPECT_FALSE(writeFile(file, "x", Access::PRIVATE));
-              EXPECT_FALSE(writeFile(file, "x", Access::SHARED));
+              EXPECT_FALSE(writeFile(file, "x"));
             }));
 }
 
@@ -88,18 +72,16 @@ TEST_F(Files, OnlyRegularOnesGetAnotherMode) {
   ASSERT_EQ(0, mkfifo(file.c_str(), 0600));
   ASSERT_EQ(0, chmod(file.c_str(), 0644));
   const int reader = open(file.c_str(), O_RDONLY | O_NONBLOCK);
-  EXPECT_TRUE(writeFile(file, "x", Access::PRIVATE));
+  EXPECT_TRUE(writeFile(file, "x"));
   EXPECT_EQ(0644U, modeOf(file));
   close(reader);
 }
 
 TEST_F(Files, FullDiskIsReported) {
   const ResourceLimit size(RLIMIT_FSIZE, 10);
-  for (const Access access : {Access::PRIVATE, Access::SHARED}) {
-    EXPECT_TRUE(writeFile(file, "12345", access));
-    EXPECT_FALSE(writeFile(file, "123456789012", access));
-    EXPECT_FALSE(writeFile(file, std::string(100000, 'x'), access));
-  }
+  EXPECT_TRUE(writeFile(file, "12345"));
+  EXPECT_FALSE(writeFile(file, "123456789012"));
+  EXPECT_FALSE(writeFile(file, std::string(100000, 'x')));
 }
 
 TEST_F(Files, ReplacedOnesArePrivateAndLeaveWhatALinkNames) {
@@ -164,8 +146,7 @@ TEST_F(Files, DescriptorsAreClosedAgain) {
   EXPECT_EQ(0, inChild([&] {
               const int before = nextDescriptor();
               for (const std::string& path : {file, directory.path, directory.file("fifo")}) {
-                (void)writeFile(path, "x", Access::PRIVATE);
-                (void)writeFile(path, "x", Access::SHARED);
+                (void)writeFile(path, "x");
                 (void)readFile(path);
                 overwriteFile(path, "x", 0);
                 (void)replaceFile(path, "x");
