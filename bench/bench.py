@@ -100,7 +100,7 @@ def run(command, environment):
 def measure_start(program, empty_window, first_frame):
     """From exec to the first painted frame: {who: {"ms", "KiB", "PSS", "instructions", "own"}}."""
     display = {**os.environ, "LD_PRELOAD": first_frame, "ZOR_NETWORKMANAGER_DEBUG_PATH": SAMPLES}
-    # The display's environment chooses how to draw; ours does so itself, unless one of these is set.
+    # The display's environment chooses how to draw; ours does so itself unless one of these is set.
     ours = {name: value for name, value in display.items()
             if name not in ("GSK_RENDERER", "GDK_DEBUG", "GDK_DISABLE")}
     commands = {"ours": ([program, "1"], ours),

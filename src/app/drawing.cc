@@ -9,8 +9,8 @@ void drawWithoutGraphicsProcessor(unsigned minorVersion) {
                       std::getenv("GDK_DEBUG") != nullptr || std::getenv("GDK_DISABLE") != nullptr;
   if (chosen) return;
 
-  // With the first alone the drivers are loaded all the same, with the second alone the toolkit
-  // says that it would have liked to use them.
+  // Cairo alone does not keep the toolkit from loading drivers. Were these alone switched off, it
+  // would print that it cannot use them.
   setenv("GSK_RENDERER", "cairo", 0);
   constexpr unsigned FIRST_WITH_DISABLE = 16;  // complains about the older name
   if (minorVersion < FIRST_WITH_DISABLE) {

@@ -9,6 +9,7 @@
 #include <array>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -73,6 +74,7 @@ TEST_F(PermissionsHandler, InheritsWhatTheProgramWasGiven) {
                 set(given);
                 keepInherited();
                 set(!given);
+                clearenv();  // in which the recorder is found, and finds its folder
                 request("unlock", "");
               }));
     EXPECT_EQ(std::string("zor-network-permissions-handler umask 26") +

@@ -16,8 +16,8 @@ from tests.support.recorder import NAME
 PRODUCTION_START = said.start(SYSTEM_CONNECTIONS, said.PRODUCTION)
 NOT_FOUND = f"Failed to execute {NAME}: No such file or directory\n"
 CALLING = "Calling permissions handler action: "
-# Makes all that is inherited unusual, and becomes the program: IGNORED BLOCKED COMMAND..., with sets
-# of signals as the system prints them.
+# Makes all that is inherited unusual, and becomes the program: IGNORED BLOCKED COMMAND..., with two
+# sets of signals as the system prints them.
 PREPARE = """import os, resource, signal, sys
 os.umask(0o027)
 os.dup2(os.open("/dev/zero", os.O_RDONLY), 7)
