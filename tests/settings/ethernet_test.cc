@@ -76,6 +76,13 @@ TEST(StoredEthernetAddress, KeepsTheTextsAsTheyWereEntered) {
   EXPECT_EQ("01 0A 00 00 01 FF 00 00 00 0A 00 00 FE ", stored.record);
 }
 
+TEST(StoredEthernetAddress, MayHaveAMaskWithoutABit) {
+  const Stored stored = store("10.0.0.1", "0.0.0.0", "10.0.0.254");
+  EXPECT_EQ("10.0.0.1/0,10.0.0.254", stored.text);
+  EXPECT_EQ("01 0A 00 00 01 00 00 00 00 0A 00 00 FE ", stored.record);
+  EXPECT_EQ("", stored.output);
+}
+
 TEST(StoredEthernetAddress, ReportsABadMaskFirst) {
   for (const char* mask : {"255.0.255.0", "", "24"}) {
     const Stored stored = store("bad", mask, "bad");
@@ -113,7 +120,7 @@ TEST(FirstDnsServer, IsTheFirstPieceWhateverSeparatesThem) {
       {" ;, \t;8.8.8.8;1", "8.8.8.8"},
       {"", ""},
       {" ;,; \t\n\v\f\r", ""},
-      {"not/checked|\xFF;1", "not/checked|\xFF"},
+      {"_not/checked|\xFF;1", "_not/checked|\xFF"},
   };
   for (const auto& [value, expected] : cases) EXPECT_EQ(expected, firstDnsServer(value)) << value;
 }

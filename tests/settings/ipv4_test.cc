@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -40,6 +41,12 @@ TEST(Ipv4Octets, AreNothingElse) {
         "0x10.0.0.1", "::1",        "10.0.0.\v1", "10.0.0.\xB2", "10.0.0.4294967297",
         "10.0.0.1 x", "10.0.0.1/24"})
     octetsOf(text, false);
+}
+
+TEST(Ipv4Octets, EndWithTheTextWhateverStandsBehindIt) {
+  Ipv4Octets octets{};
+  EXPECT_TRUE(parseIpv4Octets(std::string_view("10.0.0.12").substr(0, 8), octets));
+  EXPECT_EQ((Ipv4Octets{10, 0, 0, 1}), octets);
 }
 
 TEST(Ipv4Octets, AreWrittenUpToTheFirstBadField) {
