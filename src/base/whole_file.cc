@@ -65,11 +65,15 @@ bool replaceFile(const std::string& path, std::string_view content) {
   struct stat status {};
   const bool there = lstat(path.c_str(), &status) == 0;
   if (there && !S_ISREG(status.st_mode) && !S_ISLNK(status.st_mode)) return false;
-  return succeedsOnRetry([&] {
+  bool replaced = false;
+  (void)succeedsOnRetry([&] {
     TemporaryFile file(path.c_str());
-    return file.descriptor() >= 0 && writeAll(file.descriptor(), content) && file.close() &&
-           file.takePlace();
+    if (file.descriptor() < 0 || !writeAll(file.descriptor(), content) || !file.close())
+      return false;
+    replaced = file.takePlace();
+    return true;  // the next try would begin with the removal of what may be all there is
   });
+  return replaced;
 }
 
 void overwriteFile(const std::string& path, std::string content, std::size_t oldSize) {

@@ -1,0 +1,160 @@
+// SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
+// SPDX-License-Identifier: MIT
+// What is left of files where one system call fails, once or for good.
+#include "support/failing_calls.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "base/shared_file.h"
+#include "base/whole_file.h"
+#include "support/bytes.h"
+#include "support/files.h"
+
+namespace {
+
+using Names = std::vector<std::string>;
+
+class FailingCalls : public testing::Test {
+ protected:
+  TemporaryDirectory directory;
+  std::string file = directory.file("file");
+  std::string temporary = directory.file("fil~");
+
+  void SetUp() override { writeBytes(file, "old"); }
+
+  void expectOnly(const std::string& content) {
+    EXPECT_EQ(Names{"file"}, directory.names());
+    EXPECT_BYTES_EQ(content, readBytes(file));
+  }
+};
+
+TEST_F(FailingCalls, OnceLeaveWhatWasAskedFor) {
+  for (const char* call : {"close", "fsync", "write"}) {
+    writeBytes(file, "old");
+    const FailingCall failing({call, EIO, 0, 1});
+    EXPECT_TRUE(replaceFile(file, "new")) << call;
+    expectOnly("new");
+  }
+  for (const char* call : {"close", "write"}) {
+    writeBytes(file, "old");
+    const FailingCall failing({call, EIO, 0, 1});
+    EXPECT_TRUE(writeFile(file, "new")) << call;
+    expectOnly("new");
+  }
+  for (const char* call : {"close", "ftruncate", "write"}) {
+    writeBytes(file, "old");
+    const FailingCall failing({call, EIO, 0, 1});
+    overwriteFile(file, "n", 3);
+    expectOnly("n");
+  }
+  for (const char* call : {"close", "fstat", "ftruncate", "write"}) {
+    writeBytes(file, "old");
+    const FailingCall failing({call, EIO, 0, 1});
+    EXPECT_TRUE(writeSharedFile(file, "n")) << call;
+    expectOnly("n");
+  }
+  const FailingCall failing({"unlink", EIO, 0, 1});
+  removeFile(file);
+  EXPECT_EQ(Names{}, directory.names());
+}
+
+TEST_F(FailingCalls, ForGoodLeaveTheOldFileOfWhatIsReplaced) {
+  for (const char* call : {"close", "fsync", "write"}) {
+    const FailingCall failing({call, ENOSPC});
+    EXPECT_FALSE(replaceFile(file, "new")) << call;
+    expectOnly("old");
+  }
+  const FailingCall failing({"unlink", EPERM});
+  const FailingCall too({"rename", EXDEV});
+  EXPECT_FALSE(replaceFile(file, "new"));
+  EXPECT_BYTES_EQ("old", readBytes(file));
+}
+
+TEST_F(FailingCalls, ForGoodAreReported) {
+  for (const char* call : {"close", "write"}) {
+    const FailingCall failing({call, EIO});
+    EXPECT_FALSE(writeFile(file, "new")) << call;
+  }
+  for (const char* call : {"fstat", "ftruncate"}) {
+    writeBytes(file, "old");
+    const FailingCall failing({call, EIO});
+    EXPECT_FALSE(writeSharedFile(file, "new")) << call;
+    expectOnly("old");
+  }
+  for (const char* call : {"close", "write"}) {
+    const FailingCall failing({call, EIO});
+    EXPECT_FALSE(writeSharedFile(file, "new")) << call;
+  }
+}
+
+TEST_F(FailingCalls, FileWithoutAKnownSizeIsReadAllTheSame) {
+  const FailingCall failing({"fstat", EIO});
+  EXPECT_EQ("old", readFile(file));
+}
+
+TEST_F(FailingCalls, FileSystemNeedNotKnowHowToFlush) {
+  const FailingCall failing({"fsync", EINVAL});
+  EXPECT_TRUE(replaceFile(file, "new"));
+  EXPECT_EQ(1, failing.calls());
+  expectOnly("new");
+}
+
+TEST_F(FailingCalls, WhatCannotBeMovedIsCopied) {
+  const std::string content(2000, 'x');
+  const FailingCall failing({"rename", EXDEV});
+  EXPECT_TRUE(replaceFile(file, content));
+  expectOnly(content);
+  EXPECT_EQ(0600U, modeOf(file));
+}
+
+TEST_F(FailingCalls, WhatCannotBeMovedNorCopiedStays) {
+  for (const char* call : {"close", "write"}) {
+    const FailingCall unmovable({"rename", EXDEV});
+    // The first one is about the temporary file itself.
+    const FailingCall failing({call, ENOSPC, 1});
+    EXPECT_FALSE(replaceFile(file, "new")) << call;
+    EXPECT_BYTES_EQ("new", readBytes(temporary));
+    EXPECT_EQ(Names{"fil~"}, directory.names()) << call;
+  }
+}
+
+TEST_F(FailingCalls, InterruptedWriteGoesOn) {
+  const FailingCall failing({"write", EINTR, 0, 3});
+  EXPECT_TRUE(replaceFile(file, "new"));
+  EXPECT_EQ(4, failing.calls());
+  expectOnly("new");
+}
+
+TEST_F(FailingCalls, MissingFileIsRemovedAtOnce) {
+  const FailingCall counted({"unlink", 0, 0, 0});
+  removeFile(directory.file("missing"));
+  EXPECT_EQ(1, counted.calls());
+  expectOnly("old");
+}
+
+TEST_F(FailingCalls, FileThatCannotBeRemovedIsLeft) {
+  const FailingCall failing({"unlink", EPERM});
+  removeFile(file);
+  EXPECT_EQ(2, failing.calls());
+  expectOnly("old");
+}
+
+TEST_F(FailingCalls, FlushingIsAboutTheFileAndItsFolder) {
+  for (const auto& [path, flushes] : {std::pair(file, 2), {directory.file("missing"), 1}}) {
+    const FailingCall counted({"fsync", 0, 0, 0});
+    flushToDisk(path);
+    EXPECT_EQ(flushes, counted.calls()) << path;
+  }
+  // A failure changes nothing: the folder is flushed all the same.
+  const FailingCall failing({"fsync", EIO});
+  flushToDisk(file);
+  EXPECT_EQ(2, failing.calls());
+  expectOnly("old");
+}
+
+}  // namespace
