@@ -1,0 +1,80 @@
+// SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
+// SPDX-License-Identifier: MIT
+// Writing where one system call fails, once or for good.
+#include "support/failing_calls.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "ini/ini_fixture.h"
+
+namespace {
+
+using Names = std::vector<std::string>;
+const std::string ORIGINAL = "[s]\nk=old\n";
+
+class FailingWrites : public IniTest {
+ protected:
+  void SetUp() override { writeBytes(file, ORIGINAL); }
+
+  void expectOnly(const std::string& content) {
+    EXPECT_EQ(Names{"test.ini"}, directory.names());
+    EXPECT_BYTES_EQ(content, readBytes(file));
+  }
+};
+
+TEST_F(FailingWrites, OnceAreDoneAgain) {
+  for (const char* call : {"close", "fsync", "lseek", "write"}) {
+    writeBytes(file, ORIGINAL);
+    const FailingCall failing({call, EIO, 0, 1});
+    EXPECT_EQ(1, put("s", "k", "longer")) << call;
+    expectOnly("[s]\nk=longer\n");
+  }
+  for (const char* call : {"close", "pwrite"}) {
+    writeBytes(file, ORIGINAL);
+    const FailingCall failing({call, EIO, 0, 1});
+    EXPECT_EQ(1, put("s", "k", "new")) << call;
+    expectOnly("[s]\nk=new\n");
+  }
+  for (const char* call : {"close", "write"}) {
+    std::filesystem::remove(file);
+    const FailingCall failing({call, EIO, 0, 1});
+    EXPECT_EQ(1, put("s", "k", "new")) << call;
+    expectOnly("[s]\nk=new\n");
+  }
+}
+
+TEST_F(FailingWrites, ForGoodLeaveTheFileAsItWas) {
+  for (const char* call : {"close", "fsync", "lseek", "write"}) {
+    const FailingCall failing({call, EIO});
+    EXPECT_EQ(0, put("s", "k", "longer")) << call;
+    EXPECT_EQ(0, put("t", "k", "v")) << call;
+    expectOnly(ORIGINAL);
+  }
+  const FailingCall failing({"pwrite", EIO});
+  EXPECT_EQ(0, put("s", "k", "new"));
+  expectOnly(ORIGINAL);
+}
+
+TEST_F(FailingWrites, LeaveNothingOfAFileThatWasMissing) {
+  for (const char* call : {"close", "write"}) {
+    std::filesystem::remove(file);
+    const FailingCall failing({call, EIO});
+    EXPECT_EQ(0, put("s", "k", "new")) << call;
+    EXPECT_EQ(Names{}, directory.names());
+  }
+}
+
+TEST_F(FailingWrites, LeaveAFileWhoseNameIsNotKnown) {
+  std::filesystem::remove(file);
+  const FailingCall failing({"write", EIO});
+  const FailingCall nameless({"realpath", ENOMEM});
+  EXPECT_EQ(0, put("s", "k", "new"));
+  expectOnly("");
+}
+
+}  // namespace
