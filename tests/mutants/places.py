@@ -99,12 +99,15 @@ def _statements(code):
 
 
 def _see_each_other(one, other):
-    """Whether an order can matter: both use a variable, or ask the system for something."""
-    def variables(statement):
+    """Whether an order can matter: one uses what the other sets, or both ask the system."""
+    def names(statement):
         return set(re.findall(r"[A-Za-z]\w+\b(?!\()", statement)) - {"void", "std"}
 
+    assigned = [re.match(r"([\w.\[\]*>-]+) \S*= ", statement) for statement in (one, other)]
+    if all(assigned):
+        return assigned[0][1] in other or assigned[1][1] in one
     free_call = re.compile(r"(\(void\))?[\w:]+\(")
-    return variables(one) & variables(other) or free_call.match(one) and free_call.match(other)
+    return names(one) & names(other) or free_call.match(one) and free_call.match(other)
 
 
 def _calls_and_order(text, code):
