@@ -42,6 +42,7 @@ ERRORS = {
     "close": ["EIO", "ENOSPC", "EINTR"], "fsync": ["EIO", "ENOSPC"],
     "ftruncate": ["EIO", "ENOSPC", "EINTR"], "lseek": ["EIO"], "fcntl": ["EIO"],
     "newfstatat": ["EIO"], "fstat": ["EIO"], "fchmod": ["EIO", "EACCES", "EROFS"],
+    "access": ["EIO", "EACCES", "EROFS"],
     "unlink": ["EIO", "EACCES", "EROFS"], "unlinkat": ["EIO", "EACCES", "EROFS"],
     "rename": ["EIO", "EACCES", "EROFS", "ENOSPC"],
     "execve": ["ENOENT", "EACCES", "EIO", "ENOMEM"], "clone": ["EAGAIN", "ENOMEM"]}

@@ -74,8 +74,9 @@ class Runner:
         trace = (read(self.path("trace")) or b"").decode().splitlines()
         started = [" access(" in line for line in trace]
         assert any(started), f"no save: {status} {read(self.path('err'))} {trace}"
-        self.before = trace[:started.index(True)]
-        return status, trace[started.index(True) + 1:]
+        start = started.index(True) + 1
+        self.before = trace[:start]
+        return status, trace[start:]
 
     def calls(self):
         """The calls of an undisturbed save: name, its number among those of its name, its line."""
