@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <climits>
 #include <string>
 #include <utility>
 #include <vector>
@@ -121,6 +122,28 @@ TEST_F(FailingCalls, WhatCannotBeMovedNorCopiedStays) {
     EXPECT_BYTES_EQ("new", readBytes(temporary));
     EXPECT_EQ(Names{"fil~"}, directory.names()) << call;
   }
+  for (const int after : {1, 2}) {  // the new file, and the temporary one to copy from
+    removeFile(temporary);
+    writeBytes(file, "old");
+    const FailingCall unmovable({"rename", EXDEV});
+    const FailingCall failing({"open", EMFILE, after});
+    EXPECT_FALSE(replaceFile(file, "new")) << after;
+    EXPECT_EQ(Names{"fil~"}, directory.names()) << after;
+  }
+  EXPECT_BYTES_EQ("new", readBytes(temporary));
+}
+
+TEST_F(FailingCalls, NamesThatLeaveNoRoomForATemporaryOneAreRefused) {
+  const std::string longest = directory.path + "/" + std::string(PATH_MAX, 'x');
+  for (const std::string& path : {std::string(), directory.path + "/", longest})
+    EXPECT_FALSE(replaceFile(path, "new")) << path;
+  expectOnly("old");
+}
+
+TEST_F(FailingCalls, FileWhoseModeIsNotKnownIsWrittenAllTheSame) {
+  const FailingCall failing({"fstat", EIO});
+  EXPECT_TRUE(writeFile(file, "new"));
+  expectOnly("new");
 }
 
 TEST_F(FailingCalls, InterruptedWriteGoesOn) {

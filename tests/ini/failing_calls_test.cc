@@ -55,9 +55,11 @@ TEST_F(FailingWrites, ForGoodLeaveTheFileAsItWas) {
     EXPECT_EQ(0, put("t", "k", "v")) << call;
     expectOnly(ORIGINAL);
   }
-  const FailingCall failing({"pwrite", EIO});
-  EXPECT_EQ(0, put("s", "k", "new"));
-  expectOnly(ORIGINAL);
+  for (const char* call : {"pread", "pwrite"}) {
+    const FailingCall failing({call, EIO});
+    EXPECT_EQ(0, put("s", "k", "new"));
+    expectOnly(ORIGINAL);
+  }
 }
 
 TEST_F(FailingWrites, LeaveNothingOfAFileThatWasMissing) {

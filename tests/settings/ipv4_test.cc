@@ -111,6 +111,12 @@ TEST(SubnetMask, HasNoGapsAndIsRefusedSilently) {
   }
 }
 
+TEST(SubnetMask, OfALargerPrefixIsEmptyAndReported) {
+  std::string mask = "mask";
+  EXPECT_EQ("! Invalid CIDR prefix: 33\n", printedBy([&] { mask = cidrPrefixToSubnetMask(33); }));
+  EXPECT_EQ("", mask);
+}
+
 // ---- The logged check
 
 TEST(IpAddressCheck, LogsTextAndVerdict) {

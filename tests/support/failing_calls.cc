@@ -3,10 +3,12 @@
 #include "support/failing_calls.h"
 
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <map>
@@ -76,6 +78,20 @@ extern "C" int ftruncate(int descriptor, off_t size) noexcept {
 extern "C" off_t lseek(int descriptor, off_t offset, int from) noexcept {
   static const auto next = NEXT(LARGE("lseek"), off_t(*)(int, off_t, int));
   return fails("lseek") ? -1 : next(descriptor, offset, from);
+}
+
+extern "C" int open(const char* path, int flags, ...) {
+  static const auto next = NEXT(LARGE("open"), int (*)(const char*, int, ...));
+  std::va_list arguments;
+  va_start(arguments, flags);
+  const auto mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
+  va_end(arguments);
+  return fails("open") ? -1 : next(path, flags, mode);
+}
+
+extern "C" ssize_t pread(int descriptor, void* bytes, size_t size, off_t offset) {
+  static const auto next = NEXT(LARGE("pread"), ssize_t(*)(int, void*, size_t, off_t));
+  return fails("pread") ? -1 : next(descriptor, bytes, size, offset);
 }
 
 extern "C" ssize_t pwrite(int descriptor, const void* bytes, size_t size, off_t offset) {
