@@ -48,7 +48,7 @@ LONG = {
 LATER = ("ini-stack", "ini-system-calls")  # with every source compiled once more, and optimised
 # What eats memory or disk, or does not come to an end, is killed. No short test takes two seconds.
 MEMORY, FILE = 4 << 30, 2 << 30
-SHORT_LIMIT, LONG_LIMIT = 30, 1500
+SHORT_LIMIT, LONG_LIMIT = 20, 1500
 
 
 def tracked(*paths):
