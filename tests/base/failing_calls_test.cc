@@ -4,6 +4,7 @@
 #include "support/failing_calls.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <climits>
@@ -14,6 +15,7 @@
 #include "base/shared_file.h"
 #include "base/whole_file.h"
 #include "support/bytes.h"
+#include "support/child.h"
 #include "support/files.h"
 
 namespace {
@@ -111,6 +113,11 @@ TEST_F(FailingCalls, WhatCannotBeMovedIsCopied) {
   EXPECT_TRUE(replaceFile(file, content));
   expectOnly(content);
   EXPECT_EQ(0600U, modeOf(file));
+  EXPECT_EQ(0, inChild([&] {
+              close(STDIN_FILENO);  // whose place the new file takes
+              EXPECT_TRUE(replaceFile(file, "new"));
+              expectOnly("new");
+            }));
 }
 
 TEST_F(FailingCalls, WhatCannotBeMovedNorCopiedStays) {
@@ -135,7 +142,8 @@ TEST_F(FailingCalls, WhatCannotBeMovedNorCopiedStays) {
 
 TEST_F(FailingCalls, NamesThatLeaveNoRoomForATemporaryOneAreRefused) {
   const std::string longest = directory.path + "/" + std::string(PATH_MAX, 'x');
-  for (const std::string& path : {std::string(), directory.path + "/", longest})
+  for (const std::string& path :
+       {std::string(), directory.path + "/", directory.path + "/missing/", longest})
     EXPECT_FALSE(replaceFile(path, "new")) << path;
   expectOnly("old");
 }

@@ -4,6 +4,7 @@
 #include "support/failing_calls.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <filesystem>
@@ -11,6 +12,7 @@
 #include <vector>
 
 #include "ini/ini_fixture.h"
+#include "support/child.h"
 
 namespace {
 
@@ -60,6 +62,20 @@ TEST_F(FailingWrites, ForGoodLeaveTheFileAsItWas) {
     EXPECT_EQ(0, put("s", "k", "new"));
     expectOnly(ORIGINAL);
   }
+}
+
+TEST_F(FailingWrites, NeedNoStandardInput) {
+  EXPECT_EQ(0, inChild([&] {
+              close(STDIN_FILENO);
+              EXPECT_EQ("old", get("s", "k"));
+              EXPECT_EQ(1, put("s", "k", "new"));
+              EXPECT_EQ(1, put("s", "k", "longer"));
+              expectOnly("[s]\nk=longer\n");
+              std::filesystem::remove(file);
+              EXPECT_EQ(1, put("s", "k", "made"));
+              expectOnly("[s]\nk=made\n");
+              EXPECT_EQ(-1, close(STDIN_FILENO)) << "left open";
+            }));
 }
 
 TEST_F(FailingWrites, LeaveNothingOfAFileThatWasMissing) {

@@ -143,10 +143,11 @@ TEST_F(Walk, StopsWhenToldTo) {
   EXPECT_EQ((Strings{"[] a=1", "[] b=2"}), lines);
 }
 
-TEST_F(Walk, NeedsAFile) {
+TEST_F(Walk, NeedsAFileAndACallback) {
   EXPECT_EQ(0, walk());
   writeBytes(file, "");
   EXPECT_EQ(1, walk());
+  EXPECT_EQ(0, ini_browse(nullptr, nullptr, file.c_str()));
   EXPECT_TRUE(lines.empty());
 }
 
