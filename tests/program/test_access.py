@@ -102,7 +102,11 @@ class Names(AccessCase):
         self.assertEqual(program.look().find("button", CHANNEL).description, "6")
         self.open_channels(program, "6")
         tree = self.assert_named(program)
-        self.assertEqual([row.name for row in tree.all("list item")], CHANNELS)
+        # Newer toolkits (4.18) make the rows that show, and some around them.
+        rows = [row.name for row in tree.all("list item")]
+        first = CHANNELS.index(rows[0])
+        self.assertEqual(rows, CHANNELS[first:first + len(rows)])
+        self.assertIn("6", rows)
         self.choose_channel(program, "6", "Down", "Down", "Escape")
         self.open_channels(program, "6")
         self.assertEqual([row.name for row in program.look().all("list item")
