@@ -95,6 +95,31 @@ TEST_F(FailingCalls, ForGoodAreReported) {
   }
 }
 
+TEST_F(FailingCalls, OnceAreNoFailureThoughTheyAreNotLikelyToPass) {
+  const FailingCall failing({"write", ENOSPC, 0, 1});
+  EXPECT_TRUE(replaceFile(file, "new"));
+  expectOnly("new");
+}
+
+TEST_F(FailingCalls, LeaveNothingOpenOrBehindWithoutStandardInput) {
+  EXPECT_EQ(0, inChild([&] {
+              close(STDIN_FILENO);
+              {
+                const FailingCall failing({"write", ENOSPC});
+                EXPECT_FALSE(replaceFile(file, "new"));
+              }
+              expectOnly("old");
+              EXPECT_EQ(-1, close(STDIN_FILENO));
+            }));
+}
+
+TEST_F(FailingCalls, FileIsReadFromItsBeginningAgain) {
+  const std::string content(10000, 'x');
+  writeBytes(file, content);
+  const FailingCall failing({"read", EIO, 1, 1});
+  EXPECT_EQ(content, readFile(file));
+}
+
 TEST_F(FailingCalls, FileWithoutAKnownSizeIsReadAllTheSame) {
   const FailingCall failing({"fstat", EIO});
   EXPECT_EQ("old", readFile(file));

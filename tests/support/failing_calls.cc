@@ -99,6 +99,11 @@ extern "C" ssize_t pwrite(int descriptor, const void* bytes, size_t size, off_t 
   return fails("pwrite") ? -1 : next(descriptor, bytes, size, offset);
 }
 
+extern "C" ssize_t read(int descriptor, void* bytes, size_t size) {
+  static const auto next = NEXT("read", ssize_t(*)(int, void*, size_t));
+  return fails("read") ? -1 : next(descriptor, bytes, size);
+}
+
 extern "C" char* realpath(const char* path, char* resolved) noexcept {
   static const auto next = NEXT("realpath", char* (*)(const char*, char*));
   return fails("realpath") ? nullptr : next(path, resolved);

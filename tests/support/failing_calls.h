@@ -6,7 +6,7 @@
 #include <string>
 
 // System calls that fail, in a program that is linked with failing_calls.cc: close, fstat, fsync,
-// ftruncate, lseek, open, pread, pwrite, realpath, rename, unlink and write.
+// ftruncate, lseek, open, pread, pwrite, read, realpath, rename, unlink and write.
 
 /** Which calls fail, and how. */
 struct Failure {
