@@ -10,6 +10,7 @@
 #include "base/print.h"
 #include "base/whole_file.h"
 #include "ini/ini.h"
+#include "ini/value.h"
 #include "settings/ethernet.h"
 #include "settings/wifi.h"
 
@@ -128,6 +129,15 @@ std::string NetworkManagerConfig::readIniString(const std::string& section, cons
   ini_gets(section.c_str(), key.c_str(), defaultValue.c_str(), value.data(), value.size(),
            fileName.c_str());
   return value.data();
+}
+
+bool NetworkManagerConfig::storesOtherThan(const std::string& value, const std::string& section,
+                                           const std::string& key,
+                                           const std::string& fileName) const {
+  std::array<char, LONGEST_VALUE + 1> stored{};
+  const ini::reading result =
+      ini::read_value(section.c_str(), key.c_str(), stored.data(), stored.size(), fileName.c_str());
+  return result != ini::reading::FAILED && stored.data() != value;
 }
 
 int NetworkManagerConfig::writeIniString(const std::string& section, const std::string& key,

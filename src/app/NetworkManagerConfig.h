@@ -60,6 +60,13 @@ class NetworkManagerConfig {
   std::string readIniString(const std::string& section, const std::string& key,
                             const std::string& defaultValue, const std::string& fileName) const;
 
+  /**
+   * Whether a value is known to be another one, or none. False where the file cannot be read: what
+   * is not known is no reason to replace it.
+   */
+  bool storesOtherThan(const std::string& value, const std::string& section, const std::string& key,
+                       const std::string& fileName) const;
+
   /** ini_puts() of a value, which may be empty. Returns 1, or 0 if the file could not be written.
    */
   int writeIniString(const std::string& section, const std::string& key, const std::string& value,

@@ -14,29 +14,31 @@
 #include "ini/change.h"
 #include "ini/lines.h"
 #include "ini/text.h"
+#include "ini/value.h"
 
 namespace {
 
+using ini::reading;
+
 /**
- * Whether a search, which gets the reader of a file, finds something in it. Where reading fails the
- * search is run again: what a caller is given in place of a value may be saved over it.
+ * What a search, which gets the reader of a file, comes to. Where reading fails the search is run
+ * again: what a caller is given in place of a value may be saved over it.
  */
 template <typename Search>
-bool finds(const char* Filename, Search search) {
+reading look(const char* Filename, Search search) {
   bool found = false;
-  succeedsOnRetry([&] {
+  const bool read = succeedsOnRetry([&] {
     ini::line_reader reader(Filename);
     found = reader.is_open() && search(reader);
     return !reader.failed();
   });
-  return found;
+  if (!read) return reading::FAILED;
+  return found ? reading::FOUND : reading::ABSENT;
 }
 
-bool read_value(const char* Section, const char* Key, char* Buffer, int BufferSize,
-                const char* Filename) {
-  return finds(Filename, [&](ini::line_reader& reader) {
-    return ini::getkeystring(reader, Section, Key, ini::BY_NAME, Buffer, BufferSize);
-  });
+bool has_value(const char* Section, const char* Key, char* Buffer, int BufferSize,
+               const char* Filename) {
+  return ini::read_value(Section, Key, Buffer, BufferSize, Filename) == reading::FOUND;
 }
 
 /** Tells a callback of each key line behind those that it was told of, and counts them. */
@@ -61,10 +63,17 @@ void browse(ini::line_reader& reader, ini_callback Callback, void* UserData, lon
 
 }  // namespace
 
+ini::reading ini::read_value(const char* Section, const char* Key, char* Buffer, int BufferSize,
+                             const char* Filename) {
+  return look(Filename, [&](line_reader& reader) {
+    return getkeystring(reader, Section, Key, BY_NAME, Buffer, BufferSize);
+  });
+}
+
 int ini_gets(const char* Section, const char* Key, const char* DefValue, char* Buffer,
              int BufferSize, const char* Filename) {
   if (Buffer == NULL || BufferSize <= 0 || Key == NULL) return 0;
-  if (!read_value(Section, Key, Buffer, BufferSize, Filename)) {
+  if (!has_value(Section, Key, Buffer, BufferSize, Filename)) {
     const char* text = DefValue != NULL ? DefValue : "";
     ini::ini_strncpy(Buffer, text, static_cast<std::size_t>(BufferSize), ini::QUOTE_NONE);
   }
@@ -80,7 +89,7 @@ long ini_getl(const char* Section, const char* Key, long DefValue, const char* F
 
 float ini_getf(const char* Section, const char* Key, float DefValue, const char* Filename) {
   char text[64];
-  if (Key == NULL || !read_value(Section, Key, text, sizeof text, Filename)) return DefValue;
+  if (Key == NULL || !has_value(Section, Key, text, sizeof text, Filename)) return DefValue;
   const double number = std::strtod(text, NULL);
   // The conversion of a number beyond float would be undefined.
   return std::fabs(number) <= FLT_MAX ? static_cast<float>(number) : std::strtof(text, NULL);
@@ -106,7 +115,7 @@ int ini_getbool(const char* Section, const char* Key, int DefValue, const char* 
 int ini_getsection(int idx, char* Buffer, int BufferSize, const char* Filename) {
   if (Buffer == NULL || BufferSize < 1 || idx < 0) return 0;
   *Buffer = '\0';
-  finds(Filename, [&](ini::line_reader& reader) {
+  look(Filename, [&](ini::line_reader& reader) {
     if (!ini::find_section_at(reader, idx)) return false;
     ini::copy_name(*ini::header_name(reader.line()), Buffer, BufferSize);
     return true;
@@ -117,20 +126,20 @@ int ini_getsection(int idx, char* Buffer, int BufferSize, const char* Filename) 
 int ini_getkey(const char* Section, int idx, char* Buffer, int BufferSize, const char* Filename) {
   if (Buffer == NULL || BufferSize < 1 || idx < 0) return 0;
   *Buffer = '\0';
-  finds(Filename, [&](ini::line_reader& reader) {
+  look(Filename, [&](ini::line_reader& reader) {
     return ini::getkeystring(reader, Section, NULL, idx, Buffer, BufferSize);
   });
   return static_cast<int>(std::strlen(Buffer));
 }
 
 int ini_hassection(const char* Section, const char* Filename) {
-  return finds(Filename,
-               [&](ini::line_reader& reader) { return ini::find_section(reader, Section); });
+  const auto search = [&](ini::line_reader& reader) { return ini::find_section(reader, Section); };
+  return look(Filename, search) == reading::FOUND;
 }
 
 int ini_haskey(const char* Section, const char* Key, const char* Filename) {
   char scratch[32];
-  return read_value(Section, Key, scratch, sizeof scratch, Filename);
+  return has_value(Section, Key, scratch, sizeof scratch, Filename);
 }
 
 int ini_browse(ini_callback Callback, void* UserData, const char* Filename) {

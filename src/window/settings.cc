@@ -174,7 +174,7 @@ void NetworkManagerWindow::createWifiFileIfMissing() {
 void NetworkManagerWindow::resetWifiFileOnModeChange() {
   const std::string stored = config->readIniString("wifi", "mode", "", wifiPath);
   logLine("existing wifi mode: ", stored, " selected mode: ", selectedWifiMode);
-  if (stored == selectedWifiMode) return;
+  if (!config->storesOtherThan(selectedWifiMode, "wifi", "mode", wifiPath)) return;
   config->createDefaultWifiFile();
   const std::string old = std::exchange(wifiPath, config->getWifiConnectionPath());
   if (old != wifiPath) removeFile(old);
@@ -183,7 +183,7 @@ void NetworkManagerWindow::resetWifiFileOnModeChange() {
 void NetworkManagerWindow::resetEthernetFileOnModeChange() {
   const std::string stored = config->readIniString("ipv4", "method", "", ethernetPath);
   logLine("existing ethernet mode: ", stored, " selected mode: ", selectedEthernetMode);
-  if (stored == selectedEthernetMode) return;
+  if (!config->storesOtherThan(selectedEthernetMode, "ipv4", "method", ethernetPath)) return;
   config->createDefaultEthernetFile();
   const std::string old = std::exchange(ethernetPath, config->getEthernetConnectionPath());
   if (old != ethernetPath) removeFile(old);

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "support/child.h"
 
+#include <fcntl.h>
 #include <grp.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
@@ -80,3 +81,32 @@ ResourceLimit::ResourceLimit(Resource limited, rlim_t most) : resource(limited) 
 }
 
 ResourceLimit::~ResourceLimit() { (void)setrlimit(resource, &before); }
+
+Lease::Lease(const std::string& path, int milliseconds) {
+  int ready[2];
+  if (pipe2(ready, O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
+  const pid_t child = fork();
+  // The holder is no child of the test, which waits for all that it has.
+  if (child == 0 && fork() != 0) _exit(0);
+  if (child == 0) {
+    sigset_t asked;
+    sigemptyset(&asked);
+    sigaddset(&asked, SIGIO);
+    sigprocmask(SIG_BLOCK, &asked, nullptr);
+    const bool leased = fcntl(::open(path.c_str(), O_RDWR), F_SETLEASE, F_WRLCK) == 0;
+    const pid_t self = getpid();
+    if (!leased || write(ready[1], &self, sizeof self) != sizeof self) _exit(1);
+    int received = 0;
+    sigwait(&asked, &received);
+    if (milliseconds == FOR_GOOD) pause();
+    usleep(static_cast<useconds_t>(milliseconds) * 1000);
+    _exit(0);
+  }
+  waitForStatus(child);
+  close(ready[1]);
+  const bool leased = read(ready[0], &holder, sizeof holder) == sizeof holder;
+  close(ready[0]);
+  if (!leased) throw std::runtime_error("no lease on " + path);
+}
+
+Lease::~Lease() { kill(holder, SIGKILL); }

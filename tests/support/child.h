@@ -6,6 +6,7 @@
 #include <sys/types.h>
 
 #include <functional>
+#include <string>
 
 // Processes, and what belongs to one as a whole.
 
@@ -38,6 +39,23 @@ class Unprivileged {
   Unprivileged(const Unprivileged&) = delete;
   Unprivileged& operator=(const Unprivileged&) = delete;
   ~Unprivileged();
+};
+
+/**
+ * Another process that holds a lease on a file: it cannot be opened without waiting until the lease
+ * is given back, some time after the first try, or ends.
+ */
+class Lease {
+ public:
+  static constexpr int FOR_GOOD = -1;
+
+  Lease(const std::string& path, int milliseconds);
+  Lease(const Lease&) = delete;
+  Lease& operator=(const Lease&) = delete;
+  ~Lease();
+
+ private:
+  pid_t holder = 0;
 };
 
 /** While it lives, the process has no more of a resource (RLIMIT_FSIZE, ...) than so much. */

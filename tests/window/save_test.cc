@@ -104,6 +104,28 @@ TEST_F(SaveEthernet, DynamicInPlaceOfAnythingElseStartsFromADefaultFile) {
   }
 }
 
+TEST_F(SaveEthernet, KeyfileThatCannotBeReadIsNotReplaced) {
+  open(STATIC_KEYFILE, "", ETHERNET);
+  choose("Dynamic IP");
+  {
+    const Lease lease(ethernetFile(), Lease::FOR_GOOD);
+    EXPECT_EQ(save(), "existing ethernet mode:  selected mode: auto\n" + RECORD_WRITTEN);
+  }
+  EXPECT_BYTES_EQ(STATIC_KEYFILE, readBytes(ethernetFile()));
+  expectSaved("[finalize_ethernet]");
+}
+
+TEST_F(SaveEthernet, KeyfileThatCannotBeReadForAMomentIsSaved) {
+  const std::string keyfile = std::string(DYNAMIC_KEYFILE) + "uuid=1\n";
+  open(keyfile, "", ETHERNET);
+  {
+    const Lease lease(ethernetFile(), 5);
+    EXPECT_EQ(save(), "existing ethernet mode: auto selected mode: auto\n" + RECORD_WRITTEN);
+  }
+  EXPECT_NE(readBytes(ethernetFile()).find("\nuuid=1\n"), std::string::npos);
+  expectSaved("[finalize_ethernet][ethernet]");
+}
+
 TEST_F(SaveEthernet, SameModeKeepsTheFileAndWhatElseItHolds) {
   writeBytes(directory.file("wired"),
              "; note\r\n[connection]\r\ntype=ethernet\r\nuuid=1\r\n[ipv4]\r\nmethod=auto\r\n"
