@@ -137,7 +137,10 @@ bool NetworkManagerConfig::storesOtherThan(const std::string& value, const std::
   std::array<char, LONGEST_VALUE + 1> stored{};
   const ini::reading result =
       ini::read_value(section.c_str(), key.c_str(), stored.data(), stored.size(), fileName.c_str());
-  return result != ini::reading::FAILED && stored.data() != value;
+  std::error_code ignored;
+  const bool known = result != ini::reading::FAILED ||
+                     std::filesystem::is_directory(fileName, ignored);  // nothing that can be lost
+  return known && stored.data() != value;
 }
 
 int NetworkManagerConfig::writeIniString(const std::string& section, const std::string& key,
