@@ -33,6 +33,16 @@ class DebugMode(program_case.ProgramCase):
         program.close()
         self.assert_ended(program, said.start(self.connections))
 
+    def test_status_of_the_run_is_that_of_the_program(self):
+        # The name of the application is somebody else's, who does not behave like its window.
+        self.desktop.bus.take("org.gtkmm.example")
+        self.addCleanup(self.desktop.bus.release, "org.gtkmm.example")
+        program = self.run_program("1", environment={"G_DEBUG": ""})
+        self.assertEqual(program.finish(), 1)
+        self.assertEqual(program.output,  # no window is built
+                         said.start(self.connections).partition("Ethernet Path: ")[0])
+        self.assertEqual(self.recorder.calls(), [])
+
     def test_window_has_its_title_and_size(self):
         program = self.run_debug()
         window = program.window()

@@ -51,6 +51,16 @@ class Bus:
         """The process that goes by a name on the session bus, or None."""
         return _process_of(self._session, name)
 
+    def take(self, name):
+        """Owns a name on the session bus, and answers nothing that is asked of it."""
+        _call(self._session, "org.freedesktop.DBus", "/org/freedesktop/DBus",
+              "org.freedesktop.DBus", "RequestName", GLib.Variant("(su)", (name, 0)))
+
+    def release(self, name):
+        """Gives it back."""
+        _call(self._session, "org.freedesktop.DBus", "/org/freedesktop/DBus",
+              "org.freedesktop.DBus", "ReleaseName", GLib.Variant("(s)", (name,)))
+
     def ask(self, objects, interface, method, arguments=None):
         """Calls a method of many objects on the accessibility bus; their answers, in this order.
 
