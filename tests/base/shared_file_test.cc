@@ -31,6 +31,9 @@ TEST_F(SharedFile, IsWrittenOverAnOlderOne) {
 
 TEST_F(SharedFile, IsAsTheUmaskSaysAndKeepsItsMode) {
   EXPECT_EQ(0, inChild([&] {
+              umask(0);
+              EXPECT_TRUE(writeSharedFile(other, "record"));
+              EXPECT_EQ(0666U, modeOf(other));
               umask(0027);
               EXPECT_TRUE(writeSharedFile(file, "record"));
               EXPECT_EQ(0640U, modeOf(file));

@@ -111,7 +111,8 @@ class Tree:
         process = subprocess.Popen(
             command, cwd=folder or self.build, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
             stderr=subprocess.DEVNULL, preexec_fn=bound, start_new_session=True,
-            env={**os.environ, "TMPDIR": str(temporary), "GTEST_FAIL_FAST": "1"})
+            env={**os.environ, "TMPDIR": str(temporary), "GTEST_FAIL_FAST": "1",
+                 "MALLOC_PERTURB_": "165"})  # what was not set is not zero by luck
         try:
             return process.wait(limit) == 0
         except subprocess.TimeoutExpired:
