@@ -65,7 +65,8 @@ bool replaceFile(const char* path, std::string_view text, std::string_view old, 
       piece(value, std::strlen(value)),
       piece(rest, static_cast<std::size_t>(text.data() + text.size() - rest)),
   };
-  const bool written = writev(descriptor, pieces, 3) >= 0;
+  // Flushed, since the old file is removed before the new one has its name.
+  const bool written = writev(descriptor, pieces, 3) >= 0 && fsync(descriptor) == 0;
   close(descriptor);
   return written && unlink(path) == 0 && std::rename(temporary, path) == 0;
 }

@@ -87,7 +87,9 @@ bool replaceFile(const char* path, const Place& place, const char* line) {
   if (fgets_unlocked(old, LINE, source) != nullptr) std::fputs(line, target);
   copyBytes(source, target, static_cast<std::size_t>(-1));
   std::fclose(source);
-  return std::fclose(target) == 0 && std::remove(path) == 0 && std::rename(temporary, path) == 0;
+  const bool flushed = std::fflush(target) == 0 && fsync(fileno(target)) == 0;
+  return std::fclose(target) == 0 && flushed && std::remove(path) == 0 &&
+         std::rename(temporary, path) == 0;
 }
 
 bool writeValue(const char* path, const char* section, const char* key, const char* value) {
