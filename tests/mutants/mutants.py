@@ -80,6 +80,9 @@ class Tree:
         if not (self.build / "build.ninja").exists():
             subprocess.run(["meson", "setup", self.build, self.source, "-Doptimization=0",
                             "-Ddebug=false"], check=True, stdout=subprocess.DEVNULL)
+        # A list of tests that changed is read only after the build has taken it in.
+        subprocess.run(["ninja", "build.ninja"], cwd=self.build, check=True,
+                       stdout=subprocess.DEVNULL)
         self.tests = {test["name"]: test for test in self._introspected("tests")}
         self.programs = {target["id"]: os.path.relpath(target["filename"][0], self.build)
                          for target in self._introspected("targets")}
