@@ -63,13 +63,11 @@ bool copy(const char* path, int target, const char* place) {
 }  // namespace
 
 TemporaryFile::TemporaryFile(const char* path)
-    : place(path), opened(createAnew(temporaryName(name, path))) {
-  kept = opened < 0;
-}
+    : place(path), opened(createAnew(temporaryName(name, path))), discarded(opened >= 0) {}
 
 TemporaryFile::~TemporaryFile() {
   if (opened >= 0) ::close(opened);
-  if (!kept) (void)unlink(name);
+  if (discarded) (void)unlink(name);
 }
 
 bool TemporaryFile::close() {
@@ -79,11 +77,10 @@ bool TemporaryFile::close() {
 
 bool TemporaryFile::takePlace() {
   (void)unlink(place);
-  kept = std::rename(name, place) == 0;
-  if (kept) return true;
+  discarded = std::rename(name, place) != 0;
+  if (!discarded) return true;
   const int target = createNew(place);
   if (target < 0 && errno == EEXIST) return false;  // the old file could not be removed
-  const bool copied = target >= 0 && copy(name, target, place);
-  kept = !copied;
-  return copied;
+  discarded = target >= 0 && copy(name, target, place);
+  return discarded;
 }

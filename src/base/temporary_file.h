@@ -33,8 +33,8 @@ class TemporaryFile {
   bool takePlace();
 
  private:
-  const char* place;  // the name of the old file
-  bool kept = false;  // whether something has to stay under the temporary name, or nothing is there
+  const char* place;    // the name of the old file
   char name[PATH_MAX];  // "" when there can be none
-  int opened;           // under that name, which is made first
+  int opened;           // under that name, which is made first; -1 when it is closed
+  bool discarded;       // whether what stands under that name is removed at the end
 };
