@@ -158,8 +158,10 @@ class HostileFiles(DeviceCase):
             content = ACCESS_POINT.replace(b"Halvorik AP", typed)
             self.request("unlock")
             self.put_on_desk(content, WIFI)
-            self.ask("finalize_wifi", "Hotspot")
-            self.assertEqual(read(INSTALLED, WIFI), content)
+            status, errors = self.ask("finalize_wifi", "Hotspot")
+            if typed == b"x\\" and "NetworkManager cannot read it" in errors:
+                continue  # a newer one refuses a backslash that nothing follows
+            self.assertEqual((status, read(INSTALLED, WIFI)), (0, content), errors)
 
     def test_installed_uuid_may_stay(self):
         uuid = b"uuid=1b4e28ba-2fa1-11d2-883f-0016d3cca427\n"
