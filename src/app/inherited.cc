@@ -11,9 +11,9 @@
 namespace {
 
 struct Inherited {
-  sigset_t blocked;
-  struct sigaction onBrokenPipe;
-  struct sigaction onFileTooLarge;
+  sigset_t blocked{};
+  struct sigaction onBrokenPipe {};
+  struct sigaction onFileTooLarge {};
   std::vector<char*> environment;  // the strings themselves stay where they are
 };
 

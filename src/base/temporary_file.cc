@@ -21,15 +21,15 @@ constexpr char TEMPORARY_SUFFIX = '~';
  * The name with the suffix as its last byte; a name that has it already gets one more. Empty for
  * what cannot name a file, or leaves no room.
  */
-char* temporaryName(char (&name)[PATH_MAX], const char* path) {
+const char* temporaryName(std::array<char, PATH_MAX>& name, const char* path) {
   const std::size_t length = std::strlen(path);
   name[0] = '\0';
-  if (length == 0 || length + 1 >= sizeof name || path[length - 1] == '/') return name;
+  if (length == 0 || length + 1 >= name.size() || path[length - 1] == '/') return name.data();
   const std::size_t last = path[length - 1] == TEMPORARY_SUFFIX ? length : length - 1;
-  std::memcpy(name, path, last);
+  std::memcpy(name.data(), path, last);
   name[last] = TEMPORARY_SUFFIX;
   name[last + 1] = '\0';
-  return name;
+  return name.data();
 }
 
 /** Creates a file that is not there yet; -1, with errno set, if it is. */
@@ -43,10 +43,10 @@ int createAnew(const char* path) {
 }
 
 bool copyBytes(int source, int target) {
-  char block[512];
+  std::array<char, 512> block{};
   ssize_t length = 0;
-  while ((length = read(source, block, sizeof block)) > 0)
-    if (!writeAll(target, {block, static_cast<std::size_t>(length)})) return false;
+  while ((length = read(source, block.data(), block.size())) > 0)
+    if (!writeAll(target, {block.data(), static_cast<std::size_t>(length)})) return false;
   return length == 0;
 }
 
@@ -67,7 +67,7 @@ TemporaryFile::TemporaryFile(const char* path)
 
 TemporaryFile::~TemporaryFile() {
   if (opened >= 0) ::close(opened);
-  if (discarded) (void)unlink(name);
+  if (discarded) (void)unlink(name.data());
 }
 
 bool TemporaryFile::close() {
@@ -77,10 +77,10 @@ bool TemporaryFile::close() {
 
 bool TemporaryFile::takePlace() {
   (void)unlink(place);
-  discarded = std::rename(name, place) != 0;
+  discarded = std::rename(name.data(), place) != 0;
   if (!discarded) return true;
   const int target = createNew(place);
   if (target < 0 && errno == EEXIST) return false;  // the old file could not be removed
-  discarded = target >= 0 && copy(name, target, place);
+  discarded = target >= 0 && copy(name.data(), target, place);
   return discarded;
 }

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <array>
 #include <climits>
 
 /**
@@ -33,8 +34,8 @@ class TemporaryFile {
   bool takePlace();
 
  private:
-  const char* place;    // the name of the old file
-  char name[PATH_MAX];  // "" when there can be none
-  int opened;           // under that name, which is made first; -1 when it is closed
-  bool discarded;       // whether what stands under that name is removed at the end
+  const char* place;                  // the name of the old file
+  std::array<char, PATH_MAX> name{};  // "" when there can be none
+  int opened;                         // under that name, which is made first; -1 when it is closed
+  bool discarded;                     // whether what stands under that name is removed at the end
 };

@@ -82,6 +82,7 @@ class writer {
   explicit writer(int opened) : descriptor(opened) {}
   writer(const writer&) = delete;
   writer& operator=(const writer&) = delete;
+  ~writer() = default;
 
   void put(std::string_view text);
 
