@@ -97,6 +97,11 @@ TEST_F(HandlerLoad, TenThousandStartsLeaveOneEndedProcessEachAndNothingElse) {
 TEST_F(HandlerLoad, RequestsBeyondTheProcessLimitAreLostSilently) {
   constexpr int LIMIT = 100;
   EXPECT_EQ(0, asOrdinaryUser([&] {
+              {  // what the first time keeps is not counted
+                const ResourceLimit few(RLIMIT_NPROC, LIMIT);
+                printedBy([&] { request(10 * LIMIT); });
+              }
+              while (wait(nullptr) > 0) continue;
               const int descriptors = countDescriptors();
               const long blocks = blocksInUse();
               {
