@@ -21,6 +21,8 @@ class APCredentials : public Gtk::Box {
 
   Glib::ustring getIpAddress() const;
   Glib::ustring getSubnetMask() const;
+  Gtk::Entry& getIpAddressEntry() { return ipAddressEntry; }
+  Gtk::Entry& getSubnetMaskEntry() { return subnetMaskEntry; }
 
   /** The setters take any bytes; what is not valid UTF-8 shows as replacement characters. */
   void setIpAddress(const std::string& ipAddress);

@@ -20,6 +20,10 @@ class EthernetCredentialsBox : public Gtk::Box {
   Glib::ustring getSubnetMask() const;
   Glib::ustring getDefaultGateway() const;
   Glib::ustring getDnsServer() const;
+  Gtk::Entry& getIpAddressEntry() { return ipAddressEntry; }
+  Gtk::Entry& getSubnetMaskEntry() { return subnetMaskEntry; }
+  Gtk::Entry& getDefaultGatewayEntry() { return defaultGatewayEntry; }
+  Gtk::Entry& getDnsServerEntry() { return dnsServerEntry; }
 
   /** The setters take any bytes; what is not valid UTF-8 shows as replacement characters. */
   void setIpAddress(const std::string& ipAddress);

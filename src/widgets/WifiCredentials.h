@@ -19,6 +19,7 @@ class WifiCredentials : public Gtk::Box {
 
   Glib::ustring getSsid() const;
   Glib::ustring getPassword() const;
+  Gtk::Entry& getPasswordEntry() { return passwordEntry; }
 
   /** Fills both entries from the keyfile. */
   void loadFromFile();

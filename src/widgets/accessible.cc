@@ -5,6 +5,7 @@
 #include <gtkmm/box.h>
 #include <gtkmm/button.h>
 #include <gtkmm/eventcontrollerkey.h>
+#include <gtkmm/gestureclick.h>
 #include <gtkmm/listitem.h>
 #include <gtkmm/listview.h>
 #include <gtkmm/popover.h>
@@ -135,6 +136,18 @@ void nameTabs(Gtk::Notebook& notebook) {
   };
   nameNotebook();
   notebook.property_page().signal_changed().connect(nameNotebook);
+}
+
+void focusTabs(Gtk::Notebook& notebook) {
+  notebook.property_page().signal_changed().connect([&notebook] { notebook.grab_focus(); });
+  // A click moves the focus once more when the page is there, but not if it was on a tab before.
+  for (int number = 0; number < notebook.get_n_pages(); ++number) {
+    Gtk::Widget* tab = notebook.get_tab_label(*notebook.get_nth_page(number))->get_parent();
+    const auto click = Gtk::GestureClick::create();
+    click->signal_pressed().connect(
+        [&notebook](int /*presses*/, double /*x*/, double /*y*/) { notebook.grab_focus(); });
+    tab->add_controller(click);
+  }
 }
 
 void nameDialog(Gtk::MessageDialog& dialog) {

@@ -40,6 +40,12 @@ void ignoreArrowKeys(Gtk::CheckButton& button);
 void nameTabs(Gtk::Notebook& notebook);
 
 /**
+ * Gives the focus to the tab of each page that is opened, by whatever means. The toolkit would give
+ * it to the page's first entry, which only shows something, unless it was on a tab before.
+ */
+void focusTabs(Gtk::Notebook& notebook);
+
+/**
  * Names a dialog by its message and describes it by its second text; its button is named without
  * the mark of a mnemonic.
  */

@@ -15,10 +15,11 @@
 
 namespace {
 
-/** A field as the dialog names it, and the verdict on it. */
+/** A field as the dialog names it, the verdict on it, and where it is entered. */
 struct CheckedField {
   std::string label;
   bool valid;
+  Gtk::Entry& entry;
 };
 using CheckedFields = std::vector<CheckedField>;
 
@@ -28,18 +29,25 @@ bool areAllValid(const CheckedFields& fields) {
 
 std::string describeInvalid(const CheckedFields& fields) {
   std::string labels;
-  for (const auto& [label, valid] : fields)
+  for (const auto& [label, valid, entry] : fields)
     if (!valid) labels += (labels.empty() ? "" : ", ") + label;
   // Nobody asks about fields that are all valid; the words for them are kept all the same.
   return "Invalid " + (labels.empty() ? "All fields are valid" : labels);
 }
 
+/** The window keeps the focus while the dialog has it: it is there again when the dialog goes. */
+void focusFirstInvalid(const CheckedFields& fields) {
+  const auto invalid =
+      std::find_if(fields.begin(), fields.end(), [](const auto& field) { return !field.valid; });
+  if (invalid != fields.end()) invalid->entry.grab_focus();
+}
+
 }  // namespace
 
 bool NetworkManagerWindow::validateWifiValues() {
-  const APCredentials& entries = wifiGrid.getAPCredentials();
-  wifiTexts = {entries.getIpAddress(), entries.getSubnetMask(),
-               wifiGrid.getCredentials().getPassword()};
+  APCredentials& entries = wifiGrid.getAPCredentials();
+  WifiCredentials& credentials = wifiGrid.getCredentials();
+  wifiTexts = {entries.getIpAddress(), entries.getSubnetMask(), credentials.getPassword()};
   logLine("IP Address being validated: ", wifiTexts.ipAddress.raw());
   logLine("Subnet Mask being validated: ", wifiTexts.subnetMask.raw());
   logLine("Wifi Password being validated: ", wifiTexts.password.raw());
@@ -48,21 +56,22 @@ bool NetworkManagerWindow::validateWifiValues() {
   wifiValid.subnetMask = isValidSubnetMask(wifiTexts.subnetMask.raw());
   wifiValid.password = isValidWifiPassword(wifiTexts.password.raw());
   const CheckedFields fields = {
-      {"IP Address", wifiValid.ipAddress},
-      {"Subnet Mask", wifiValid.subnetMask},
+      {"IP Address", wifiValid.ipAddress, entries.getIpAddressEntry()},
+      {"Subnet Mask", wifiValid.subnetMask, entries.getSubnetMaskEntry()},
       // The wording, grammar included, is kept.
       {"Password (must at least 8 characters and contain no special characters)",
-       wifiValid.password}};
+       wifiValid.password, credentials.getPasswordEntry()}};
   if (areAllValid(fields)) {
     logLine("Valid IP, Subnet, and password");
     return true;
   }
+  focusFirstInvalid(fields);
   showInvalidValues(wifiDialog, "You entered invalid Wifi Credentials", describeInvalid(fields));
   return false;
 }
 
 bool NetworkManagerWindow::validateEthernetValues() {
-  const EthernetCredentialsBox& entries = ethernetGrid.getCredentialsBox();
+  EthernetCredentialsBox& entries = ethernetGrid.getCredentialsBox();
   ethernetTexts = {entries.getIpAddress(), entries.getSubnetMask(), entries.getDefaultGateway(),
                    entries.getDnsServer()};
   logLine("Ethernet IP Address being validated: ", ethernetTexts.ipAddress.raw());
@@ -75,14 +84,16 @@ bool NetworkManagerWindow::validateEthernetValues() {
   ethernetValid.gateway = validateIpAddress(trim(ethernetTexts.gateway.raw()));
   ethernetValid.subnetMask = isValidSubnetMask(ethernetTexts.subnetMask.raw());
   ethernetValid.dnsServer = dns.empty() || validateIpAddress(dns);
-  const CheckedFields fields = {{"IP Address", ethernetValid.ipAddress},
-                                {"Subnet Mask", ethernetValid.subnetMask},
-                                {"Gateway", ethernetValid.gateway},
-                                {"DNS Server", ethernetValid.dnsServer}};
+  const CheckedFields fields = {
+      {"IP Address", ethernetValid.ipAddress, entries.getIpAddressEntry()},
+      {"Subnet Mask", ethernetValid.subnetMask, entries.getSubnetMaskEntry()},
+      {"Gateway", ethernetValid.gateway, entries.getDefaultGatewayEntry()},
+      {"DNS Server", ethernetValid.dnsServer, entries.getDnsServerEntry()}};
   if (areAllValid(fields)) {
     logLine("Valid Ethernet IP, Subnet, Gateway, and Subnet Mask");  // the last one is the DNS
     return true;
   }
+  focusFirstInvalid(fields);
   showInvalidValues(ethernetDialog, "You entered invalid Ethernet Credentials",
                     describeInvalid(fields));
   return false;

@@ -66,6 +66,7 @@ void NetworkManagerWindow::buildLayout() {
   notebook.append_page(ethernetGrid, "Ethernet");
   notebook.append_page(wifiGrid, "Wifi");
   nameTabs(notebook);
+  focusTabs(notebook);
 
   ethernetGrid.set_margin(MARGIN);  // the page has done both itself; kept
   ethernetGrid.set_visible(true);

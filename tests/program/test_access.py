@@ -260,7 +260,45 @@ class Keyboard(AccessCase):
                             expected("client", ssid="Café 7", psk="secret 88"))
         self.assertEqual(self.recorder.calls(), [["finalize_wifi", "ZOR"]])
 
-    def test_dialog_is_answered_and_the_focus_comes_back(self):
+    def test_page_opens_at_its_tab(self):
+        # Wherever the focus was, and never in an entry that only shows something.
+        program = self.run_on("Ethernet")
+        for role, name in (("radio", "Dynamic IP"), ("text box", "Device"),
+                           ("button", "Save And Exit")):
+            with self.subTest(name=name):
+                program.focus(role, name)
+                program.show_page("Wifi")
+                self.assertEqual(program.focused(), ("group", "Wifi"))
+                program.show_page("Ethernet")
+                self.assertEqual(program.focused(), ("group", "Ethernet"))
+        program.focus("radio", "Dynamic IP")
+        program.select_tab(1)  # as a screen reader does
+        self.assertEqual(program.page(), "Wifi")
+        self.assertEqual(program.focused(), ("group", "Wifi"))
+
+    def test_dialog_leaves_the_focus_in_the_first_entry_that_it_names(self):
+        for page, entries, leave in (
+                ("Ethernet", ["IP Address", "DNS Server"], lambda: self.desktop.press("Return")),
+                ("Ethernet", ["Subnet Mask", "Default Gateway"], lambda: program.button("OK")),
+                ("Ethernet", ["Default Gateway"], lambda: self.desktop.press("Escape")),
+                ("Ethernet", ["DNS Server"], lambda: self.desktop.press("space")),
+                ("Wifi", ["IP Address", "Subnet Mask", "Password"],
+                 lambda: self.desktop.press("Return")),
+                ("Wifi", ["Subnet Mask", "Password"], lambda: program.button("OK")),
+                ("Wifi", ["Password"], lambda: self.desktop.press("Escape"))):
+            with self.subTest(page=page, entries=entries), \
+                    self.run_on(page, ethernet=STATIC, wlan0=ACCESS_POINT) as program:
+                for name in entries:
+                    program.focus_and_type(name, "x")
+                program.focus_and_press("button", "Save And Exit", "Return")
+                wait_until(program.dialog, "the dialog")
+                leave()
+                wait_until(lambda: not program.dialog(), "the dialog to go")
+                self.assertEqual(program.focused(), ("text box", entries[0]))
+                self.desktop.type("7")  # in place of what was refused
+                wait_until(lambda: program.text(entries[0]) in ("7", "*"), "the entry")
+
+    def test_dialog_is_answered_and_nothing_is_changed(self):
         for key in ("Return", "space", "Escape"):
             with self.subTest(key=key):
                 program = self.run_on("Ethernet", ethernet=STATIC)
@@ -269,7 +307,7 @@ class Keyboard(AccessCase):
                 wait_until(program.dialog, "the dialog")
                 self.desktop.press(key)
                 wait_until(lambda: not program.dialog(), "the dialog to go")
-                self.assertEqual(program.focused(), ("button", "Save And Exit"))
+                self.assertEqual(program.focused(), ("text box", "IP Address"))
                 self.assertEqual(program.text("IP Address"), "10.0.0")
                 program.focus_and_press("button", "Exit Without Saving", "Return")
                 self.assertEqual(program.finish(), 0)

@@ -121,6 +121,15 @@ class Reader:
         pages.children = [page for tab, page in zip(tabs, pages.children)
                           if "selected" in tab.states]
 
+    def select(self, root, role, number):
+        """Selects a child of the first object of a role below an object."""
+        references = list(self._below(root))
+        self._fix(references)
+        whole = next(found for found in references if self._fixed[found][0] == role
+                     and "Selection" in self._fixed[found][1])
+        self._bus.ask([whole], "org.a11y.atspi.Selection", "SelectChild",
+                      GLib.Variant("(i)", (number,)))
+
     def focused(self, root):
         """Role and name of what has the focus below an object, or None."""
         ((windows,),) = self._bus.ask([root], _ACCESSIBLE, "GetChildren")

@@ -171,6 +171,10 @@ class Program(Process):
         self.click("tab", label)
         wait_until(lambda: self.page() == label, f"page {label}")
 
+    def select_tab(self, number):
+        """Has a page shown as assistive technology does: neither a key nor the pointer."""
+        self._reader.select(self._take_input(), "tab list", number)
+
     def fill(self, label, text):
         """Types a text in place of what the entry beside a label holds."""
         self.click("text box", label)
