@@ -204,21 +204,12 @@ class Program(Process):
         self.desktop.close_window(self.frame_of(self.window())[0])
 
     def screenshot(self, path, whole_screen=False):
-        """Saves a picture (PNG) of the window, with the dialog in its middle if there is one."""
+        """Saves a picture (PNG) of the window, or of the dialog if there is one."""
         self.desktop.park_pointer()
         # For three seconds after a key the toolkit shows where the focus is.
         time.sleep(max(0, self.desktop.last_key + 4 - time.monotonic()))
         tree = self.look()
-        _, box = self.frame_of(tree.find("window", TITLE))
-        dialog = tree.find("dialog")
-        if dialog:
-            frame, (_, _, width, height) = self.frame_of(dialog)
-            # Without a window manager nothing else tells the dialog from the window behind it.
-            frame.change_attributes(border_pixel=0x808080)
-            frame.configure(border_width=1, x=max(0, (box[2] - width) // 2 - 1),
-                            y=(box[3] - height) // 2)
-            self.look()
-            box = (0, 0, max(box[2], width + 2), box[3])
+        _, box = self.frame_of(tree.find("dialog") or tree.find("window", TITLE))
         if whole_screen:
             box = (0, 0, *self.desktop.screen)
         last, same = None, 0
