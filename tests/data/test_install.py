@@ -23,6 +23,8 @@ FILES = {
     "share/icons/hicolor/scalable/apps/zor-network-manager.svg",
     "share/icons/hicolor/symbolic/apps/zor-network-manager-symbolic.svg",
     "share/man/man1/zor-network-manager.1",
+    "share/man/man5/zor-network-manager.5",
+    "share/man/man7/zor-network-manager.7",
     "share/man/man8/zor-network-permissions-handler.8",
     "share/metainfo/org.gtkmm.example.metainfo.xml",
 }

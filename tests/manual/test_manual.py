@@ -22,7 +22,7 @@ LONGER_PAUSE = {"wrapper": ["strace", "-qq", "-o", "/dev/null", "-e", "trace=clo
                             "-e", "inject=clock_nanosleep:delay_enter=2000000"],
                 "environment": {"ASAN_OPTIONS": "detect_leaks=0"}}
 
-HANDLER_PAGE = source("data", "man", "zor-network-permissions-handler.8")
+FORMATS_PAGE = source("data", "man", "zor-network-manager.5")
 
 
 class ManualCase(program_case.ProgramCase):
@@ -135,7 +135,7 @@ class Files(ManualCase):
     """THE KEYFILES, THE UPDATE RECORD, FILES."""
 
     def test_record_is_as_in_the_example(self):
-        (example,) = re.findall(r"^[0-9A-F]{2}(?: [0-9A-F]{2}){12}$", HANDLER_PAGE, re.M)
+        (example,) = re.findall(r"^[0-9A-F]{2}(?: [0-9A-F]{2}){12}$", FORMATS_PAGE, re.M)
         self.put("ethernet.nmconnection", expected("ethernet-static"))
         program = self.run_debug()
         program.fill("IP Address", "192.168.001.010")
@@ -144,7 +144,7 @@ class Files(ManualCase):
         record = read(UPDATE_RECORD).decode()
         self.assertEqual(record, example + " ")
         self.assertEqual(len(record), 39)
-        offsets = re.findall(r"^\.It ([\d, ]+) Ta [\d to]+ Ta (\w+)", HANDLER_PAGE, re.M)
+        offsets = re.findall(r"^\.It ([\d, ]+) Ta [\d to]+ Ta (\w+)", FORMATS_PAGE, re.M)
         fields = [[record[int(at):int(at) + 2] for at in text.split(",")] for text, _ in offsets]
         self.assertEqual([name for _, name in offsets], ["mode", "address", "subnet", "gateway"])
         self.assertEqual([[int(field, 16) for field in group] for group in fields],

@@ -9,8 +9,11 @@ import unittest
 from tests.support import tap
 from tests.support.files import SOURCES, read, source
 
-PROGRAM_PAGE = source("data", "man", "zor-network-manager.1")
-HANDLER_PAGE = source("data", "man", "zor-network-permissions-handler.8")
+NAMES = ("zor-network-manager.1", "zor-network-manager.5", "zor-network-manager.7",
+         "zor-network-permissions-handler.8")
+PAGES = [source("data", "man", name) for name in NAMES]
+PROGRAM_PAGE, FORMATS_PAGE, LINES_PAGE, HANDLER_PAGE = PAGES
+LONGEST_PAGE = 250
 
 
 class Pages(unittest.TestCase):
@@ -27,7 +30,7 @@ class Pages(unittest.TestCase):
                         f"{text!r} is not printed")
 
     def test_every_text_is_printed(self):
-        printed = [text for line in re.findall(r"^\.It (Sy .*)", PROGRAM_PAGE, re.M)
+        printed = [text for line in re.findall(r"^\.It (Sy .*)", LINES_PAGE, re.M)
                    for text in arguments(line, "Sy")]
         self.assertGreater(len(printed), 40)
         for text in printed:
@@ -40,16 +43,16 @@ class Pages(unittest.TestCase):
         calls = [found for source in self.source.values() for found in call.findall(source)]
         texts = [text.strip() for call in calls for text in literals(call)]
         self.assertGreater(len(texts), 20)
-        listed = "".join(re.findall(r"^\.It Sy .*\n", PROGRAM_PAGE, re.M)).replace("\\(aq", "'")
+        listed = "".join(re.findall(r"^\.It Sy .*\n", LINES_PAGE, re.M)).replace("\\(aq", "'")
         for text in texts:
             with self.subTest(text):
                 self.assertIn(f'"{text}', listed)
 
     def test_every_label_stands_in_the_window(self):
-        for page in (PROGRAM_PAGE, HANDLER_PAGE):
+        for page, least in zip(PAGES, (10, 0, 2, 3)):
             texts = [text for line in re.findall(r"^\.(?:It )?(Dq .*)", page, re.M)
                      for text in arguments(line, "Dq")]
-            self.assertGreater(len(texts), 3)
+            self.assertGreaterEqual(len(texts), least)
             for text in texts:
                 with self.subTest(text):
                     self.assertIn(text, self.literals)
@@ -58,7 +61,7 @@ class Pages(unittest.TestCase):
         files = [re.search(r'_KEYFILE = \{\n *"[\w.]+",\n([^;]*)\};', self.source[source])[1]
                  for source in ("src/settings/ethernet.cc", "src/settings/wifi.cc")]
         files = ["".join(re.findall('"(.*)"', code)).replace("\\n", "\n") for code in files]
-        shown = re.findall(r"^\.Bd [^\n]*\n(\[connection\].*?)\n\.Ed$", HANDLER_PAGE, re.M | re.S)
+        shown = re.findall(r"^\.Bd [^\n]*\n(\[connection\].*?)\n\.Ed$", FORMATS_PAGE, re.M | re.S)
         self.assertEqual(shown, files)
 
     def test_every_action_variable_and_path_is_named(self):
@@ -72,7 +75,7 @@ class Pages(unittest.TestCase):
             self.assertIn(name, names)
         for name in names:
             with self.subTest(name):
-                self.assertIn(name, PROGRAM_PAGE + HANDLER_PAGE)
+                self.assertIn(name, "".join(PAGES))
         for action in re.findall(r'unPermissionsHandler\("(\w+)"', everything):
             self.assertRegex(HANDLER_PAGE, rf"\n\.It Cm {action}\b")
 
@@ -85,7 +88,7 @@ class Pages(unittest.TestCase):
         for heading, code in (("Wired", self.source["src/settings/ethernet.cc"]),
                               ("Access point", access_point), ("Client", client)):
             with self.subTest(heading):
-                table = re.search(rf"^\.Ss {heading}$(.*?)^\.El$", HANDLER_PAGE, re.M | re.S)[1]
+                table = re.search(rf"^\.Ss {heading}$(.*?)^\.El$", FORMATS_PAGE, re.M | re.S)[1]
                 listed = re.findall(r"^\.It ([\w-]+) Ta ([\w-]+) Ta (.*)", table, re.M)
                 written = re.findall(r'\{"([\w-]+)", "([\w-]+)", (.*?)\}', code)
                 self.assertEqual([row[:2] for row in listed], [row[:2] for row in written])
@@ -108,6 +111,19 @@ class Pages(unittest.TestCase):
         self.assertIn(f"up to {value} bytes", words(PROGRAM_PAGE))
         (line,) = re.findall(r"define INI_BUFFERSIZE (\d+)", self.source["src/ini/ini.h"])
         self.assertIn(f"lines of a keyfile up to {int(line) - 1} bytes", words(PROGRAM_PAGE))
+
+    def test_none_is_too_long_to_be_read(self):
+        for name, page in zip(NAMES, PAGES):
+            self.assertLessEqual(page.count("\n"), LONGEST_PAGE, name)
+
+    def test_each_leads_to_the_others(self):
+        known = {tuple(name.rsplit(".", 1)) for name in NAMES}
+        for name, page in zip(NAMES, PAGES):
+            named = set(re.findall(r"(zor-network-[\w-]+)(?:\\fR\(| )(\d)\b", page))
+            self.assertEqual(named - known, set(), name)
+            self.assertIn("\n.Sh SEE ALSO\n", page)
+        for other in known - {("zor-network-manager", "1")}:
+            self.assertIn(f"\n.Xr {other[0]} {other[1]}", PROGRAM_PAGE)
 
 
 def words(page):
