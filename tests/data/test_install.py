@@ -2,6 +2,7 @@
 # SPDX-License-Identifier: MIT
 """What `meson install` puts where: BUILD_DIRECTORY PROGRAM [OPTION OF APPSTREAMCLI...]."""
 import configparser
+import json
 import os
 import re
 import shutil
@@ -52,6 +53,18 @@ class Installed(unittest.TestCase):
         for name in FILES:
             mode = os.stat(os.path.join(self.prefix, name)).st_mode & 0o7777
             self.assertEqual(oct(mode), oct(0o755 if name.startswith("bin/") else 0o644), name)
+
+    def test_package_is_as_small_as_is_said(self):
+        (most,) = re.findall(r"the package under (\d+) KB", source("README.md"))
+        with open(os.path.join(BUILD, "meson-info", "intro-buildoptions.json"),
+                  encoding="utf-8") as file:
+            options = {option["name"]: option["value"] for option in json.load(file)}
+        if options["b_sanitize"] != "none" or options["optimization"] != "2":
+            print("# left out: the size of what is not optimised, or has a sanitizer in it")
+            return
+        subprocess.run(["strip", os.path.join(self.prefix, "bin/zor-network-manager")], check=True)
+        size = sum(os.path.getsize(os.path.join(self.prefix, name)) for name in FILES)
+        self.assertLess(size, int(most) * 1000)
 
     def test_tree_is_valid(self):
         # Looks for what the metainfo leads to: the desktop entry and its icon.

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 # SPDX-License-Identifier: MIT
-"""What the manual pages say of the program, as far as no other test shows it."""
+"""What the manual pages and the README say of the program, as far as no other test shows it."""
 import os
 import re
 import shutil
@@ -10,7 +10,7 @@ import subprocess
 from tests.program import transcripts as said
 from tests.support import program_case
 from tests.support.desktop import bound_to_us
-from tests.support.files import UPDATE_RECORD, expected, read, source
+from tests.support.files import SAMPLES, UPDATE_RECORD, expected, read, source
 from tests.support.isolation import SYSTEM_CONNECTIONS
 from tests.support.limit import wait_until
 
@@ -169,6 +169,21 @@ class Files(ManualCase):
         self.assertEqual(program.finish(), 0)
         left = [os.path.join(folder, name) for folder, _, names in os.walk(home) for name in names]
         self.assertEqual([path for path in left if not path.startswith(home + "/.cache/mesa")], [])
+
+
+class Readme(ManualCase):
+
+    def test_line_to_run_a_build_by_hand_opens_the_window(self):
+        before, line = re.findall(r"^meson setup .* && (cp .*)\n(.*)$", source("README.md"), re.M)[0]
+        shutil.copytree(SAMPLES, self.mark("tests/keyfiles/samples"))
+        os.mkdir(self.mark("build"))
+        os.symlink(self.program, self.mark("build/zor-network-manager"))
+        subprocess.run(before, shell=True, check=True, cwd=self.folder)
+        program = self.run_program(wrapper=["sh", "-c", line], cwd=self.folder)
+        self.assertEqual(program.page(), "Ethernet")
+        program.close()
+        self.assertEqual(program.finish(), 0)
+        self.assertIn("NetworkManagerDirectoryPath: build/keyfiles\n", program.output)
 
 
 class Use(ManualCase):
