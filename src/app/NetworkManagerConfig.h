@@ -61,8 +61,8 @@ class NetworkManagerConfig {
                             const std::string& defaultValue, const std::string& fileName) const;
 
   /**
-   * Whether a value is known to be another one, or none. False where the file cannot be read: what
-   * is not known is no reason to replace it.
+   * Whether a file holds another value for a key than this one, or none. False also where the file
+   * cannot be read: nobody knows what it holds then, so it must not be replaced.
    */
   bool storesOtherThan(const std::string& value, const std::string& section, const std::string& key,
                        const std::string& fileName) const;

@@ -9,8 +9,8 @@ void drawWithoutGraphicsProcessor(unsigned minorVersion) {
                       std::getenv("GDK_DEBUG") != nullptr || std::getenv("GDK_DISABLE") != nullptr;
   if (chosen) return;
 
-  // Cairo alone does not keep the toolkit from loading drivers. Were these alone switched off, it
-  // would print that it cannot use them.
+  // Both are needed: a toolkit that is only told to draw with cairo loads the drivers all the same,
+  // and one that is only told to leave them alone prints that it has none.
   setenv("GSK_RENDERER", "cairo", 0);
   constexpr unsigned FIRST_WITH_DISABLE = 16;  // complains about the older name
   if (minorVersion < FIRST_WITH_DISABLE) {

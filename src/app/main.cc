@@ -24,10 +24,10 @@ namespace {
 
 constexpr const char* APPLICATION_ID = "org.gtkmm.example";
 
-/** What the privileged program is given to act on "unlock": the request is not waited for. */
+/** The time that the privileged program has for "unlock"; its end is not waited for. */
 constexpr std::chrono::milliseconds PAUSE_AFTER_UNLOCK{200};
 
-/** What stops a session or a service. */
+/** The signals by which a session or a service is stopped. */
 constexpr std::array STOP_SIGNALS = {SIGHUP, SIGINT, SIGTERM};
 
 // Process-wide on purpose, and made before main().

@@ -23,10 +23,10 @@ inline bool mayPass(int error) {
 }
 
 /**
- * Whether an operation succeeds, be it not at once: a caller who takes a passing failure for
- * certain loses what a file holds. Whatever fails is tried once more, and what may pass again and
- * again for a tenth of a second. The operation returns whether it succeeded, and leaves errno as it
- * was when it failed. The one place that decides how often something is tried.
+ * Runs an operation until it succeeds, and returns whether it did. Whatever fails is tried once
+ * more; what may pass is tried for a tenth of a second. Without this a failure of a moment would
+ * look like an empty file, and a save would then make it one. The operation returns whether it
+ * succeeded, with errno set if not. Only this decides how often something is tried.
  */
 template <typename Operation>
 bool succeedsOnRetry(Operation operation) {

@@ -21,8 +21,8 @@ namespace {
 using ini::reading;
 
 /**
- * What a search, which gets the reader of a file, comes to. Where reading fails the search is run
- * again: what a caller is given in place of a value may be saved over it.
+ * Runs a search, which gets a reader of the file, and returns its outcome. It is run again where
+ * reading fails: the caller would get a default value, and might save that over the real one.
  */
 template <typename Search>
 reading look(const char* Filename, Search search) {
@@ -41,7 +41,7 @@ bool has_value(const char* Section, const char* Key, char* Buffer, int BufferSiz
   return ini::read_value(Section, Key, Buffer, BufferSize, Filename) == reading::FOUND;
 }
 
-/** Tells a callback of each key line behind those that it was told of, and counts them. */
+/** Calls a callback for each key line but the first ones: told says how many it has had already. */
 void browse(ini::line_reader& reader, ini_callback Callback, void* UserData, long* told) {
   char section[INI_BUFFERSIZE] = "";
   char key[INI_BUFFERSIZE];

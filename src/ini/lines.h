@@ -14,7 +14,7 @@
 
 namespace ini {
 
-/** What a line must do to be a header. Most do not, and nothing else is looked at in them. */
+/** A quick look that rules out most lines: only one that begins with a bracket can be a header. */
 inline bool begins_with_bracket(std::string_view line) {
   const char* end = line.data() + line.size();
   const char* sp = skip_leading(line.data(), end);

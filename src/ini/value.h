@@ -4,7 +4,7 @@
 
 namespace ini {
 
-/** What reading a value comes to. */
+/** The outcome of reading a value. */
 enum class reading {
   FOUND,
   ABSENT,  // no such key, section or file
@@ -12,8 +12,8 @@ enum class reading {
 };
 
 /**
- * Copies a value into the buffer where it is found, as ini_gets() does, which does not tell the
- * other two apart.
+ * Copies a value into the buffer if it is found. Like ini_gets(), which returns the same for ABSENT
+ * and FAILED.
  */
 reading read_value(const char* Section, const char* Key, char* Buffer, int BufferSize,
                    const char* Filename);

@@ -49,7 +49,7 @@ void removeKeyfileValueQuotes(const std::string& path) {
   if (!stored) stored = readFile(path);
   std::string content = std::move(stored).value_or("");
   const std::size_t size = content.size();
-  // Bytes that are the same as before need no other file to be safe.
+  // Without quotes the same bytes are written again, and no power cut can change them: in place.
   const bool replaced =
       removeQuotes(content) && access(path.c_str(), W_OK) == 0 && replaceFile(path, content);
   if (!replaced) overwriteFile(path, std::move(content), size);

@@ -11,7 +11,7 @@ from tests.support.limit import LIMIT
 gi.require_version("Gio", "2.0")
 from gi.repository import Gio, GLib
 
-# Only accessibility is started on demand: a desk's other services would meddle and chat.
+# Only accessibility is started on demand: the machine's other services would disturb and print.
 _BUS_CONFIG = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
  "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
 <busconfig>
