@@ -17,11 +17,11 @@
 namespace {
 
 using Names = std::vector<std::string>;
-const std::string ORIGINAL = "[s]\nk=old\n";
+const std::string UNTOUCHED = "[s]\nk=old\n";
 
 class FailingWrites : public IniTest {
  protected:
-  void SetUp() override { writeBytes(file, ORIGINAL); }
+  void SetUp() override { writeBytes(file, UNTOUCHED); }
 
   void expectOnly(const std::string& content) {
     EXPECT_EQ(Names{"test.ini"}, directory.names());
@@ -31,13 +31,13 @@ class FailingWrites : public IniTest {
 
 TEST_F(FailingWrites, OnceAreDoneAgain) {
   for (const char* call : {"close", "fsync", "lseek", "write"}) {
-    writeBytes(file, ORIGINAL);
+    writeBytes(file, UNTOUCHED);
     const FailingCall failing({call, EIO, 0, 1});
     EXPECT_EQ(1, put("s", "k", "longer")) << call;
     expectOnly("[s]\nk=longer\n");
   }
   for (const char* call : {"close", "pwrite"}) {
-    writeBytes(file, ORIGINAL);
+    writeBytes(file, UNTOUCHED);
     const FailingCall failing({call, EIO, 0, 1});
     EXPECT_EQ(1, put("s", "k", "new")) << call;
     expectOnly("[s]\nk=new\n");
@@ -55,12 +55,12 @@ TEST_F(FailingWrites, ForGoodLeaveTheFileAsItWas) {
     const FailingCall failing({call, EIO});
     EXPECT_EQ(0, put("s", "k", "longer")) << call;
     EXPECT_EQ(0, put("t", "k", "v")) << call;
-    expectOnly(ORIGINAL);
+    expectOnly(UNTOUCHED);
   }
   for (const char* call : {"pread", "pwrite"}) {
     const FailingCall failing({call, EIO});
     EXPECT_EQ(0, put("s", "k", "new"));
-    expectOnly(ORIGINAL);
+    expectOnly(UNTOUCHED);
   }
 }
 

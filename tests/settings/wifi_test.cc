@@ -67,13 +67,13 @@ TEST(WifiPassword, KeepsItsRuleWhereOtherBytesAreLettersToo) {
 
 // ---- The stored address
 
-struct Stored {
+struct StoredAp {
   std::string text;
   std::string output;
 };
 
-Stored store(const std::string& address, const std::string& mask) {
-  Stored stored;
+StoredAp store(const std::string& address, const std::string& mask) {
+  StoredAp stored;
   stored.output = printedBy([&] { stored.text = formatApAddress(address, mask); });
   return stored;
 }
@@ -91,14 +91,14 @@ TEST(StoredApAddress, GatewayIsTheFirstAddressOfTheLastField) {
       {"10.42.5.7.", "0.0.0.0", "10.42.5.7./0,10.42.5.7.1"},
   };
   for (const auto& [address, mask, expected] : cases) {
-    const Stored stored = store(address, mask);
+    const StoredAp stored = store(address, mask);
     EXPECT_EQ(expected, stored.text);
     EXPECT_EQ(logOf(address, "Valid"), stored.output);
   }
 }
 
 TEST(StoredApAddress, TrimsTheAddress) {
-  const Stored stored = store(" \t10.42.0.1\r\n", "255.255.255.0");
+  const StoredAp stored = store(" \t10.42.0.1\r\n", "255.255.255.0");
   EXPECT_EQ("10.42.0.1/24,10.42.0.1", stored.text);
   EXPECT_EQ(logOf("10.42.0.1", "Valid"), stored.output);
 }
@@ -107,7 +107,7 @@ const std::string FAILED = "Unable to create AP address: invalid IP or subnet ma
 
 TEST(StoredApAddress, BadMaskFailsBeforeTheAddressIsLookedAt) {
   for (const char* mask : {"255.255.0.255", "", "24"}) {
-    const Stored stored = store("192.168.4.20", mask);
+    const StoredAp stored = store("192.168.4.20", mask);
     EXPECT_EQ("", stored.text);
     EXPECT_EQ("! " + FAILED, stored.output);
   }
@@ -115,7 +115,7 @@ TEST(StoredApAddress, BadMaskFailsBeforeTheAddressIsLookedAt) {
 
 TEST(StoredApAddress, BadAddressFails) {
   for (const char* address : {"", "192.168.4", "192.168.4.256", "ap"}) {
-    const Stored stored = store(address, "255.255.255.0");
+    const StoredAp stored = store(address, "255.255.255.0");
     EXPECT_EQ("", stored.text);
     EXPECT_EQ(logOf(address, "Invalid") + "! " + FAILED, stored.output);
   }
