@@ -8,7 +8,7 @@ The real program saves, again and again, traced. In each run exactly one of the 
 the save makes fails with an error, or the program is killed in its place; besides, whole runs take
 place on a full or read-only file system. Then the bytes on the disk are looked up among those that
 the rules of writing allow at that point; what is not among them is LOST. Reports each scenario as
-a test (TAP), with one error for each call, in turn (--sample: every N-th of these runs alone); with
+a test (TAP), with one error for each call, in turn (--sample: only every N-th of these runs); with
 --table it takes every error and prints (call, errors, what is on disk, verdict).
 """
 import argparse
@@ -28,6 +28,7 @@ from tests.faults.saves import SCENARIOS
 from tests.ini import model
 from tests.support import isolation, tap
 from tests.support.files import SOURCES, read
+from tests.support.limit import SAMPLE
 from tests.support.recorder import NAME
 
 KINDS = ("faults", "kills")
@@ -293,7 +294,7 @@ def main():
 
     parser = argparse.ArgumentParser()
     parser.add_argument("--table", action="store_true")
-    parser.add_argument("--sample", type=int, default=1)
+    parser.add_argument("--sample", type=int, default=SAMPLE)
     parser.add_argument("programs", nargs=3, type=os.path.realpath)
     parser.add_argument("scenarios", nargs="*")
     arguments = parser.parse_args()

@@ -1,10 +1,12 @@
 # SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 # SPDX-License-Identifier: MIT
-"""How long anything is waited for."""
+"""How long anything is waited for, and how many of a great many like cases are tried."""
 import os
 import time
 
 LIMIT = 20 * float(os.environ.get("MESON_TEST_TIMEOUT_MULTIPLIER", "1"))
+# Of the faults and kills of a save or request every so many-th is tried; before a change is taken all.
+SAMPLE = int(os.environ.get("FAULTS_SAMPLE", "4"))
 
 
 def wait_until(condition, what, limit=LIMIT, interval=0.01):
