@@ -1,0 +1,221 @@
+# SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
+# SPDX-License-Identifier: MIT
+"""What people do with a device, each from the window to the effect on the network.
+
+One machine takes all of them, in their order; what one leaves is where the next one starts.
+"""
+import shlex
+
+from .window import DESK
+
+INSTALLED = "/var/lib/zor-network/connections"
+# Address, mask and its bits, gateway, name server: on two networks of the other end.
+FIRST = ("10.20.30.40", "255.255.240.0", 20, "10.20.16.1", "10.20.16.53")
+SECOND = ("172.16.5.9", "255.255.252.0", 22, "172.16.4.1", "172.16.7.53")
+PASSWORD = "open-sesame 9"
+
+
+class Journeys:
+    """The steps, on a machine whose window is to come."""
+
+    def __init__(self, machine, window):
+        self.machine = machine
+        self.window = window
+
+    # What is asked of the device.
+
+    def has_address(self, address, prefix, gateway, card="eth0"):
+        """Until it has, and its gateway answers."""
+        self.machine.wait_for(f"ip -4 address show {card} | grep -q 'inet {address}/{prefix} ' && "
+                              f"ip route show default | grep -q 'via {gateway} dev {card}' && "
+                              f"ping -n -c 1 -W 5 {gateway}", f"{address} to be in use")
+
+    def has_lease(self):
+        """Until the wired address is one of the other end's DHCP server."""
+        self.machine.wait_for("ip -4 address show eth0 | grep -q 'inet 192.168.77.1[0-5]' && "
+                              "ping -n -c 1 -W 5 192.168.77.1", "a lease")
+
+    def installed(self, name):
+        """The text of an installed keyfile."""
+        return self.machine.run(f"cat {INSTALLED}/{name}.nmconnection")
+
+    def save(self):
+        """Saves, and waits for the next window."""
+        self.window.wait(but_not=self.window.leave())
+
+    # The journeys.
+
+    def boot(self):
+        """From the power button to the window, with an address from the DHCP server."""
+        self.window.wait()
+        self.has_lease()
+        self.machine.keep("boot")
+        return self.machine.run("systemd-analyze | head -n 1").strip()
+
+    def fill_static(self, values):
+        address, mask, _, gateway, dns = values
+        for name, text in (("IP Address", address), ("Subnet Mask", mask),
+                           ("Default Gateway", gateway), ("DNS Server", dns)):
+            self.window.fill(name, text)
+
+    def static(self, values=FIRST):
+        """A static address by touch; the window that comes back shows it."""
+        self.window.touch("Static IP")
+        self.fill_static(values)
+        self.machine.keep(f"static-{values[0]}")
+        self.save()
+        address, _, prefix, gateway, dns = values
+        self.has_address(address, prefix, gateway)
+        servers = self.machine.run("nmcli -g IP4.DNS device show eth0").split()
+        assert servers == [dns], servers
+        assert f"address1={address}/{prefix},{gateway}\n" in self.installed("ethernet")
+        self.machine.keep(f"static-{address}-again")
+        return f"{address}/{prefix}, gateway answers"
+
+    def dynamic(self):
+        """Back to an address from the DHCP server."""
+        self.window.touch("Dynamic IP")
+        self.save()
+        self.has_lease()
+        return self.machine.run("ip -4 -br address show eth0").split()[2]
+
+    def static_again(self):
+        """Another static address, on another network."""
+        return self.static(SECOND)
+
+    def refused(self):
+        """A save that the form refuses, then leaving: the old keyfile is back, nothing changed."""
+        before = self.installed("ethernet")
+        self.window.touch("Dynamic IP")  # a change of the mode writes the default file at once
+        self.window.touch("Static IP")
+        self.window.fill("IP Address", "10.20.30.999")
+        shown = self.window.touch("Save And Exit")
+        shown.save(self.machine.picture_path("refused"))
+        self.machine.key("esc")
+        self.machine.at_rest(shown, "the message to close")
+        self.window.wait(but_not=self.window.leave("Exit Without Saving"))
+        assert self.installed("ethernet") == before
+        desk = self.machine.run(f"cat {DESK}/ethernet.nmconnection")
+        assert desk == before, desk
+        self.has_address(SECOND[0], SECOND[2], SECOND[3])
+        return "old keyfile on the desk and in use"
+
+    def fill_access_point(self, channel, ssid):
+        for name, text in (("SSID", ssid), ("Password", PASSWORD),
+                           ("Access point's IP Address", "192.168.4.1"),
+                           ("Access point's Subnet Mask", "255.255.255.0")):
+            self.window.fill(name, text)
+        self.window.choose_channel(channel)
+
+    def access_point(self, channel=6, ssid="Halvorik test"):
+        """An access point: a second radio joins with its password, and not with another one."""
+        machine, window = self.machine, self.window
+        window.touch("Wifi")
+        if "mode=ap\n" not in machine.attempt(f"cat {DESK}/wlan0.nmconnection")[1]:
+            window.touch("Access Point")
+        self.fill_access_point(channel, ssid)
+        machine.keep(f"access-point-{channel or 'Auto'}")
+        self.save()
+        machine.wait_for("iw dev wlan0 info | grep -q 'type AP'", "the access point")
+        found = machine.run("iw dev wlan0 info | sed -n 's/.*channel \\([0-9]*\\).*/\\1/p'").strip()
+        assert channel in (0, int(found)), found
+        assert not self.joins(ssid, "open-sesame 8", "WRONG_KEY"), "joined with a wrong password"
+        assert self.joins(ssid, PASSWORD), machine.attempt("cat /run/world/wpa.log")[1]
+        leased = machine.run(machine.out_there(
+            "busybox udhcpc -i wlan1 -n -q -t 10 -s /usr/libexec/device-lab/leased"))
+        machine.run(machine.out_there("ping -n -c 3 -W 5 -I wlan1 192.168.4.1"))
+        self.leave_the_air()
+        return f"channel {found}, leased {leased.split()[-1]}"
+
+    def joins(self, ssid, password, sign="CTRL-EVENT-CONNECTED"):
+        """Whether the second radio gets in; sign: what tells that it has not, and why."""
+        self.leave_the_air()
+        self.supplicant(f'network={{\n  ssid="{ssid}"\n  psk="{password}"\n}}\n')
+        self.machine.wait_for(f"grep -q -e {sign} -e CTRL-EVENT-CONNECTED /run/world/wpa.log",
+                              f"{sign} of {ssid}")
+        return "CTRL-EVENT-CONNECTED" in self.machine.run("cat /run/world/wpa.log")
+
+    def supplicant(self, configuration):
+        """Starts what drives the second radio."""
+        machine = self.machine
+        machine.run(f"printf %s {shlex.quote(configuration)} >/run/world/wpa.conf")
+        machine.run(machine.out_there("wpa_supplicant -B -i wlan1 -c /run/world/wpa.conf "
+                                      "-P /run/world/wpa.pid -f /run/world/wpa.log"))
+
+    def leave_the_air(self):
+        """Ends it."""
+        self.machine.run("if [ -e /run/world/wpa.pid ]; then kill $(cat /run/world/wpa.pid); "
+                         "while [ -e /run/world/wpa.pid ]; do sleep 0.1; done; fi; "
+                         "rm -f /run/world/wpa.log")
+        self.machine.run(self.machine.out_there("ip address flush dev wlan1"))
+
+    def channels(self):
+        """The other channels that may be used everywhere, and the one that is chosen by itself."""
+        return "; ".join(self.access_point(channel) for channel in (0, 1, 11))
+
+    def world_access_point(self):
+        """An access point of somebody else's, with a DHCP server."""
+        self.leave_the_air()
+        self.supplicant('network={\n  ssid="Town hall"\n  mode=2\n  frequency=2437\n'
+                        '  key_mgmt=WPA-PSK\n  proto=RSN\n  pairwise=CCMP\n'
+                        f'  psk="{PASSWORD}"\n}}\n')
+        self.machine.run(self.machine.out_there(
+            "ip address add 192.168.88.1/24 dev wlan1; "
+            "dnsmasq --conf-file=/dev/null --user=root --pid-file=/run/world/air.pid --port=0 "
+            "--no-ping --interface=wlan1 --bind-interfaces --except-interface=lo "
+            "--dhcp-leasefile=/run/world/air.leases --dhcp-authoritative "
+            "--dhcp-range=192.168.88.100,192.168.88.150,255.255.255.0"))
+
+    def has_joined(self):
+        self.machine.wait_for("ip -4 address show wlan0 | grep -q 'inet 192.168.88.1[0-5]' && "
+                              "ping -n -c 1 -W 5 -I wlan0 192.168.88.1", "the client to join")
+
+    def client(self):
+        """A client of an access point outside."""
+        self.world_access_point()
+        self.window.touch("Wifi")
+        self.window.touch("Client")
+        self.window.fill("SSID", "Town hall")
+        self.window.fill("Password", PASSWORD)
+        self.machine.keep("client")
+        self.save()
+        self.has_joined()
+        return self.machine.run("ip -4 -br address show wlan0").split()[2]
+
+    def client_after_a_restart(self):
+        """It joins by itself, since its user has a session."""
+        self.window.wait()
+        self.world_access_point()
+        self.has_joined()
+        return "joined by itself"
+
+    def disabled(self):
+        """No Wi-Fi: the connection is gone, and its keyfile."""
+        self.window.touch("Wifi")
+        self.window.touch("Disabled")
+        self.save()
+        self.machine.wait_for("! ip -4 address show wlan0 | grep -q inet", "Wi-Fi to end")
+        self.machine.run(f"test ! -e {INSTALLED}/wlan0.nmconnection")
+        return "keyfile removed, radio without an address"
+
+    def window_killed(self):
+        """It comes back, after a rollback."""
+        pid = self.window.process()
+        self.machine.run(f"kill -KILL {pid}")
+        self.window.wait(but_not=pid)
+        return "back"
+
+    def screen_killed(self):
+        """Screen and window come back."""
+        pid = self.window.process()
+        self.machine.run("kill -KILL $(systemctl show -P MainPID kiosk)")
+        self.window.wait(but_not=pid)
+        return "both back"
+
+    def stopped(self):
+        """Stopped by systemd, the keyfiles are locked; started, they are unlocked again."""
+        self.machine.run("systemctl stop zor-network-manager")
+        self.machine.wait_for(f"[ $(stat -c %U {DESK}) = root ]", "the desk to be locked")
+        self.machine.run("systemctl start zor-network-manager")
+        self.window.wait()
+        return "locked, then unlocked"

@@ -1,0 +1,98 @@
+# SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
+# SPDX-License-Identifier: MIT
+"""The settings window on a device's screen, as a person with a finger and a keyboard uses it."""
+from tests.support.limit import wait_until
+
+from .machine import LIMIT
+
+DESK = "/etc/NetworkManager/system-connections"
+
+# Where things are, from the left and upper edge of the window, or up from its lower edge.
+PLACES = {
+    "Ethernet": (58, 28), "Wifi": (132, 28),
+    "Static IP": (116, 199), "Dynamic IP": (341, 199),
+    "IP Address": (322, 239), "Subnet Mask": (322, 273),
+    "Default Gateway": (322, 307), "DNS Server": (322, 341),
+    "Disabled": (75, 199), "Client": (241, 199), "Access Point": (376, 199),
+    "SSID": (118, 240), "Password": (316, 240),
+    "Access point's IP Address": (227, 289), "Access point's Subnet Mask": (227, 323),
+    "Channel": (227, 357),
+    "Save And Exit": (156, -23), "Exit Without Saving": (349, -23),
+}
+
+
+def is_light(colour):
+    return min(colour) > 200
+
+
+def frame(picture):
+    """Left, top and bottom of the window; None without one. The wall behind it is black."""
+    middle = picture.width // 2
+    rows = [y for y in range(picture.height) if any(picture.at(middle, y))]
+    if len(rows) < picture.height // 2:
+        return None
+    top, bottom = rows[0], rows[-1] + 1
+    left = next(x for x in range(middle) if is_light(picture.at(x, top + 3)))
+    return left, top, bottom
+
+
+class Window:
+    """Steps in the window. Each ends when the screen shows its effect."""
+
+    def __init__(self, machine):
+        self.machine = machine
+
+    def process(self):
+        """The number of the window's process; 0 if there is none."""
+        return int(self.machine.run("systemctl show -P MainPID zor-network-manager"))
+
+    def wait(self, but_not=0):
+        """Until a window stands that is another process than one before, and may save."""
+        if but_not:
+            self._see(lambda picture: not frame(picture), "the window to close")
+        self._see(frame, "a window on the screen")
+        # A window that is gone leaves the user an unlocked folder until its rollback is done.
+        self.machine.wait_for(
+            f"[ $(systemctl show -P MainPID zor-network-manager) != {but_not} ] && "
+            f"[ $(stat -c %U {DESK}) = zor ]", "a new window, unlocked")
+        return self.machine.at_rest()
+
+    def _see(self, condition, what):
+        """Looks from outside, which takes nothing of the machine's time."""
+        wait_until(lambda: condition(self.machine.look()), what, limit=LIMIT, interval=0.5)
+
+    def place(self, name):
+        """Where something is on the screen."""
+        left, top, bottom = frame(self.machine.look())
+        x, y = PLACES[name]
+        return left + x, y + (top if y > 0 else bottom)
+
+    def touch(self, name):
+        """Taps on something, which shows."""
+        before = self.machine.at_rest()
+        self.machine.touch(*self.place(name))
+        return self.machine.at_rest(before, f"an effect of {name}")
+
+    def fill(self, name, text):
+        """Taps on an entry, and replaces what stands in it."""
+        before = self.machine.at_rest()
+        self.machine.touch(*self.place(name))
+        self.machine.key("ctrl", "a")
+        self.machine.key("delete")
+        self.machine.type(text)
+        return self.machine.at_rest(before, f"{text} in {name}")
+
+    def choose_channel(self, row):
+        """The row of the list of channels; 0 is Auto."""
+        before = self.touch("Channel")
+        self.machine.key("home")
+        for _ in range(row):
+            self.machine.key("down")
+        self.machine.key("ret")
+        return self.machine.at_rest(before, "the list to close")
+
+    def leave(self, name="Save And Exit"):
+        """Taps on one of the two buttons. Returns which process was left."""
+        before = self.process()
+        self.machine.touch(*self.place(name))
+        return before
