@@ -2,11 +2,13 @@
 // SPDX-License-Identifier: MIT
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <syslog.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cstdio>
@@ -19,6 +21,7 @@
 #include <string>
 #include <string_view>
 #include <system_error>
+#include <vector>
 
 #include "keyfile.h"
 #include "system.h"
@@ -54,18 +57,20 @@ constexpr unsigned LONGEST_REQUEST = 60;
 constexpr const char* LONGEST_ACTIVATION = "60";
 
 constexpr std::array<Connection, 2> CONNECTIONS = {ETHERNET, WIFI};
-constexpr std::size_t LONGEST_ID = 99;  // the window cuts it there
+constexpr std::size_t LONGEST_ID = 99;     // the window cuts it there
+constexpr std::size_t LONGEST_CALL = 128;  // action, id and their ends
+constexpr unsigned LONGEST_SILENCE = 5;
 
 constexpr uid_t ROOT = 0;
 constexpr gid_t ROOT_GROUP = 0;
 
+using Words = std::vector<std::string>;  // an action, and an id
+
 enum ExitStatus { DONE = 0, NOT_DONE = 1, WRONG_CALL = 2 };
 
-struct Request {
+struct Request : Caller {  // of ROOT, if no user asks
   std::string_view action;
   std::string_view id;
-  uid_t user;     // ROOT for one that no user asks for
-  long calledAt;  // like now()
 };
 
 void note(const std::string& text) { syslog(LOG_NOTICE, "%s", text.c_str()); }
@@ -405,19 +410,18 @@ uid_t callingUser() {
   return user;
 }
 
-bool isWellFormed(int count, char** arguments) {
-  if (count < 2) return false;
-  const std::string_view action = arguments[1];
-  if (action == "unlock" || action == "rollback") return count == 2;
-  if (action == "finalize_ethernet" || action == "finalize_wifi")
-    return count == 2 || (count == 3 && std::strlen(arguments[2]) <= LONGEST_ID);
+bool isWellFormed(const Words& words) {
+  if (words.empty()) return false;
+  if (words[0] == "unlock" || words[0] == "rollback") return words.size() == 1;
+  if (words[0] == "finalize_ethernet" || words[0] == "finalize_wifi")
+    return words.size() == 1 || (words.size() == 2 && words[1].size() <= LONGEST_ID);
   return false;
 }
 
 void serve(const Request& request) {
   if (geteuid() != ROOT || getuid() != ROOT) throw Refusal("only root can do this");
   if (request.user == ROOT && request.action != "rollback")
-    throw Refusal("no user has asked for this through sudo");
+    throw Refusal("no user has asked for this");
   makeFolder(RUN, 0755);
   if (request.action == "unlock") {
     unlock(request);
@@ -428,16 +432,27 @@ void serve(const Request& request) {
   }
 }
 
-ExitStatus answer(int count, char** arguments, uid_t user) {
-  if (!isWellFormed(count, arguments)) {
+/** The words that are sent on a connection, each with a NUL behind it; none if one has none. */
+Words wordsFrom(int connection) {
+  alarm(LONGEST_SILENCE);
+  const std::string text = readAtMost(connection, LONGEST_CALL);
+  Words words;
+  for (std::size_t start = 0; start < text.size(); start += words.back().size() + 1)
+    words.emplace_back(text.c_str() + start);
+  if (!text.empty() && text.back() != '\0') words.clear();
+  return words;
+}
+
+ExitStatus answer(const Words& words, const Caller& caller) {
+  if (!isWellFormed(words)) {
     complain("usage: unlock | rollback | finalize_ethernet [ID] | finalize_wifi [ID]");
     return WRONG_CALL;
   }
   ExitStatus status = DONE;
   try {
-    serve({arguments[1], count > 2 ? arguments[2] : "", user, calledAt()});
+    serve({caller, words[0], words.size() > 1 ? words[1] : ""});
   } catch (const std::exception& error) {
-    complain(std::string(arguments[1]) + ": " + error.what());
+    complain(words[0] + ": " + error.what());
     status = NOT_DONE;
   }
   alarm(LONGEST_REQUEST);
@@ -449,14 +464,24 @@ ExitStatus answer(int count, char** arguments, uid_t user) {
 
 int main(int argc, char** argv) {
   const uid_t user = callingUser();
+  // Whoever calls sudo chooses the connection, and could take one that has another user at its end.
+  const bool isService = argc < 2 && std::getenv("SUDO_UID") == nullptr;
+  std::optional<Caller> peer;
   ExitStatus status = NOT_DONE;
   try {
     forgetCaller();
     openlog("zor-network-permissions-handler", LOG_PID, LOG_AUTHPRIV);
-    status = answer(argc, argv, user);
+    if (isService) peer = callerOf(STDIN_FILENO);
+    status = peer ? answer(wordsFrom(STDIN_FILENO), *peer)
+                  : answer(Words(argv + std::min(argc, 1), argv + argc), {user, calledAt()});
   } catch (const std::exception& error) {
     complain(error.what());
   }
-  std::fputs(complaints().c_str(), stderr);
+  if (peer) {
+    const std::string text = std::to_string(status) + complaints();
+    (void)send(STDIN_FILENO, text.data(), text.size(), MSG_DONTWAIT);
+  } else {
+    std::fputs(complaints().c_str(), stderr);
+  }
   return status;
 }

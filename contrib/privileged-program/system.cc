@@ -7,11 +7,13 @@
 #include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
@@ -44,20 +46,6 @@ struct stat statusOf(int file) {
   struct stat status {};
   succeed(fstat(file, &status), "fstat");
   return status;
-}
-
-std::string readAtMost(int file, std::size_t limit) {
-  std::string content(limit, '\0');
-  std::size_t length = 0;
-  while (length < limit) {
-    const ssize_t piece = read(file, &content[length], limit - length);
-    if (piece < 0 && errno == EINTR) continue;
-    if (piece < 0) fail("read");
-    if (piece == 0) break;
-    length += static_cast<std::size_t>(piece);
-  }
-  content.resize(length);
-  return content;
 }
 
 void writeAll(int file, std::string_view content) {
@@ -193,6 +181,29 @@ long calledAt() {
        parent = process(first.parent))
     first = parent;
   return first.start;
+}
+
+std::optional<Caller> callerOf(int connection) {
+  ucred peer{};
+  socklen_t length = sizeof(peer);
+  if (getsockopt(connection, SOL_SOCKET, SO_PEERCRED, &peer, &length) != 0) return std::nullopt;
+  if (peer.uid == static_cast<uid_t>(-1)) return std::nullopt;
+  // Another process has the number of one that is gone, but it began after us.
+  return Caller{peer.uid, std::min(process(peer.pid).start, process(getpid()).start)};
+}
+
+std::string readAtMost(int file, std::size_t limit) {
+  std::string content(limit, '\0');
+  std::size_t length = 0;
+  while (length < limit) {
+    const ssize_t piece = read(file, &content[length], limit - length);
+    if (piece < 0 && errno == EINTR) continue;
+    if (piece < 0) fail("read");
+    if (piece == 0) break;
+    length += static_cast<std::size_t>(piece);
+  }
+  content.resize(length);
+  return content;
 }
 
 Descriptor openFolder(const std::string& path) {

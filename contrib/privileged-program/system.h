@@ -52,8 +52,23 @@ void forgetCaller();
 /** Hundredths of a second, or whatever the kernel's ticks are, since the start of the system. */
 long now();
 
-/** When our caller began to call us, in the same: by way of sudo, which may have taken long. */
+/** Who asks, and when he began to: like now(). */
+struct Caller {
+  uid_t user;
+  long calledAt;
+};
+
+/** When our caller began to call us: by way of sudo, which may have taken long. */
 long calledAt();
+
+/**
+ * Who is at the other end of a connection, as the kernel has noted it; nothing if it is no local
+ * one. His call began with his process, which may have waited long to be heard, or be gone by now.
+ */
+std::optional<Caller> callerOf(int connection);
+
+/** What can be read up to the end, or to a limit. */
+std::string readAtMost(int file, std::size_t limit);
 
 /** Opens a folder, never through a link as the last step of its path. */
 Descriptor openFolder(const std::string& path);

@@ -8,10 +8,14 @@ import os
 import shutil
 import subprocess
 
+from tests.support.limit import wait_until
+
 HERE = os.path.dirname(os.path.abspath(__file__))
 EXAMPLE = os.path.dirname(HERE)
 
 HANDLER = "/usr/libexec/zor-network-permissions-handler"
+CLIENT = "/opt/zor-network-permissions-handler"  # what the window finds on PATH
+SOCKET = "/run/zor-network.socket"
 DESK = "/etc/NetworkManager/system-connections"
 OLD_DESKS = DESK + ".old"
 STATE = "/var/lib/zor-network"
@@ -20,7 +24,7 @@ RUN = "/run/zor-network"
 SET_ASIDE = RUN + "/set-aside"
 ETHERNET, WIFI = "ethernet.nmconnection", "wlan0.nmconnection"
 USER = 65534
-READERS = 12345  # the group that may read a locked desk
+READERS = 12345  # the group that may read a locked desk, and ask the service
 
 
 def write(content, *path, owner=0, mode=0o600):
@@ -49,13 +53,33 @@ def lay_over(folder):
 
 
 def install(program):
-    """Installs the program and makes the folders that the manual asks for."""
-    for folder in "/usr/libexec", "/var/lib":
+    """Installs the program and its client, and makes the folders that the manual asks for."""
+    for folder in "/opt", "/usr/libexec", "/var/lib":
         lay_over(folder)
     shutil.copy(program, HANDLER)
+    shutil.copy(os.path.join(os.path.dirname(program), "client", os.path.basename(program)), CLIENT)
     os.makedirs(INSTALLED, 0o700)
     os.chmod(STATE, 0o750)
     os.chown(STATE, 0, READERS)
+
+
+def start_service():
+    """Has the requests on the socket answered, as its unit would. Returns the process."""
+    process = subprocess.Popen(
+        ["setpriv", "--pdeathsig", "KILL", "systemd-socket-activate", "--accept", "--inetd",
+         "--listen", SOCKET, HANDLER],
+        stderr=subprocess.DEVNULL)
+    wait_until(lambda: os.path.exists(SOCKET), "the socket")
+    os.chown(SOCKET, 0, READERS)
+    os.chmod(SOCKET, 0o660)
+    return process
+
+
+def as_user(user, *command, groups=(READERS,)):
+    """A command as a user's process that can gain no privileges; a list."""
+    groups = ["--groups", ",".join(map(str, groups))] if groups else ["--clear-groups"]
+    return [shutil.which("setpriv"), "--reuid", str(user), "--regid", str(user), *groups,
+            "--no-new-privs", *command]
 
 
 def cover(target, source):

@@ -66,6 +66,13 @@ def nmcli_calls():
     return (read(NOTES, "calls") or b"").decode().splitlines()
 
 
+def is_waited_for():
+    """Whether a request waits for the lock."""
+    number = os.stat(RUN + "/lock").st_ino
+    return any(" -> FLOCK " in line and f":{number} " in line
+               for line in read("/proc/locks").decode().splitlines())
+
+
 class DeviceCase(unittest.TestCase):
     """Each test begins with two installed files, a locked desk, and nothing in /run."""
 

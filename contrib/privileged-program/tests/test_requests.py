@@ -11,7 +11,8 @@ from tests.support.limit import wait_until
 from . import device_case
 from .device import DESK, ETHERNET, INSTALLED, RUN, SET_ASIDE, USER, WIFI, write
 from .device_case import (ACCESS_POINT, CLIENT, DYNAMIC, DYNAMIC_RECORD, DeviceCase, NOTES,
-                          PUBLISHED, STATIC, STATIC_RECORD, access_of, nmcli_calls)
+                          PUBLISHED, STATIC, STATIC_RECORD, access_of, is_waited_for,
+                          nmcli_calls)
 
 
 class Requests(DeviceCase):
@@ -109,8 +110,7 @@ class Requests(DeviceCase):
         with open(RUN + "/lock", "rb") as lock:
             fcntl.flock(lock, fcntl.LOCK_EX)
             process = self.start("rollback")
-            waiting = f"-> FLOCK  ADVISORY  WRITE {process.pid} "
-            wait_until(lambda: waiting.encode() in read("/proc/locks"), "the request to wait")
+            wait_until(is_waited_for, "the request to wait")
             self.assert_desk(False, ethernet=DYNAMIC, wifi=CLIENT)
         self.assertEqual(self.finish(process), (0, ""))
         self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
@@ -290,4 +290,5 @@ class Record(DeviceCase):
             self.assertEqual(read(PUBLISHED), record)
 
 
-device_case.main()
+if __name__ == "__main__":
+    device_case.main()
