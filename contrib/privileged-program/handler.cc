@@ -48,7 +48,8 @@ constexpr const char* SET_ASIDE = "/run/zor-network/set-aside";  // a folder for
 constexpr const char* UNLOCKED_AT = "unlocked-at";  // in RUN
 constexpr const char* LOCKED_AT = "locked-at";      // with what was set aside
 constexpr const char* LOCK = "/run/zor-network/lock";
-constexpr const char* RECORD = "ethernet-settings";  // in RUN
+constexpr const char* PLACES = "/run/zor-network/places";  // a byte for each
+constexpr const char* RECORD = "ethernet-settings";        // in RUN
 
 constexpr const char* NMCLI = "/usr/bin/nmcli";
 // Seconds. A DHCP server that does not answer is given up by NetworkManager after 45.
@@ -60,6 +61,7 @@ constexpr std::array<Connection, 2> CONNECTIONS = {ETHERNET, WIFI};
 constexpr std::size_t LONGEST_ID = 99;     // the window cuts it there
 constexpr std::size_t LONGEST_CALL = 128;  // action, id and their ends
 constexpr unsigned LONGEST_SILENCE = 5;
+constexpr off_t MOST_AT_ONCE = 24;  // of a user's connections
 
 constexpr uid_t ROOT = 0;
 constexpr gid_t ROOT_GROUP = 0;
@@ -432,6 +434,22 @@ void serve(const Request& request) {
   }
 }
 
+/**
+ * Takes one of a user's places, which goes with the descriptor: the service manager has only so
+ * many for all, and a user who says nothing must not keep the others out.
+ */
+Descriptor takePlace(uid_t user) {
+  makeFolder(RUN, 0755);
+  Descriptor file(open(PLACES, O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
+  for (off_t place = 0; place < MOST_AT_ONCE; ++place) {
+    struct flock byte {
+      F_WRLCK, SEEK_SET, user *MOST_AT_ONCE + place, 1, 0
+    };
+    if (fcntl(file, F_SETLK, &byte) == 0) return file;
+  }
+  throw Refusal("too many requests of this user");
+}
+
 /** The words that are sent on a connection, each with a NUL behind it; none if one has none. */
 Words wordsFrom(int connection) {
   alarm(LONGEST_SILENCE);
@@ -472,8 +490,12 @@ int main(int argc, char** argv) {
     forgetCaller();
     openlog("zor-network-permissions-handler", LOG_PID, LOG_AUTHPRIV);
     if (isService) peer = callerOf(STDIN_FILENO);
-    status = peer ? answer(wordsFrom(STDIN_FILENO), *peer)
-                  : answer(Words(argv + std::min(argc, 1), argv + argc), {user, calledAt()});
+    if (peer) {
+      const Descriptor place = takePlace(peer->user);
+      status = answer(wordsFrom(STDIN_FILENO), *peer);
+    } else {
+      status = answer(Words(argv + std::min(argc, 1), argv + argc), {user, calledAt()});
+    }
   } catch (const std::exception& error) {
     complain(error.what());
   }

@@ -66,11 +66,16 @@ def nmcli_calls():
     return (read(NOTES, "calls") or b"").decode().splitlines()
 
 
-def is_waited_for():
-    """Whether a request waits for the lock."""
-    number = os.stat(RUN + "/lock").st_ino
-    return any(" -> FLOCK " in line and f":{number} " in line
+def locks_of(name, kind=": "):
+    """How many locks there are of a file of the program's."""
+    number = os.stat(os.path.join(RUN, name)).st_ino
+    return sum(kind in line and f":{number} " in line
                for line in read("/proc/locks").decode().splitlines())
+
+
+def is_waited_for():
+    """Whether a request waits for its turn."""
+    return locks_of("lock", " -> ") > 0
 
 
 class DeviceCase(unittest.TestCase):

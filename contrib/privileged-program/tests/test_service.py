@@ -18,7 +18,7 @@ from . import device, device_case, test_requests
 from .device import (CLIENT, DESK, HANDLER, READERS, RUN, SOCKET, USER, as_user,
                      write)
 from .device_case import (CLIENT as CLIENT_KEYFILE, DYNAMIC, DeviceCase, SLOW_SUDO, STATIC,
-                          is_waited_for)
+                          is_waited_for, locks_of)
 
 ANOTHER = USER - 1
 STREAMS = {"text": True, "stdout": subprocess.PIPE, "stderr": subprocess.PIPE}
@@ -164,6 +164,18 @@ class Peers(ByService):
             self.request("unlock")
             self.assertEqual((silent.recv(1), half.recv(1)), (b"", b""))
         self.assert_desk(False, ethernet=DYNAMIC, wifi=CLIENT_KEYFILE)
+
+    def test_who_connects_often_keeps_nobody_else_out(self):
+        with contextlib.ExitStack() as connections:
+            for _ in range(30):
+                connections.enter_context(self.connected())
+            wait_until(lambda: locks_of("places") == 24, "all places to be taken")
+            refused = b"".join(self.say(b"unlock\0") for _ in range(2))
+            self.assertEqual(refused, 2 * b"1zor-network-permissions-handler: too many requests of "
+                                          b"this user\n")
+            self.request("unlock", user=ANOTHER)
+        wait_until(lambda: locks_of("places") == 0, "the places to be free")
+        self.request("unlock")
 
     def test_request_goes_on_when_its_client_is_gone(self):
         self.request("unlock")
