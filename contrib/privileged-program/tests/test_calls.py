@@ -5,6 +5,7 @@ import contextlib
 import fcntl
 import os
 import pwd
+import re
 import resource
 import shutil
 import signal
@@ -151,9 +152,17 @@ class Packaging(DeviceCase):
     def test_sudo_takes_the_rule(self):
         self.check("visudo", "-c", "-f", os.path.join(EXAMPLE, "sudoers"))
 
-    def test_systemd_takes_the_unit(self):
-        self.check("systemd-analyze", "verify", "--man=no",
-                   os.path.join(EXAMPLE, "zor-network-restore.service"))
+    def test_systemd_takes_the_units(self):
+        self.check("systemd-analyze", "verify", "--man=no", *(
+            os.path.join(EXAMPLE, unit) for unit in (
+                "zor-network-restore.service", "zor-network.socket", "zor-network@.service")))
+
+    def test_sandbox_is_as_tight_as_the_manual_says(self):
+        manual = read(EXAMPLE, "README.md").decode()
+        (told,) = re.findall(r"`systemd-analyze security` gives it ([0-9.]+) ", manual)
+        self.check("systemd-analyze", "security", "--offline=yes", "--no-pager",
+                   f"--threshold={float(told) * 10:.0f}",
+                   os.path.join(EXAMPLE, "zor-network@.service"))
 
 
 @unittest.skipUnless(shutil.which("sudo"), "no sudo")
