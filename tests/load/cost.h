@@ -22,7 +22,7 @@ inline constexpr int REDUCTION = 5;
 inline constexpr long NOISE_IN_KILOBYTES = 8192;  // stacks for the check of returned ones
 #else
 inline constexpr int REDUCTION = 1;
-inline constexpr long NOISE_IN_KILOBYTES = 512;  // the kernel counts in portions
+inline constexpr long NOISE_IN_KILOBYTES = 1024;  // the kernel counts in portions
 #endif
 
 /** What an operation cost. All but the memory and the time repeats exactly. */
