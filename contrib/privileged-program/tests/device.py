@@ -63,6 +63,11 @@ def install(program):
     os.chown(STATE, 0, READERS)
 
 
+def missing_tools():
+    """What the service lacks, as text; empty if nothing."""
+    return "" if shutil.which("systemd-socket-activate") else "systemd-socket-activate"
+
+
 def start_service():
     """Has the requests on the socket answered, as its unit would. Returns the process."""
     process = subprocess.Popen(

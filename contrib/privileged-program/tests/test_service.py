@@ -5,7 +5,6 @@ import contextlib
 import fcntl
 import os
 import shlex
-import shutil
 import socket
 import subprocess
 import time
@@ -24,7 +23,7 @@ ANOTHER = USER - 1
 STREAMS = {"text": True, "stdout": subprocess.PIPE, "stderr": subprocess.PIPE}
 
 
-@unittest.skipUnless(shutil.which("systemd-socket-activate"), "no systemd-socket-activate")
+@unittest.skipIf(device.missing_tools(), device.missing_tools())
 class ByService(DeviceCase):
     """Requests go through the client, from processes that can gain no privileges."""
 

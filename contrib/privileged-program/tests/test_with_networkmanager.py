@@ -2,8 +2,8 @@
 # SPDX-License-Identifier: MIT
 """From the window to the network, by way of the example privileged program and a real daemon.
 
-For root. The window's
-program runs as an ordinary user in production mode.
+For root. The window's program runs in production mode, as an ordinary user who can gain no
+privileges; the example is a service.
 """
 import ipaddress
 import os
@@ -18,16 +18,9 @@ from tests.support.limit import wait_until
 from tests.support.program import Program
 
 from . import device, network
-from .device import (DESK, ETHERNET, EXAMPLE, HANDLER, INSTALLED, READERS, RUN, USER, WIFI)
+from .device import (CLIENT, DESK, ETHERNET, EXAMPLE, HANDLER, INSTALLED, READERS, RUN, USER, WIFI)
 
-BIN = "/tmp/bin"
-# In the place of sudo: a script cannot be given to root, its interpreter can.
-AS_ROOT = f"""#!{BIN}/as-root -IS
-import os, sys
-os.environ["SUDO_UID"] = str(os.getuid())
-os.setresuid(0, 0, 0)
-os.execv("{HANDLER}", sys.argv)
-"""
+BIN = os.path.dirname(CLIENT)
 LABELS = ("IP Address", "Subnet Mask", "Default Gateway", "DNS Server")
 # Prefixes that no default would give, on two networks.
 FIRST = ("10.20.30.40", "255.255.240.0", "10.20.16.1", "10.20.16.53")
@@ -46,7 +39,8 @@ class Device(unittest.TestCase):
     def use(self, *steps):
         """Starts the window, takes steps in it, and waits for the end of all that it asked for."""
         environment = {"PATH": BIN + ":" + os.environ["PATH"], "G_DEBUG": "fatal-warnings"}
-        with Program(self.desktop, [os.path.join(BIN, "program")], environment) as program:
+        command = ["setpriv", "--no-new-privs", os.path.join(BIN, "program")]
+        with Program(self.desktop, command, environment) as program:
             wait_until(lambda: os.stat(DESK).st_uid == USER, "the desk to be unlocked")
             for step in steps:
                 step(program)
@@ -139,10 +133,7 @@ class Ethernet(Device):
 def install(handler, program):
     """Installs the programs."""
     device.install(handler)
-    os.mkdir(BIN)
     shutil.copy(program, os.path.join(BIN, "program"))
-    os.chmod(shutil.copy(os.path.realpath(sys.executable), f"{BIN}/as-root"), 0o4755)
-    device.write(AS_ROOT.encode(), BIN, os.path.basename(HANDLER), mode=0o755)
 
 
 def run_as_user(task):
@@ -166,7 +157,8 @@ def run_tests():
 def main():
     """Runs the tests, or says why not."""
     handler, program = (os.path.realpath(path) for path in sys.argv[1:3])
-    lacking = ", ".join(filter(None, (missing_tools(), network.missing_tools())))
+    lacking = ", ".join(filter(None, (missing_tools(), network.missing_tools(),
+                                      device.missing_tools())))
     reason = f"not installed: {lacking}" if lacking else network.enter(
         SOURCES, os.path.dirname(handler), os.path.dirname(program))
     tap.require_nothing(reason)
@@ -179,6 +171,7 @@ def main():
     device.write(expected("ethernet-default"), INSTALLED, ETHERNET)
     device.write(expected("client"), INSTALLED, WIFI)
     status = os.spawnl(os.P_WAIT, HANDLER, HANDLER, "rollback")  # as at the start of the system
+    device.start_service()
     sys.exit(status or run_as_user(run_tests))
 
 
