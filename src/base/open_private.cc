@@ -14,7 +14,7 @@ int openPrivate(const char* path, int flags) {
   // owning it cannot change its mode: then it stays as it is.
   struct stat status {};
   if (fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) &&
-      (status.st_mode & ALLPERMS) != PRIVATE)
+      status.st_mode != (S_IFREG | PRIVATE))
     (void)fchmod(descriptor, PRIVATE);
   return descriptor;
 }
