@@ -4,11 +4,13 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <linux/fs.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <sys/xattr.h>
 #include <unistd.h>
@@ -20,6 +22,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <sstream>
@@ -46,6 +49,23 @@ struct stat statusOf(int file) {
   struct stat status {};
   succeed(fstat(file, &status), "fstat");
   return status;
+}
+
+// The kernel has these two; not every C library has a function for them.
+int renameWith(unsigned flags, int folder, const std::string& name, int target,
+               const std::string& newName) {
+  return static_cast<int>(
+      syscall(SYS_renameat2, folder, name.c_str(), target, newName.c_str(), flags));
+}
+
+void closeInherited() {
+  if (syscall(SYS_close_range, STDERR_FILENO + 1, ~0U, 0) == 0) return;
+  // Before Linux 5.9. The limit tells nothing: it may have been lowered since they were opened.
+  std::vector<int> numbers;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd"))
+    numbers.push_back(std::stoi(entry.path().filename().string()));
+  for (const int number : numbers)
+    if (number > STDERR_FILENO) close(number);
 }
 
 void writeAll(int file, std::string_view content) {
@@ -141,7 +161,7 @@ void forgetCaller() {
   clearenv();
   // Otherwise a keyfile would be opened as standard error, and messages be written to it.
   while (succeed(open("/dev/null", O_RDWR), "/dev/null") <= STDERR_FILENO) continue;
-  close_range(STDERR_FILENO + 1, ~0U, 0);
+  closeInherited();
 
   resetSignals();
   // A terminal or session that goes must not stop us half-way, nor suspend us with the lock.
@@ -287,12 +307,11 @@ void moveAside(int folder, const std::string& name, int target) {
   std::string freeName;
   do {
     freeName = "moved." + std::to_string(++moved);
-  } while (renameat2(folder, name.c_str(), target, freeName.c_str(), RENAME_NOREPLACE) != 0 &&
-           errno == EEXIST);
+  } while (renameWith(RENAME_NOREPLACE, folder, name, target, freeName) != 0 && errno == EEXIST);
 }
 
 void exchange(int folder, const std::string& one, const std::string& other) {
-  succeed(renameat2(folder, one.c_str(), folder, other.c_str(), RENAME_EXCHANGE), other);
+  succeed(renameWith(RENAME_EXCHANGE, folder, one, folder, other), other);
 }
 
 void clear(int folder) {

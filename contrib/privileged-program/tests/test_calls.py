@@ -103,6 +103,36 @@ class Calls(DeviceCase):
         self.request("finalize_ethernet", "ethernet", preexec_fn=lambda: os.closerange(1, 3))
         self.assertEqual(read(RUN, "lock"), b"")
 
+    @unittest.skipUnless(shutil.which("strace"), "no strace")
+    def test_files_that_a_caller_hands_down_are_closed(self):
+        self.request("unlock")
+        mine = os.open("/tmp", os.O_RDONLY)
+        self.addCleanup(os.close, mine)
+        number = fcntl.fcntl(mine, fcntl.F_DUPFD, 900)
+        self.addCleanup(os.close, number)
+
+        def lower_limit():
+            most = resource.getrlimit(resource.RLIMIT_NOFILE)[1]
+            resource.setrlimit(resource.RLIMIT_NOFILE, (100, most))
+
+        # As the kernel is, and as one before 5.9.
+        for fault in "delay_enter=0", "error=ENOSYS":
+            with self.subTest(fault), open(RUN + "/lock", "rb") as lock:
+                fcntl.flock(lock, fcntl.LOCK_EX)
+                process = self.start(
+                    "rollback", pass_fds=[mine, number], preexec_fn=lower_limit,
+                    wrapper=("strace", "-qq", "-o", "/tmp/trace", "-e", "trace=close_range",
+                             "-e", "inject=close_range:" + fault))
+                tracer = f"/proc/{process.pid}/task/{process.pid}/children"
+                wait_until(lambda: any(b" %b " % child in read("/proc/locks")
+                                       for child in read(tracer).split()), "it to wait")
+                files = f"/proc/{read(tracer).decode().strip()}/fd/"
+                opened = [os.readlink(files + name) for name in os.listdir(files)]
+                fcntl.flock(lock, fcntl.LOCK_UN)
+                self.assertNotIn("/tmp", opened)
+                self.assertEqual(self.finish(process), (0, ""))
+                self.assertIn(b"close_range(3, ", read("/tmp/trace"))
+
     def test_terminal_that_goes_does_not_stop_a_request(self):
         self.request("unlock")
         with open(RUN + "/lock", "rb") as lock:
