@@ -20,24 +20,19 @@ namespace {
 
 constexpr std::uint64_t MASKS = std::uint64_t{1} << 32;
 
-TEST(ExhaustiveMasks, AreMasksExactlyIfTheirOnesAreOneRunFromTheTop) {
+TEST(ExhaustiveMasks, AreAsManyAsThereArePrefixes) {  // each of which is looked at further down
   constexpr std::uint64_t SHARE = std::uint64_t{1} << 24;
   std::atomic<std::uint64_t> next{0};
   std::atomic<unsigned> accepted{0};
-  std::atomic<std::uint64_t> wrong{MASKS};
   const auto work = [&] {
     for (std::uint64_t first = next.fetch_add(SHARE); first < MASKS; first = next.fetch_add(SHARE))
-      for (std::uint64_t mask = first; mask < first + SHARE; ++mask) {
-        const int prefix = maskToCidrPrefix(static_cast<std::uint32_t>(mask));
-        if (prefix >= 0) ++accepted;
-        if (prefix != definitions::prefixOfMask(static_cast<std::uint32_t>(mask))) wrong = mask;
-      }
+      for (std::uint64_t mask = first; mask < first + SHARE; ++mask)
+        if (maskToCidrPrefix(static_cast<std::uint32_t>(mask)) >= 0) ++accepted;
   };
   std::vector<std::thread> threads;
   for (unsigned core = 0; core < std::max(1U, std::thread::hardware_concurrency()); ++core)
     threads.emplace_back(work);
   for (std::thread& thread : threads) thread.join();
-  EXPECT_EQ(MASKS, wrong) << definitions::dotted(static_cast<std::uint32_t>(wrong.load()));
   EXPECT_EQ(33U, accepted);
 }
 
