@@ -6,7 +6,7 @@ import time
 
 LIMIT = 20 * float(os.environ.get("MESON_TEST_TIMEOUT_MULTIPLIER", "1"))
 # Of the faults and kills of a save or request every so many-th is tried; before a change is taken all.
-SAMPLE = int(os.environ.get("FAULTS_SAMPLE", "4"))
+SAMPLE = int(os.environ.get("FAULTS_SAMPLE", "8"))
 
 
 def wait_until(condition, what, limit=LIMIT, interval=0.01):
