@@ -187,23 +187,28 @@ class Machine:
         """The command for the other end of the cable, and on the air."""
         return f"ip netns exec world sh -c {shlex.quote(command)}"
 
+    def pause(self, seconds):
+        """By the clock inside, which is slow where this machine is busy."""
+        self.agent.send({"pause": seconds})
+        self.agent.receive(LIMIT)
+
     # Input.
 
     def key(self, *names):
         """Presses keys together."""
-        self.ask("send-key", keys=[{"type": "qcode", "data": name} for name in names],
-                 **{"hold-time": 30})
-        time.sleep(0.06)  # the next ones are taken up only when these are let go
+        for down in True, False:
+            self.ask("input-send-event", events=[
+                {"type": "key", "data": {"down": down, "key": {"type": "qcode", "data": name}}}
+                for name in (names if down else reversed(names))])
+            self.pause(0.02)
 
     def type(self, text):
         """A text on the keyboard of the United States."""
-        for number, letter in enumerate(text, 1):
+        for letter in text:
             name = _KEYS.get(letter, letter)
             if letter.isupper():
                 name = "shift-" + letter.lower()
             self.key(*name.split("-"))
-            if number % 8 == 0:  # as many as are kept for one who does not come to read them
-                self.at_rest()
 
     def click(self, x, y):
         """The pointer's, which takes nothing inside."""
@@ -235,12 +240,13 @@ class Machine:
 
         def still():
             nonlocal last, same
+            self.pause(0.2)
             picture = self.look()
             same = same + 1 if picture == last else 0
             last = picture
             return picture if same >= 2 and picture != differs_from else None
 
-        return wait_until(still, what, limit=limit, interval=0.2)
+        return wait_until(still, what, limit=limit)
 
     @staticmethod
     def picture_path(name):
