@@ -260,6 +260,15 @@ class Keyboard(AccessCase):
                             expected("client", ssid="Café 7", psk="secret 88"))
         self.assertEqual(self.recorder.calls(), [["finalize_wifi", "ZOR"]])
 
+    def test_focus_can_be_seen(self):
+        program = self.run_on("Ethernet")
+        program.focus(*BUTTONS[0])
+        _, box = program.frame_of(program.window())
+        before = self.desktop.picture(box)
+        self.desktop.press("Tab")
+        self.assertEqual(program.focused(), BUTTONS[1])
+        wait_until(lambda: self.desktop.picture(box) != before, "a ring around the other button")
+
     def test_page_opens_at_its_tab(self):
         # Wherever the focus was, and never in an entry that only shows something.
         program = self.run_on("Ethernet")
