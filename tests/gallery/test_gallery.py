@@ -11,7 +11,7 @@ import tempfile
 import unittest
 
 from tests.support import tap
-from tests.support.files import SOURCES
+from tests.support.files import SOURCES, source
 
 IMAGES = os.path.join(SOURCES, "docs", "generated", "images")
 DOCUMENTS = [*glob.glob(os.path.join(SOURCES, "*.md")),
@@ -86,6 +86,18 @@ class Gallery(unittest.TestCase):
     def test_each_picture_is_shown(self):
         shown = {name for _, name in pictures_in_documents()}
         self.assertEqual(sorted(shown), names_in(IMAGES))
+
+    def test_pictures_of_the_catalogue_are_among_them(self):
+        metainfo = source("data", "org.gtkmm.example.metainfo.xml")
+        shown = re.findall(r"<image>https://[^<]*/images/([^<]+)</image>", metainfo)
+        self.assertTrue(shown)
+        self.assertLessEqual(set(shown), set(names_in(IMAGES)))
+
+    def test_message_is_as_large_as_is_said(self):
+        sizes = [tuple(look_at(os.path.join(IMAGES, name)))[:2] for name in names_in(IMAGES)
+                 if name.endswith("-dialog.png")]
+        said = re.search(r"A message takes up to (\d+) x (\d+)", source("docs/deployment-screens.md"))
+        self.assertEqual([max(side) for side in zip(*sizes)], [int(side) for side in said.groups()])
 
     def test_each_picture_is_told_in_words(self):
         for text, name in pictures_in_documents():
