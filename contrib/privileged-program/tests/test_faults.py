@@ -6,6 +6,7 @@ import itertools
 import os
 import shutil
 import signal
+import socket
 import stat
 import subprocess
 import unittest
@@ -14,7 +15,8 @@ from tests.support.files import read
 from tests.support.limit import SAMPLE, wait_until
 
 from . import device, device_case
-from .device import DESK, ETHERNET, HANDLER, INSTALLED, READERS, RUN, STATE, USER, WIFI, write
+from .device import (DESK, ETHERNET, HANDLER, INSTALLED, READERS, RUN, SOCKET, STATE, USER, WIFI,
+                     as_user, write)
 from .device_case import (CLIENT, DYNAMIC, DeviceCase, NEIGHBOUR, NOTES, PUBLISHED, STATIC,
                           STRANGER, nmcli_calls)
 
@@ -28,7 +30,8 @@ CANNOT_FAIL = {"alarm", "brk", "execve", "exit_group", "futex", "geteuid", "getp
                "munmap", "rt_sigaction", "rt_sigprocmask", "umask"}
 # A kill there is like one at the call behind it.
 CHANGES_NOTHING = {"chdir", "close", "close_range", "connect", "fcntl", "fsync", "getdents64",
-                   "lseek", "memfd_create", "mmap", "newfstatat", "prlimit64", "read", "socket"}
+                   "getsockopt", "lseek", "memfd_create", "mmap", "newfstatat", "prlimit64", "read",
+                   "socket"}
 FIRST_CALL = 'openat(AT_FDCWD, "/dev/null", O_RDWR)'  # those before are the loader's
 OLD, NEW = (DYNAMIC, CLIENT), (STATIC, CLIENT)
 
@@ -42,15 +45,19 @@ def has_shell(process):
         return False
 
 
+TRACER = ("strace", "-qq", "-s0", "-e", "signal=none", "-o", "/tmp/trace")
+
+
 @unittest.skipUnless(shutil.which("strace"), "no strace")
-class Faults(DeviceCase):
+class FaultCase(DeviceCase):
     """However a request ends, files are whole and for their readers only, and the next one works."""
+
+    killed = (-signal.SIGKILL, 128 + signal.SIGKILL)
 
     def traced(self, request, overtaken, *options):
         """A request under a tracer, called before others that overtake it: its end, its calls."""
         process = self.start(*request, stdin=subprocess.PIPE, wrapper=(
-            "strace", "-qq", "-s0", "-e", "signal=none", "-o", "/tmp/trace", *options,
-            "/bin/sh", "-c", 'read -r go; exec "$0" "$@"'))
+            *TRACER, *options, "/bin/sh", "-c", 'read -r go; exec "$0" "$@"'))
         wait_until(lambda: has_shell(process.pid), "the call")
         for other in overtaken:
             self.request(*other)
@@ -119,7 +126,7 @@ class Faults(DeviceCase):
                     request, overtaken, "-e", f"inject={name}:{fault}:when={number}")
                 with self.subTest(f"{name} {number} {fault}"):
                     if fault == "signal=KILL":
-                        self.assertIn(status, (-signal.SIGKILL, 128 + signal.SIGKILL))
+                        self.assertIn(status, self.killed)
                     else:
                         self.assertIn("(INJECTED)", "".join(trace))
                         self.assertIn(status, (0, 1))
@@ -136,6 +143,9 @@ class Faults(DeviceCase):
     def check_activated(self):
         self.assert_installed(STATIC, CLIENT)
         self.assertIn("connection up", nmcli_calls()[-1])
+
+
+class Faults(FaultCase):
 
     def test_unlock(self):
         self.examine(("unlock",), self.save_static,
@@ -181,6 +191,39 @@ class Faults(DeviceCase):
         _, trace = self.traced(("finalize_ethernet", "x"), (), "-e", "trace=fsync,renameat")
         self.assertEqual([line.partition("(")[0] for line in trace],
                          ["fsync", "renameat", "fsync", "renameat"])  # the last: the record
+
+
+class FaultsOfTheService(FaultCase):
+    """The client tells that there is no answer, if there is none."""
+
+    killed = (1,)
+
+    def setUp(self):
+        super().setUp()
+        self.listener = socket.socket(socket.AF_UNIX)
+        self.addCleanup(os.remove, SOCKET)
+        self.addCleanup(self.listener.close)
+        self.listener.bind(SOCKET)
+        os.chown(SOCKET, USER, USER)
+        self.listener.listen()
+
+    def traced(self, request, overtaken, *options):
+        client = subprocess.Popen(as_user(USER, device.CLIENT, *request), text=True,
+                                  stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        with self.listener.accept()[0] as connection:
+            for other in overtaken:
+                self.request(*other)
+            subprocess.run([*TRACER, *options, HANDLER], stdin=connection, check=False,
+                           env={"ASAN_OPTIONS": "detect_leaks=0"}, stderr=subprocess.DEVNULL)
+        return self.finish(client), read("/tmp/trace").decode().splitlines()
+
+    def test_unlock(self):
+        self.examine(("unlock",), self.save_static,
+                     lambda: self.assert_desk(False, ethernet=DYNAMIC, wifi=CLIENT))
+
+    def test_finalize_after_a_rollback(self):
+        self.examine(("finalize_ethernet", "x"), self.save_static, self.check_activated,
+                     (OLD, NEW), overtaken=(("rollback",),))
 
 
 device_case.main()
