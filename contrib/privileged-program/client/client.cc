@@ -17,6 +17,9 @@ namespace {
 
 constexpr sockaddr_un SERVICE = {AF_UNIX, "/run/zor-network.socket"};
 constexpr timeval LONGEST_WAIT_FOR_ITS_TURN = {10, 0};
+// Microseconds before it is asked again; each pause is twice the one before, and the first none.
+constexpr useconds_t SHORTEST_PAUSE = 50'000;
+constexpr useconds_t LONGEST_PAUSE = 3'200'000;
 
 /** A connection to the service; -1 with errno if there is none. */
 int connectToService() {
@@ -29,39 +32,47 @@ int connectToService() {
   return result == 0 ? connection : -1;
 }
 
-/** Sends the words of a request, each with a NUL behind it. What fails shows in the answer. */
-void ask(int connection, int count, char** words) {
+/** Sends the words of a request, each with a NUL behind it. Returns whether all of it was taken. */
+bool ask(int connection, int count, char** words) {
   std::string request;
   for (int index = 0; index < count; ++index) request.append(words[index]) += '\0';
-  (void)send(connection, request.data(), request.size(), MSG_NOSIGNAL);
-  (void)shutdown(connection, SHUT_WR);
+  const bool isSent = send(connection, request.data(), request.size(), MSG_NOSIGNAL) >= 0;
+  return shutdown(connection, SHUT_WR) == 0 && isSent;
 }
 
-/** The answer up to its end: a digit, the exit status, and what is to be said. */
-std::string answer(int connection) {
-  std::string text;
+/**
+ * Reads an answer to its end: a digit, the exit status, and what is to be said. Returns whether the
+ * request was read; it was not where the service manager had too many others.
+ */
+bool hear(int connection, std::string& answer) {
   std::array<char, 4096> piece{};
   ssize_t length = 0;
   while ((length = recv(connection, piece.data(), piece.size(), 0)) > 0)
-    text.append(piece.data(), static_cast<std::size_t>(length));
-  return text;
+    answer.append(piece.data(), static_cast<std::size_t>(length));
+  return length == 0;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  const int connection = connectToService();
-  if (connection < 0) {
-    std::perror("zor-network-permissions-handler: /run/zor-network.socket");
-    return 1;
+  std::string answer;
+  bool isRead = false;
+  for (useconds_t pause = SHORTEST_PAUSE; !isRead && answer.empty() && pause <= LONGEST_PAUSE;
+       pause *= 2) {
+    if (pause > SHORTEST_PAUSE) usleep(pause);
+    const int connection = connectToService();
+    if (connection < 0) {
+      std::perror("zor-network-permissions-handler: /run/zor-network.socket");
+      return 1;
+    }
+    const bool isTaken = ask(connection, argc - 1, argv + 1);
+    isRead = hear(connection, answer) && isTaken;
+    close(connection);  // it may have the number of a stream that was closed
   }
-  ask(connection, argc - 1, argv + 1);
-  const std::string text = answer(connection);
-  close(connection);  // it may have the number of a stream that was closed
-  if (text.empty()) {
+  if (answer.empty()) {
     std::fputs("zor-network-permissions-handler: the service gave no answer\n", stderr);
     return 1;
   }
-  std::fwrite(text.data() + 1, 1, text.size() - 1, stderr);
-  return text.front() - '0';
+  std::fwrite(answer.data() + 1, 1, answer.size() - 1, stderr);
+  return answer.front() - '0';
 }

@@ -198,19 +198,16 @@ class FaultsOfTheService(FaultCase):
 
     killed = (1,)
 
-    def setUp(self):
-        super().setUp()
-        self.listener = socket.socket(socket.AF_UNIX)
-        self.addCleanup(os.remove, SOCKET)
-        self.addCleanup(self.listener.close)
-        self.listener.bind(SOCKET)
-        os.chown(SOCKET, USER, USER)
-        self.listener.listen()
-
     def traced(self, request, overtaken, *options):
-        client = subprocess.Popen(as_user(USER, device.CLIENT, *request), text=True,
-                                  stdout=subprocess.PIPE, stderr=subprocess.PIPE)
-        with self.listener.accept()[0] as connection:
+        with socket.socket(socket.AF_UNIX) as listener:
+            listener.bind(SOCKET)
+            os.chown(SOCKET, USER, USER)
+            listener.listen()
+            client = subprocess.Popen(as_user(USER, device.CLIENT, *request), text=True,
+                                      stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+            connection = listener.accept()[0]
+        os.remove(SOCKET)  # it finds nobody when it asks again
+        with connection:
             for other in overtaken:
                 self.request(*other)
             subprocess.run([*TRACER, *options, HANDLER], stdin=connection, check=False,

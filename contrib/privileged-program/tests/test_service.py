@@ -94,18 +94,38 @@ class Client(ByService):
             write(b"", SOCKET, owner=USER)
         os.remove(SOCKET)
 
-    def test_service_that_ends_without_an_answer_is_told(self):
+    @contextlib.contextmanager
+    def listener(self):
+        """In the place of the service."""
         self.tearDownClass()
         self.addCleanup(self.setUpClass)
+        self.addCleanup(os.remove, SOCKET)
         with socket.socket(socket.AF_UNIX) as listener:
             listener.bind(SOCKET)
             os.chown(SOCKET, USER, USER)
+            listener.settimeout(20)
             listener.listen()
+            yield listener
+
+    def test_service_that_ends_without_an_answer_is_told(self):
+        with self.listener() as listener:
             process = self.start("unlock")
-            listener.accept()[0].close()
+            with listener.accept()[0] as connection:
+                self.assertEqual(connection.recv(100), b"unlock\0")
             self.assertEqual(self.finish(process), (
                 1, "zor-network-permissions-handler: the service gave no answer\n"))
-        os.remove(SOCKET)
+
+    def test_service_that_has_too_many_to_serve_is_asked_again(self):
+        with self.listener() as listener:
+            process = self.start("rollback")
+            for count in range(4):
+                with listener.accept()[0] as connection:
+                    if count % 2:  # closed before, or after the words came
+                        connection.recv(1, socket.MSG_PEEK)
+            with listener.accept()[0] as connection:
+                self.assertEqual(connection.recv(100), b"rollback\0")
+                connection.sendall(b"1what is to be said")
+            self.assertEqual(self.finish(process), (1, "what is to be said"))
 
 
 class Peers(ByService):
@@ -197,6 +217,7 @@ class Peers(ByService):
             listener.bind("/run/trap")
             self.addCleanup(os.remove, "/run/trap")
             os.chmod("/run/trap", 0o666)
+            listener.settimeout(20)
             listener.listen()
             with self.connected(ANOTHER, "/run/trap") as caller, listener.accept()[0] as connection:
                 caller.sendall(b"unlock\0")
