@@ -1,16 +1,19 @@
 # SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 # SPDX-License-Identifier: MIT
-"""The documents: what they lead to is there, and what they say in numbers and words is so."""
+"""What the documents lead to is there, what they say in numbers and words is so: BUILD_DIRECTORY."""
+import json
 import os
 import re
 import shutil
 import subprocess
+import sys
 import tempfile
 import unittest
 
 from tests.support import tap
 from tests.support.files import SOURCES, source
 
+BUILD = sys.argv.pop(1)
 README = source("README.md")
 # For each page the number of lines that its reader can be asked to read.
 LONGEST = {"README.md": 80, "CONTRIBUTING.md": 150, "SECURITY.md": 150, "docs/architecture.md": 150,
@@ -64,6 +67,14 @@ class Documents(unittest.TestCase):
                                     or os.path.exists(os.path.join(SOURCES, name + ".cc")), name)
                 for command in re.findall(r"\./dev (\w+)", text):
                     self.assertIn(command, [*commands, "help"])
+
+    def test_tests_that_are_named_are_there(self):
+        with open(os.path.join(BUILD, "meson-info", "intro-tests.json"), encoding="utf-8") as file:
+            tests = {test["name"] for test in json.load(file)}
+        for path, text in documents():
+            for names in re.findall(r"`\./dev test((?: [a-z][\w-]*)+)`", text):
+                with self.subTest(page=path):
+                    self.assertLessEqual(set(names.split()), tests)
 
     def test_none_is_longer_than_its_reader_bears(self):
         for path, most in LONGEST.items():
