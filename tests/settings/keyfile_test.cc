@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 #include <sys/time.h>
 
+#include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <ctime>
@@ -29,10 +30,11 @@ std::function<void()> inThePause;
 
 }  // namespace
 
-extern "C" int __real_nanosleep(const timespec* wanted, timespec* left);
-extern "C" int __wrap_nanosleep(const timespec* wanted, timespec* left) {
+/** In place of the C library's: it may be our code that calls it, or the C++ library. */
+extern "C" int nanosleep(const timespec* wanted, timespec* left) {
   if (inThePause) inThePause();
-  return __real_nanosleep(wanted, left);
+  errno = clock_nanosleep(CLOCK_MONOTONIC, 0, wanted, left);
+  return errno == 0 ? 0 : -1;
 }
 
 namespace {
