@@ -98,6 +98,8 @@ def not_comparable():
     """Why nothing can be compared here, if so."""
     if version_of_orca() != KNOWN:
         return f"the transcript is that of Orca {KNOWN}, here is {version_of_orca() or 'none'}"
+    if b"__asan_init" in read(sys.argv[1]):
+        return "with a sanitizer the window is too slow for it"
     if subprocess.run(["pgrep", "-x", "orca"], capture_output=True, check=False).returncode == 0:
         return "a screen reader is running, which would have to end"
     return None
