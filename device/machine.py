@@ -211,12 +211,13 @@ class Machine:
             self.key(*name.split("-"))
 
     def click(self, x, y):
-        """The pointer's, which takes nothing inside."""
+        """The pointer's; ends when the button is let go."""
         now = self.look()
         moved = [{"type": "abs", "data": {"axis": axis, "value": value * 0x7FFF // size}}
                  for axis, value, size in (("x", x, now.width), ("y", y, now.height))]
         self.ask("input-send-event", events=moved)
         for down in True, False:
+            self.pause(0.1)  # at once is too quick to be taken for a click
             self.ask("input-send-event",
                      events=[{"type": "btn", "data": {"button": "left", "down": down}}])
 

@@ -1,0 +1,165 @@
+# SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
+# SPDX-License-Identifier: MIT
+"""Pulls the plug at many points of a save, and looks at what is left on the disk.
+
+The machine is kept in the moment before the save, memory and disk, and each point starts from
+there. No disk is started again: it is judged from outside, after its file system was repaired as
+at a start. Killing the emulator loses what is in the machine's memory. It does not lose what a real
+disk keeps in a cache of its own and has not been told to write.
+"""
+import argparse
+import contextlib
+import os
+import subprocess
+import sys
+import tempfile
+import time
+
+from tests.support.limit import wait_until
+
+from .journeys import FIRST, INSTALLED, Journeys
+from .machine import LIMIT, RUN, Machine, clear, new_disk
+from .window import DESK, Window
+
+STATE = os.path.join(RUN, "state")
+READY = os.path.join(RUN, "disk.qcow2")
+POINT = os.path.join(RUN, "point")
+# Each kind of save: the keyfile that it replaces, or makes.
+KINDS = {"ethernet": "ethernet.nmconnection", "wifi": "wlan0.nmconnection"}
+# What is counted: keyfiles as before, as saved, and neither; desks that were still the user's.
+COLUMNS = ("old", "new", "unlocked", "bad")
+
+
+def prepare(kind):
+    """A machine whose window is filled in, kept; returns where the finger is put to save."""
+    clear(RUN)
+    with Machine(RUN) as machine:
+        window = Window(machine)
+        journeys = Journeys(machine, window)
+        journeys.boot()
+        if kind == "ethernet":
+            window.touch("Static IP")
+            journeys.fill_static(FIRST)
+        else:
+            window.touch("Wifi")
+            window.touch("Access Point")
+            journeys.fill_access_point(6, "Halvorik test")
+        machine.run("sync")
+        place = window.place("Save And Exit")
+        machine.ask("stop")
+        machine.ask("migrate", uri=f"exec:cat >{STATE}")
+        wait_until(lambda: machine.ask("query-migrate").get("status") == "completed",
+                   "the machine to be kept", limit=LIMIT, interval=0.1)
+    return place
+
+
+def again():
+    """The machine as it was kept, on a disk of its own."""
+    clear(POINT)
+    os.makedirs(POINT)
+    machine = Machine(POINT, new_disk(os.path.join(POINT, "disk.qcow2"), READY),
+                      arguments=["-incoming", f"exec:cat {STATE}"])
+    wait_until(lambda: machine.ask("query-status")["status"] == "paused", "the machine to be back",
+               limit=LIMIT, interval=0.05)
+    machine.ask("cont")
+    return machine
+
+
+@contextlib.contextmanager
+def as_file(disk):
+    """The disk as a plain file, whose changes are lost."""
+    with tempfile.TemporaryDirectory(dir=RUN) as folder:
+        plain = os.path.join(folder, "plain")
+        with open(plain, "w", encoding="utf-8"):
+            pass
+        top = new_disk(os.path.join(folder, "top.qcow2"), disk)
+        daemon = subprocess.Popen(
+            ["qemu-storage-daemon", "--blockdev", f"file,node-name=file,filename={top}",
+             "--blockdev", "qcow2,node-name=disk,file=file",
+             "--export", f"fuse,id=plain,node-name=disk,mountpoint={plain},writable=on"])
+        try:
+            wait_until(lambda: os.path.getsize(plain), "the disk's file")
+            yield plain
+        finally:
+            daemon.terminate()
+            daemon.wait()
+
+
+def left_on(disk):
+    """Keyfiles by their path, as a start would find them, and the user that the desk belongs to."""
+    with as_file(disk) as plain:
+        done = subprocess.run(["e2fsck", "-p", plain], capture_output=True, text=True, check=False)
+        assert done.returncode in (0, 1), done.stdout
+
+        def ask(request):
+            return subprocess.run(["debugfs", "-R", request, plain], capture_output=True,
+                                  check=True).stdout
+
+        found = {}
+        for folder in DESK, INSTALLED:
+            for line in ask(f"ls -p {folder}").decode().splitlines():
+                name = line.split("/")[5] if line else ""
+                if name not in ("", ".", ".."):
+                    found[f"{folder}/{name}"] = ask(f"cat {folder}/{name}")
+        owner = ask(f"stat {DESK}").decode().split("User:")[1].split()[0]
+        return found, int(owner)
+
+
+def whole_save(place):
+    """Lets one save come to its end. Returns how long it took, and what it left."""
+    machine = again()
+    start = time.monotonic()
+    machine.click(*place)
+    machine.wait_for("journalctl -t zor-network-permissions-handler | grep -q 'installed '",
+                     "the keyfile to be installed")
+    took = time.monotonic() - start
+    machine.run("sync")
+    machine.pull_the_plug()
+    return took, left_on(machine.disk)[0]
+
+
+def pull(kind, points):
+    """The table of one kind of save. Returns how many points were bad."""
+    place = prepare(kind)
+    path = f"{INSTALLED}/{KINDS[kind]}"
+    old, _ = left_on(READY)
+    took, new = whole_save(place)
+    assert new[path] != old.get(path), "nothing was saved"
+    count = dict.fromkeys(COLUMNS, 0)
+    for number in range(points):
+        # A little beyond its end: what comes after it must not take it back.
+        delay = 1.2 * took * number / max(1, points - 1)
+        machine = again()
+        machine.click(*place)
+        time.sleep(delay)  # this is no waiting: it is the point
+        machine.pull_the_plug()
+        found, owner = left_on(machine.disk)
+        # What NetworkManager reads besides is as it was; hidden names it does not read.
+        others = all(text == old.get(name) for name, text in found.items()
+                     if name.startswith(INSTALLED) and name != path and "/." not in name)
+        is_new = found.get(path) == new[path]
+        if others and (is_new or found.get(path) == old.get(path)):
+            count["new" if is_new else "old"] += 1
+            count["unlocked"] += owner != 0
+        else:
+            count["bad"] += 1
+            print(f"{kind}, {delay:.2f} s: {sorted(found)}\n{found.get(path)!r}", flush=True)
+    print(f"{kind:<10}{points:>7}{took:>8.1f} s" + "".join(
+        f"{count[name]:>10}" for name in COLUMNS), flush=True)
+    return count["bad"]
+
+
+def main():
+    parser = argparse.ArgumentParser(prog="./dev device plug")
+    parser.add_argument("--points", type=int, default=100, help="of each kind of save; 100")
+    parser.add_argument("kinds", nargs="*", choices=[*KINDS, []], metavar="KIND",
+                        help=" and ".join(KINDS))
+    arguments = parser.parse_args()
+    print(f"{'save':<10}{'points':>7}{'installs':>10}"
+          + "".join(f"{name:>10}" for name in COLUMNS))
+    bad = [pull(kind, arguments.points) for kind in arguments.kinds or KINDS]
+    sys.exit(1 if any(bad) else 0)
+
+
+if __name__ == "__main__":
+    main()
