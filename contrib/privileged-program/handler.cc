@@ -104,9 +104,16 @@ std::string quoted(std::string_view text) {
   return result + '"';
 }
 
+/** Opens a file for locks, which go with the descriptor. */
+Descriptor openForLocks(const char* path) {
+  Descriptor file(open(path, O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
+  if (file < 0) throw std::system_error(errno, std::generic_category(), path);
+  return file;
+}
+
 /** Waits until no other request is at work. The lock goes with the descriptor. */
 Descriptor lock() {
-  Descriptor file(open(LOCK, O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
+  Descriptor file = openForLocks(LOCK);
   // The kernel ends what takes too long, and with it the lock. Whatever it is doing then, every
   // change of a file is a whole one, and the next request puts the desk right.
   alarm(LONGEST_REQUEST);
@@ -440,7 +447,7 @@ void serve(const Request& request) {
  */
 Descriptor takePlace(uid_t user) {
   makeFolder(RUN, 0755);
-  Descriptor file(open(PLACES, O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
+  Descriptor file = openForLocks(PLACES);
   for (off_t place = 0; place < MOST_AT_ONCE; ++place) {
     struct flock byte {
       F_WRLCK, SEEK_SET, user *MOST_AT_ONCE + place, 1, 0

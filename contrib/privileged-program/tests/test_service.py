@@ -196,6 +196,12 @@ class Peers(ByService):
         wait_until(lambda: locks_of("places") == 0, "the places to be free")
         self.request("unlock")
 
+    def test_places_that_cannot_be_had_are_told(self):
+        path = os.path.join(RUN, "places")
+        os.remove(path)
+        os.mkdir(path)
+        self.refused("unlock", because=path + ": Is a directory")
+
     def test_request_goes_on_when_its_client_is_gone(self):
         self.request("unlock")
         self.save_static()
