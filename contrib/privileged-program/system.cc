@@ -208,7 +208,7 @@ std::optional<Caller> callerOf(int connection) {
   socklen_t length = sizeof(peer);
   if (getsockopt(connection, SOL_SOCKET, SO_PEERCRED, &peer, &length) != 0) return std::nullopt;
   if (peer.uid == static_cast<uid_t>(-1)) return std::nullopt;
-  // Another process has the number of one that is gone, but it began after us.
+  // Another process may have the number of one that is gone: at worst he called when we began.
   return Caller{peer.uid, std::min(process(peer.pid).start, process(getpid()).start)};
 }
 
