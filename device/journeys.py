@@ -6,7 +6,7 @@ One machine takes all of them, in their order; what one leaves is where the next
 """
 import shlex
 
-from .window import DESK
+from .window import WORKING_COPY
 
 INSTALLED = "/var/lib/zor-network/connections"
 # Address, mask and its bits, gateway, name server: on two networks of the other end.
@@ -95,10 +95,10 @@ class Journeys:
         self.machine.at_rest(shown, "the message to close")
         self.window.wait(but_not=self.window.leave("Exit Without Saving"))
         assert self.installed("ethernet") == before
-        desk = self.machine.run(f"cat {DESK}/ethernet.nmconnection")
-        assert desk == before, desk
+        after = self.machine.run(f"cat {WORKING_COPY}/ethernet.nmconnection")
+        assert after == before, after
         self.has_address(SECOND[0], SECOND[2], SECOND[3])
-        return "old keyfile on the desk and in use"
+        return "old keyfile in the working copy and in use"
 
     def fill_access_point(self, channel, ssid):
         for name, text in (("SSID", ssid), ("Password", PASSWORD),
@@ -111,7 +111,7 @@ class Journeys:
         """An access point: a second radio joins with its password, and not with another one."""
         machine, window = self.machine, self.window
         window.touch("Wifi")
-        if "mode=ap\n" not in machine.attempt(f"cat {DESK}/wlan0.nmconnection")[1]:
+        if "mode=ap\n" not in machine.attempt(f"cat {WORKING_COPY}/wlan0.nmconnection")[1]:
             window.touch("Access Point")
         self.fill_access_point(channel, ssid)
         machine.keep(f"access-point-{channel or 'Auto'}")
@@ -211,7 +211,8 @@ class Journeys:
     def stopped(self):
         """Stopped by systemd, the keyfiles are locked; started, they are unlocked again."""
         self.machine.run("systemctl stop zor-network-manager")
-        self.machine.wait_for(f"[ $(stat -c %U {DESK}) = root ]", "the desk to be locked")
+        self.machine.wait_for(f"[ $(stat -c %U {WORKING_COPY}) = root ]",
+                              "the working copy to be locked")
         self.machine.run("systemctl start zor-network-manager")
         self.window.wait()
         return "locked, then unlocked"

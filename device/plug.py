@@ -19,14 +19,14 @@ from tests.support.limit import wait_until
 
 from .journeys import FIRST, INSTALLED, Journeys
 from .machine import LIMIT, RUN, Machine, clear, new_disk
-from .window import DESK, Window
+from .window import WORKING_COPY, Window
 
 STATE = os.path.join(RUN, "state")
 READY = os.path.join(RUN, "disk.qcow2")
 POINT = os.path.join(RUN, "point")
 # Each kind of save: the keyfile that it replaces, or makes.
 KINDS = {"ethernet": "ethernet.nmconnection", "wifi": "wlan0.nmconnection"}
-# What is counted: keyfiles as before, as saved, and neither; desks that were still the user's.
+# What is counted: keyfiles as before, as saved, and neither; folders that were still the user's.
 COLUMNS = ("old", "new", "unlocked", "bad")
 
 
@@ -86,7 +86,7 @@ def as_file(disk):
 
 
 def left_on(disk):
-    """Keyfiles by their path, as a start would find them, and the user that the desk belongs to."""
+    """Keyfiles by their path, as a start would find them, and whose the working copy is."""
     with as_file(disk) as plain:
         done = subprocess.run(["e2fsck", "-p", plain], capture_output=True, text=True, check=False)
         assert done.returncode in (0, 1), done.stdout
@@ -96,12 +96,12 @@ def left_on(disk):
                                   check=True).stdout
 
         found = {}
-        for folder in DESK, INSTALLED:
+        for folder in WORKING_COPY, INSTALLED:
             for line in ask(f"ls -p {folder}").decode().splitlines():
                 name = line.split("/")[5] if line else ""
                 if name not in ("", ".", ".."):
                     found[f"{folder}/{name}"] = ask(f"cat {folder}/{name}")
-        owner = ask(f"stat {DESK}").decode().split("User:")[1].split()[0]
+        owner = ask(f"stat {WORKING_COPY}").decode().split("User:")[1].split()[0]
         return found, int(owner)
 
 

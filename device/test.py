@@ -9,7 +9,7 @@ import traceback
 
 from .journeys import INSTALLED, Journeys
 from .machine import RUN, WORK, Machine, clear
-from .window import DESK, Window
+from .window import WORKING_COPY, Window
 
 # Each is one row of the table; None: the machine is shut down and started again.
 LONG = ("boot", "static", "dynamic", "static_again", "refused", "access_point", "channels",
@@ -35,7 +35,7 @@ class Table:
 def describe(machine):
     """What to look at after a failure, beside the picture."""
     for command in ("systemctl status --no-pager kiosk zor-network-manager NetworkManager",
-                    f"ls -la {DESK} {INSTALLED}",
+                    f"ls -la {WORKING_COPY} {INSTALLED}",
                     "ip address; iw dev; nmcli device", "journalctl -b --no-pager | tail -n 300"):
         yield f"## {command}\n{machine.attempt(command)[1]}\n"
 

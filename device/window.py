@@ -5,7 +5,7 @@ from tests.support.limit import wait_until
 
 from .machine import LIMIT
 
-DESK = "/etc/NetworkManager/system-connections"
+WORKING_COPY = "/etc/NetworkManager/system-connections"
 
 # Where things are, from the left and upper edge of the window, or up from its lower edge.
 PLACES = {
@@ -54,7 +54,7 @@ class Window:
         # A window that is gone leaves the user an unlocked folder until its rollback is done.
         self.machine.wait_for(
             f"[ $(systemctl show -P MainPID zor-network-manager) != {but_not} ] && "
-            f"[ $(stat -c %U {DESK}) = zor ]", "a new window, unlocked")
+            f"[ $(stat -c %U {WORKING_COPY}) = zor ]", "a new window, unlocked")
         return self.machine.at_rest()
 
     def _see(self, condition, what):

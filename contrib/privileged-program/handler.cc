@@ -30,21 +30,22 @@ namespace {
 
 // What the window edits. It belongs to the user from "unlock" to "rollback", and it is never more
 // than a copy: NetworkManager reads the installed files.
-constexpr const char* DESK = "/etc/NetworkManager/system-connections";
-// Each new desk is a new folder. What a user has done to the old one stays with that, and so does
-// the time that it takes to remove it.
-constexpr const char* DESKS = "/etc/NetworkManager";
-constexpr const char* DESK_NAME = "system-connections";
-constexpr const char* NEXT_DESK_NAME = "system-connections.new";
-constexpr const char* OLD_DESKS = "/etc/NetworkManager/system-connections.old";
-// Its group is the one whose members may read the desk also while it is locked.
+constexpr const char* WORKING_COPY = "/etc/NetworkManager/system-connections";
+// Each new working copy is a new folder. What a user has done to the old one stays with that, and
+// so does the time that it takes to remove it.
+constexpr const char* PARENT = "/etc/NetworkManager";
+constexpr const char* COPY_NAME = "system-connections";
+constexpr const char* NEXT_COPY_NAME = "system-connections.new";
+constexpr const char* OLD_COPIES = "/etc/NetworkManager/system-connections.old";
+// Its group is the one whose members may read the working copy also while it is locked.
 constexpr const char* STATE = "/var/lib/zor-network";
 constexpr const char* INSTALLED = "/var/lib/zor-network/connections";
 constexpr const char* RUN = "/run/zor-network";
-// What was on the desk when it was locked: a "rollback" may overtake the "finalize" that it
+// What was in the working copy when it was locked: a "rollback" may overtake the "finalize" that it
 // follows. It is there from the first "rollback" after an "unlock" to the next "unlock".
 constexpr const char* SET_ASIDE = "/run/zor-network/set-aside";  // a folder for each user
-// A session lasts from the end of an "unlock" to the call of the "rollback" that locked the desk.
+// A session lasts from the end of an "unlock" to the call of the "rollback" that locked the working
+// copy.
 constexpr const char* UNLOCKED_AT = "unlocked-at";  // in RUN
 constexpr const char* LOCKED_AT = "locked-at";      // with what was set aside
 constexpr const char* LOCK = "/run/zor-network/lock";
@@ -115,7 +116,7 @@ Descriptor openForLocks(const char* path) {
 Descriptor lock() {
   Descriptor file = openForLocks(LOCK);
   // The kernel ends what takes too long, and with it the lock. Whatever it is doing then, every
-  // change of a file is a whole one, and the next request puts the desk right.
+  // change of a file is a whole one, and the next request puts the working copy right.
   alarm(LONGEST_REQUEST);
   if (flock(file, LOCK_EX | LOCK_NB) != 0) {
     note("waiting for another request");
@@ -126,23 +127,23 @@ Descriptor lock() {
 }
 
 /**
- * Makes the desk a fresh copy of the installed files: the user's, or locked if that is root.
+ * Makes the working copy anew from the installed files: the user's, or locked if that is root.
  * Returns why no new folder could take its place, if so: the old one is emptied and filled then.
  */
-std::string layOutDesk(uid_t user) {
+std::string makeWorkingCopy(uid_t user) {
   const gid_t readers = groupOf(openTrustedFolder(STATE));
   if (readers == ROOT_GROUP) throw Refusal(std::string(STATE) + " needs a group of its own");
   const Descriptor installed = openTrustedFolder(INSTALLED);
-  const Descriptor desk = openFolder(DESK);
+  const Descriptor workingCopy = openFolder(WORKING_COPY);
   std::map<std::string, std::string> contents;
   for (const Connection& connection : CONNECTIONS) {
     if (const auto content = take(installed, connection.file, ROOT))
       contents[connection.file] = *content;
   }
-  // What a desk of another group holds was never moved to where NetworkManager looks.
-  if (contents.empty() && ownerOf(desk) == ROOT && groupOf(desk) != readers &&
-      !std::filesystem::is_empty(DESK))
-    throw Refusal(std::string("nothing is installed, and there are files in ") + DESK);
+  // What a working copy of another group holds was never moved to where NetworkManager looks.
+  if (contents.empty() && ownerOf(workingCopy) == ROOT && groupOf(workingCopy) != readers &&
+      !std::filesystem::is_empty(WORKING_COPY))
+    throw Refusal(std::string("nothing is installed, and there are files in ") + WORKING_COPY);
 
   const auto fill = [&](int folder) {
     for (const auto& [name, content] : contents) {
@@ -152,31 +153,31 @@ std::string layOutDesk(uid_t user) {
     const mode_t mode = user == ROOT ? 0750 : 0700;
     give(folder, {user, readers, mode});
   };
-  give(desk, {ROOT, readers, 0750});  // locked, whatever comes
-  const Descriptor desks = openTrustedFolder(DESKS);
-  makeFolder(OLD_DESKS, 0700);
-  const Descriptor old = openTrustedFolder(OLD_DESKS);
+  give(workingCopy, {ROOT, readers, 0750});  // locked, whatever comes
+  const Descriptor parent = openTrustedFolder(PARENT);
+  makeFolder(OLD_COPIES, 0700);
+  const Descriptor old = openTrustedFolder(OLD_COPIES);
   try {
-    moveAside(desks, NEXT_DESK_NAME, old);  // a leftover of a kill, perhaps once a user's
-    fill(makeNewFolder(desks, NEXT_DESK_NAME));
+    moveAside(parent, NEXT_COPY_NAME, old);  // a leftover of a kill, perhaps once a user's
+    fill(makeNewFolder(parent, NEXT_COPY_NAME));
     // At once: the window may be looking for its files already.
-    exchange(desks, NEXT_DESK_NAME, DESK_NAME);
-    moveAside(desks, NEXT_DESK_NAME, old);
+    exchange(parent, NEXT_COPY_NAME, COPY_NAME);
+    moveAside(parent, NEXT_COPY_NAME, old);
     return {};
   } catch (const std::system_error& error) {
     // Mount points, and folders of an image below another layer, cannot be renamed. Or the user has
     // taken all the room: what he leaves behind gives it back.
-    moveAside(desks, NEXT_DESK_NAME, old);
+    moveAside(parent, NEXT_COPY_NAME, old);
     clear(old);
-    clear(desk);
-    fill(desk);
+    clear(workingCopy);
+    fill(workingCopy);
     return error.what();
   }
 }
 
-/** Removes old desks, for which no other request has to wait. What is left is the next one's. */
-void removeOldDesks() try {
-  clear(openTrustedFolder(OLD_DESKS));
+/** Removes old working copies, while no other request waits. What is left is the next one's. */
+void removeOldCopies() try {
+  clear(openTrustedFolder(OLD_COPIES));
 } catch (const std::exception&) {  // there is none, or another request is at it
 }
 
@@ -193,10 +194,10 @@ long timeOf(int folder, const char* name) {
   return std::strtol(take(folder, name, ROOT).value_or("").c_str(), nullptr, 10);
 }
 
-/** Keeps the files of an open desk, as the same user's and by the same rules. */
+/** Keeps the files of an open working copy, as the same user's and by the same rules. */
 void setAside(const Request& request) {
-  const Descriptor desk = openFolder(DESK);
-  const uid_t user = ownerOf(desk);
+  const Descriptor workingCopy = openFolder(WORKING_COPY);
+  const uid_t user = ownerOf(workingCopy);
   if (user == ROOT) return;  // locked already; what is set aside stays
   makeFolder(SET_ASIDE, 0700);
   makeFolder(setAsideOf(user), 0700);
@@ -204,7 +205,7 @@ void setAside(const Request& request) {
   drop(folder, LOCKED_AT, Lasting::NO);
   for (const Connection& connection : CONNECTIONS) {
     drop(folder, connection.file, Lasting::NO);
-    if (const auto content = take(desk, connection.file, user))
+    if (const auto content = take(workingCopy, connection.file, user))
       put(folder, connection.file, *content, {user, ROOT, 0600}, Lasting::NO);
   }
   // Last: half of what was there would say that the user has removed the other half.
@@ -272,7 +273,7 @@ void publishRecord(uid_t user, const Settings& settings) try {
 
 void unlock(const Request& request) {
   const Descriptor locked = lock();
-  layOutDesk(request.user);
+  makeWorkingCopy(request.user);
   forgetSetAside();
   noteTime(openTrustedFolder(RUN), UNLOCKED_AT, now());
   note("unlocked for user " + std::to_string(request.user));
@@ -282,33 +283,34 @@ void rollback(const Request& request) {
   const Descriptor locked = lock();
   try {
     setAside(request);
-  } catch (const std::exception& error) {  // the desk is locked all the same
+  } catch (const std::exception& error) {  // the working copy is locked all the same
     complain(std::string("not set aside: ") + error.what());
   }
-  const std::string obstacle = layOutDesk(ROOT);
+  const std::string obstacle = makeWorkingCopy(ROOT);
   // For those who install it, and read the log of a start.
   if (request.user == ROOT && !obstacle.empty())
-    complain(std::string("no new folder can take the place of ") + DESK + ": " + obstacle);
+    complain(std::string("no new folder can take the place of ") + WORKING_COPY + ": " + obstacle);
   note("locked");
 }
 
 /**
- * The folder with the files of the user's session: the desk, or where a rollback has put them. What
- * was asked for before or after the session saw a locked desk: its file is not what was saved.
+ * The folder with the files of the user's session: the working copy, or where a rollback has put
+ * them. What was asked for before or after the session saw a locked working copy: its file is not
+ * what was saved.
  */
 Descriptor openSession(const Request& request) {
-  Descriptor desk = openFolder(DESK);
-  const uid_t owner = ownerOf(desk);
-  if (owner != request.user && owner != ROOT) throw Refusal("the desk is another user's");
+  Descriptor workingCopy = openFolder(WORKING_COPY);
+  const uid_t owner = ownerOf(workingCopy);
+  if (owner != request.user && owner != ROOT) throw Refusal("the working copy is another user's");
   if (request.calledAt < timeOf(openTrustedFolder(RUN), UNLOCKED_AT))
-    throw Refusal("it was asked for before the desk was unlocked");
-  if (owner == request.user) return desk;
+    throw Refusal("it was asked for before the working copy was unlocked");
+  if (owner == request.user) return workingCopy;
   const std::string path = setAsideOf(request.user);
   if (access((path + "/" + LOCKED_AT).c_str(), F_OK) != 0)
     throw Refusal("nothing was unlocked before");
   Descriptor folder = openTrustedFolder(path);
   if (request.calledAt > timeOf(folder, LOCKED_AT))
-    throw Refusal("it was asked for after the desk was locked");
+    throw Refusal("it was asked for after the working copy was locked");
   return folder;
 }
 
@@ -359,11 +361,11 @@ std::string replace(const Connection& connection, const std::optional<std::strin
   }
 }
 
-/** Has a locked desk be a copy of the installed files again. */
-void renewLockedDesk() try {
-  if (ownerOf(openFolder(DESK)) == ROOT) layOutDesk(ROOT);
+/** Has a locked working copy be a copy of the installed files again. */
+void renewLockedCopy() try {
+  if (ownerOf(openFolder(WORKING_COPY)) == ROOT) makeWorkingCopy(ROOT);
 } catch (const std::exception& error) {  // the next unlock makes another one
-  complain(std::string("the desk is not a copy of what is installed: ") + error.what());
+  complain(std::string("the working copy is not a copy of what is installed: ") + error.what());
 }
 
 /** Takes a connection's file over. Returns the UUID to activate; empty after a removal. */
@@ -376,7 +378,7 @@ std::string takeOver(const Request& request, const Connection& connection) {
     if (connection.type != WIFI.type || !request.id.empty()) throw Refusal("there is no file");
     replace(connection, std::nullopt, before);
     note(std::string("removed ") + connection.file);
-    renewLockedDesk();
+    renewLockedCopy();
     return {};
   }
   const Settings settings = check(connection, *content, before);
@@ -387,7 +389,7 @@ std::string takeOver(const Request& request, const Connection& connection) {
   std::string uuid = replace(connection, content, before);
   note(std::string("installed ") + connection.file + ", id " + quoted(request.id));
   if (connection.type == ETHERNET.type) publishRecord(request.user, settings);
-  renewLockedDesk();
+  renewLockedCopy();
   return uuid;
 }
 
@@ -481,7 +483,7 @@ ExitStatus answer(const Words& words, const Caller& caller) {
     status = NOT_DONE;
   }
   alarm(LONGEST_REQUEST);
-  removeOldDesks();
+  removeOldCopies();
   return status;
 }
 

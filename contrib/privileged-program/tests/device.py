@@ -16,15 +16,15 @@ EXAMPLE = os.path.dirname(HERE)
 HANDLER = "/usr/libexec/zor-network-permissions-handler"
 CLIENT = "/opt/zor-network-permissions-handler"  # what the window finds on PATH
 SOCKET = "/run/zor-network.socket"
-DESK = "/etc/NetworkManager/system-connections"
-OLD_DESKS = DESK + ".old"
+WORKING_COPY = "/etc/NetworkManager/system-connections"
+OLD_COPIES = WORKING_COPY + ".old"
 STATE = "/var/lib/zor-network"
 INSTALLED = STATE + "/connections"
 RUN = "/run/zor-network"
 SET_ASIDE = RUN + "/set-aside"
 ETHERNET, WIFI = "ethernet.nmconnection", "wlan0.nmconnection"
 USER = 65534
-READERS = 12345  # the group that may read a locked desk, and ask the service
+READERS = 12345  # the group that may read a locked working copy, and ask the service
 
 
 def write(content, *path, owner=0, mode=0o600):

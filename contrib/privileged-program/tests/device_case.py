@@ -18,7 +18,8 @@ from tests.support import isolation, tap
 from tests.support.files import SOURCES, UPDATE_RECORD, expected, read
 
 from . import device
-from .device import DESK, ETHERNET, HANDLER, HERE, INSTALLED, READERS, RUN, USER, WIFI, write
+from .device import (ETHERNET, HANDLER, HERE, INSTALLED, READERS, RUN, USER, WIFI, WORKING_COPY,
+                     write)
 
 PUBLISHED = RUN + "/ethernet-settings"
 NOTES = "/run/nmcli"
@@ -79,12 +80,12 @@ def is_waited_for():
 
 
 class DeviceCase(unittest.TestCase):
-    """Each test begins with two installed files, a locked desk, and nothing in /run."""
+    """Each test begins with two installed files, a locked working copy, and nothing in /run."""
 
     maxDiff = None
 
     def setUp(self):
-        for folder in DESK, INSTALLED, NOTES, STRANGER:
+        for folder in WORKING_COPY, INSTALLED, NOTES, STRANGER:
             empty(folder)
         shutil.rmtree(RUN, ignore_errors=True)
         with contextlib.suppress(FileNotFoundError):
@@ -94,7 +95,7 @@ class DeviceCase(unittest.TestCase):
         write(b"[connection]\nid=vpn\n", NEIGHBOUR)
         write(b"secret of root\n", STRANGER, "root")
         write(b"secret of another\n", STRANGER, "another", owner=USER - 1)
-        os.chown(DESK, 0, 0)  # else there would be something to set aside
+        os.chown(WORKING_COPY, 0, 0)  # else there would be something to set aside
         self.request("rollback")
         self.strangers = self.look_at_strangers()
 
@@ -155,12 +156,12 @@ class DeviceCase(unittest.TestCase):
 
     # What the user does.
 
-    def put_on_desk(self, content, name):
-        write(content, DESK, name, owner=USER)
+    def put_into_copy(self, content, name):
+        write(content, WORKING_COPY, name, owner=USER)
 
     def save_static(self):
         """What the window leaves behind when a static address is saved."""
-        self.put_on_desk(STATIC, ETHERNET)
+        self.put_into_copy(STATIC, ETHERNET)
         write(STATIC_RECORD, UPDATE_RECORD, owner=USER)
 
     # What has to be.
@@ -184,15 +185,15 @@ class DeviceCase(unittest.TestCase):
             os._exit(1)
         self.assertEqual(os.waitpid(child, 0)[1], 0)
 
-    def assert_desk(self, locked, **contents):
-        """The desk holds these files and nothing else."""
+    def assert_copy(self, locked, **contents):
+        """The working copy holds these files and nothing else."""
         expected = {ETHERNET: contents.get("ethernet"), WIFI: contents.get("wifi")}
-        self.assertEqual({name: read(DESK, name) for name in os.listdir(DESK)},
+        self.assertEqual({name: read(WORKING_COPY, name) for name in os.listdir(WORKING_COPY)},
                          {name: content for name, content in expected.items() if content})
         owner = 0 if locked else USER
-        self.assertEqual(access_of(DESK), (owner, READERS, "0o750" if locked else "0o700"))
-        for name in os.listdir(DESK):
-            self.assertEqual(access_of(DESK, name),
+        self.assertEqual(access_of(WORKING_COPY), (owner, READERS, "0o750" if locked else "0o700"))
+        for name in os.listdir(WORKING_COPY):
+            self.assertEqual(access_of(WORKING_COPY, name),
                              (owner, READERS, "0o640" if locked else "0o600"))
 
 

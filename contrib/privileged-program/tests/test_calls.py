@@ -18,7 +18,7 @@ from tests.support.files import UPDATE_RECORD, expected, read
 from tests.support.limit import wait_until
 
 from . import device, device_case
-from .device import DESK, EXAMPLE, ETHERNET, HANDLER, READERS, RUN, USER, WIFI, write
+from .device import ETHERNET, EXAMPLE, HANDLER, READERS, RUN, USER, WIFI, WORKING_COPY, write
 from .device_case import (ACCESS_POINT, CLIENT, DYNAMIC, DeviceCase, NOTES, PUBLISHED,
                           STATIC, STATIC_RECORD)
 
@@ -34,7 +34,7 @@ class Calls(DeviceCase):
                 status, errors = self.ask(*arguments)
                 self.assertEqual(status, 2)
                 self.assertIn("usage: unlock | ", errors)
-        self.assertEqual(read(DESK, ETHERNET), STATIC)
+        self.assertEqual(read(WORKING_COPY, ETHERNET), STATIC)
         self.assert_installed(DYNAMIC, CLIENT)
 
     def test_longest_texts_are_those_that_the_window_reads_whole(self):
@@ -43,11 +43,11 @@ class Calls(DeviceCase):
         for length in range(97, 103):
             text = length * "x"
             self.request("unlock")
-            self.put_on_desk(expected("client", psk=text), WIFI)
+            self.put_into_copy(expected("client", psk=text), WIFI)
             window = subprocess.run(
-                [self.write_keyfile, "read", os.path.join(DESK, WIFI), "wifi-security", "psk"],
+                [self.write_keyfile, "read", f"{WORKING_COPY}/{WIFI}", "wifi-security", "psk"],
                 capture_output=True, text=True, check=True,
-                env={"ZOR_NETWORKMANAGER_DEBUG_PATH": DESK})
+                env={"ZOR_NETWORKMANAGER_DEBUG_PATH": WORKING_COPY})
             as_value, _ = self.ask("finalize_wifi", "ZOR")
             as_id, _ = self.ask("finalize_wifi", text)
             taken.append((window.stdout.endswith(f"\n{text}\n"), as_value == 0, as_id != 2))
@@ -58,7 +58,7 @@ class Calls(DeviceCase):
         for user in (None, 0, "", "-1", "4294967295", "4294967296", "65534x", " 65534", "root"):
             with self.subTest(user):
                 self.refused("unlock", user=user, because="no user has asked")
-                self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
+                self.assert_copy(True, ethernet=DYNAMIC, wifi=CLIENT)
         self.request("rollback", user=None)  # as at the start of the system
         self.refused("rollback", because="only root", wrapper=(
             "setpriv", "--reuid", str(USER), "--regid", str(USER), "--clear-groups"))
@@ -69,7 +69,7 @@ class Calls(DeviceCase):
             self.refused(*words, because="nothing was unlocked")
         self.request("unlock")
         self.save_static()
-        os.remove(os.path.join(DESK, WIFI))
+        os.remove(os.path.join(WORKING_COPY, WIFI))
         self.refused("finalize_ethernet", "ethernet", **another, because="another user")
         sudo = self.call_sudo()
         self.request("rollback")
@@ -145,16 +145,16 @@ class Calls(DeviceCase):
             for number in (signal.SIGHUP, signal.SIGINT, signal.SIGTERM, signal.SIGTSTP):
                 process.send_signal(number)
         self.assertEqual(self.finish(process), (0, ""))
-        self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
+        self.assert_copy(True, ethernet=DYNAMIC, wifi=CLIENT)
 
     def test_log_tells_what_was_done_and_no_secret(self):
         with socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM) as log:
             log.bind("/dev/log")
             self.addCleanup(os.remove, "/dev/log")
             self.request("unlock")
-            self.put_on_desk(ACCESS_POINT, WIFI)
+            self.put_into_copy(ACCESS_POINT, WIFI)
             self.request("finalize_wifi", 'Hotspot"\n\x1b[2J\u00e9')
-            self.put_on_desk(ACCESS_POINT + b"psk=correct horse_1\n", WIFI)
+            self.put_into_copy(ACCESS_POINT + b"psk=correct horse_1\n", WIFI)
             self.refused("finalize_wifi", "Hotspot")
             self.request("rollback")
             log.setblocking(False)
@@ -226,7 +226,7 @@ class Sudo(DeviceCase):
             self.be_member(member)
             done = self.finish(self.run_as_user(self.wrapper, "unlock"))
             self.assertEqual(done[0], status, done)
-        self.assert_desk(False, ethernet=DYNAMIC, wifi=CLIENT)
+        self.assert_copy(False, ethernet=DYNAMIC, wifi=CLIENT)
 
     def test_request_begins_with_the_process_that_became_sudo(self):
         process = self.run_as_user("sh", "-c", f"read -r go; exec {self.wrapper} finalize_wifi ZOR")
@@ -234,7 +234,7 @@ class Sudo(DeviceCase):
         self.request("unlock")
         status, errors = self.finish(process)  # which lets it go
         self.assertEqual(status, 1)
-        self.assertIn("before the desk was unlocked", errors)
+        self.assertIn("before the working copy was unlocked", errors)
         self.assertEqual(self.finish(self.run_as_user(self.wrapper, "finalize_wifi", "ZOR")),
                          (0, ""))
 

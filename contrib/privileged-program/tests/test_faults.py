@@ -15,8 +15,8 @@ from tests.support.files import read
 from tests.support.limit import SAMPLE, wait_until
 
 from . import device, device_case
-from .device import (DESK, ETHERNET, HANDLER, INSTALLED, READERS, RUN, SOCKET, STATE, USER, WIFI,
-                     as_user, write)
+from .device import (ETHERNET, HANDLER, INSTALLED, READERS, RUN, SOCKET, STATE, USER, WIFI,
+                     WORKING_COPY, as_user, write)
 from .device_case import (CLIENT, DYNAMIC, DeviceCase, NEIGHBOUR, NOTES, PUBLISHED, STATIC,
                           STRANGER, nmcli_calls)
 
@@ -80,7 +80,7 @@ class FaultCase(DeviceCase):
 
     def check_access(self):
         """Nobody can read a file that is not for him."""
-        for top in (os.path.dirname(DESK), STATE, RUN):
+        for top in (os.path.dirname(WORKING_COPY), STATE, RUN):
             for folder, _, files in os.walk(top):
                 for path in (os.path.join(folder, name) for name in files):
                     status = os.lstat(path)
@@ -98,7 +98,7 @@ class FaultCase(DeviceCase):
         self.assertLessEqual(set(os.listdir(INSTALLED)),
                              {ETHERNET, ETHERNET + "~", WIFI, os.path.basename(NEIGHBOUR)})
         self.request(action)
-        self.assert_desk(action == "rollback", ethernet=ethernet, wifi=wifi)
+        self.assert_copy(action == "rollback", ethernet=ethernet, wifi=wifi)
 
     def examine(self, request, prepare, check, states=(OLD,), overtaken=()):
         """Lets each call of a request fail once, and the request be killed there once."""
@@ -138,7 +138,7 @@ class FaultCase(DeviceCase):
                     self.check_next(next(actions), states)
 
     def check_locked(self):
-        self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
+        self.assert_copy(True, ethernet=DYNAMIC, wifi=CLIENT)
 
     def check_activated(self):
         self.assert_installed(STATIC, CLIENT)
@@ -149,14 +149,14 @@ class Faults(FaultCase):
 
     def test_unlock(self):
         self.examine(("unlock",), self.save_static,
-                     lambda: self.assert_desk(False, ethernet=DYNAMIC, wifi=CLIENT))
+                     lambda: self.assert_copy(False, ethernet=DYNAMIC, wifi=CLIENT))
 
     def test_rollback(self):
         self.examine(("rollback",), self.save_static, self.check_locked)
 
     def test_rollback_of_a_mount_point(self):
-        subprocess.run(["mount", "-t", "tmpfs", "tmpfs", DESK], check=True)
-        self.addCleanup(device.uncover, DESK)
+        subprocess.run(["mount", "-t", "tmpfs", "tmpfs", WORKING_COPY], check=True)
+        self.addCleanup(device.uncover, WORKING_COPY)
         self.examine(("rollback",), self.save_static, self.check_locked)
 
     def test_rollback_of_nothing(self):
@@ -164,9 +164,9 @@ class Faults(FaultCase):
             for name in (ETHERNET, WIFI):
                 os.remove(os.path.join(INSTALLED, name))
             self.request("unlock")
-            write(b"", DESK, "other", owner=USER)
+            write(b"", WORKING_COPY, "other", owner=USER)
 
-        self.examine(("rollback",), prepare, lambda: self.assert_desk(True), [(None, None)])
+        self.examine(("rollback",), prepare, lambda: self.assert_copy(True), [(None, None)])
 
     def test_finalize(self):
         self.examine(("finalize_ethernet", "x"), self.save_static, self.check_activated,
@@ -182,7 +182,7 @@ class Faults(FaultCase):
                      lambda: self.fail("it was not refused"), (OLD, NEW))
 
     def test_removal(self):
-        self.examine(("finalize_wifi",), lambda: os.remove(f"{DESK}/{WIFI}"),
+        self.examine(("finalize_wifi",), lambda: os.remove(f"{WORKING_COPY}/{WIFI}"),
                      lambda: self.assert_installed(DYNAMIC, None), (OLD, (DYNAMIC, None)))
 
     def test_installed_file_is_flushed_before_and_after_it_gets_its_name(self):
@@ -216,7 +216,7 @@ class FaultsOfTheService(FaultCase):
 
     def test_unlock(self):
         self.examine(("unlock",), self.save_static,
-                     lambda: self.assert_desk(False, ethernet=DYNAMIC, wifi=CLIENT))
+                     lambda: self.assert_copy(False, ethernet=DYNAMIC, wifi=CLIENT))
 
     def test_finalize_after_a_rollback(self):
         self.examine(("finalize_ethernet", "x"), self.save_static, self.check_activated,

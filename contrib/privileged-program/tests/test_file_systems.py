@@ -10,15 +10,15 @@ import subprocess
 from tests.support.files import read
 
 from . import device, device_case
-from .device import DESK, ETHERNET, INSTALLED, OLD_DESKS, READERS, USER, WIFI, write
+from .device import ETHERNET, INSTALLED, OLD_COPIES, READERS, USER, WIFI, WORKING_COPY, write
 from .device_case import CLIENT, DYNAMIC, DeviceCase, STATIC, STRANGER, access_of, nmcli_calls
 
-DESKS = os.path.dirname(DESK)
+PARENT = os.path.dirname(WORKING_COPY)
 
 
 def remount(options):
-    """Changes the file system of the desk, which is in memory."""
-    subprocess.run(["mount", "-o", "remount," + options, DESKS], check=True)
+    """Changes the file system of the working copy, which is in memory."""
+    subprocess.run(["mount", "-o", "remount," + options, PARENT], check=True)
 
 
 @contextlib.contextmanager
@@ -48,64 +48,64 @@ def fill_with_names(folder):
 
 
 class Full(DeviceCase):
-    """The file system of the desk has no room left."""
+    """The file system of the working copy has no room left."""
 
     def setUp(self):
         remount("size=1m,nr_inodes=1000")
         super().setUp()
 
     def assert_nothing_left(self):
-        self.assertEqual(os.listdir(OLD_DESKS), [])
-        self.assertLessEqual(set(os.listdir(DESKS)),
-                             {os.path.basename(name) for name in (DESK, OLD_DESKS)}
+        self.assertEqual(os.listdir(OLD_COPIES), [])
+        self.assertLessEqual(set(os.listdir(PARENT)),
+                             {os.path.basename(name) for name in (WORKING_COPY, OLD_COPIES)}
                              | {"canary", "filler"})
 
     def fill_from_elsewhere(self):
-        folder = DESKS + "/filler"
+        folder = PARENT + "/filler"
         os.mkdir(folder)
         self.addCleanup(os.rmdir, folder)
         fill_with_bytes(folder)
         self.addCleanup(os.remove, folder + "/large")
 
-    def test_desk_that_its_user_has_filled_locks_nobody_out(self):
+    def test_working_copy_that_its_user_has_filled_locks_nobody_out(self):
         for fill in (fill_with_bytes, fill_with_names):
             with self.subTest(fill.__name__):
                 self.request("unlock")
-                fill(DESK)
+                fill(WORKING_COPY)
                 self.request("rollback")
-                self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
+                self.assert_copy(True, ethernet=DYNAMIC, wifi=CLIENT)
                 self.assert_nothing_left()
                 self.request("unlock", user=USER - 1)
-                fill(DESK)
+                fill(WORKING_COPY)
                 self.request("unlock")
-                self.assert_desk(False, ethernet=DYNAMIC, wifi=CLIENT)
-                fill(DESK)
+                self.assert_copy(False, ethernet=DYNAMIC, wifi=CLIENT)
+                fill(WORKING_COPY)
                 self.assertEqual(self.ask("rollback", user=None)[0], 0)  # as at the start
-                self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
+                self.assert_copy(True, ethernet=DYNAMIC, wifi=CLIENT)
                 self.assert_nothing_left()
 
     def test_room_of_files_that_are_held_open_is_had_when_their_process_ends(self):
         self.request("unlock")
         for name in (ETHERNET, WIFI):
-            os.remove(os.path.join(DESK, name))
-        fill_with_bytes(DESK)
-        with open(f"{DESK}/large", "rb"):
+            os.remove(os.path.join(WORKING_COPY, name))
+        fill_with_bytes(WORKING_COPY)
+        with open(f"{WORKING_COPY}/large", "rb"):
             for action in ("rollback", "unlock"):
                 self.refused(action, because="No space left")
-                self.assertEqual(access_of(DESK), (0, READERS, "0o750"))
+                self.assertEqual(access_of(WORKING_COPY), (0, READERS, "0o750"))
         self.request("unlock")
-        self.assert_desk(False, ethernet=DYNAMIC, wifi=CLIENT)
+        self.assert_copy(False, ethernet=DYNAMIC, wifi=CLIENT)
         self.assert_nothing_left()
 
-    def test_desk_needs_no_more_room_than_it_had(self):
+    def test_working_copy_needs_no_more_room_than_it_had(self):
         self.fill_from_elsewhere()
         self.request("unlock")
-        self.assert_desk(False, ethernet=DYNAMIC, wifi=CLIENT)
+        self.assert_copy(False, ethernet=DYNAMIC, wifi=CLIENT)
         self.request("rollback")
-        self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
+        self.assert_copy(True, ethernet=DYNAMIC, wifi=CLIENT)
         self.assert_nothing_left()
 
-    def test_file_is_taken_over_whatever_room_the_desk_has(self):
+    def test_file_is_taken_over_whatever_room_the_working_copy_has(self):
         self.request("unlock")
         self.save_static()
         sudo = self.call_sudo()
@@ -117,18 +117,18 @@ class Full(DeviceCase):
 
     def test_failure_leaves_nothing_behind(self):
         for name in (ETHERNET, WIFI):
-            os.remove(os.path.join(DESK, name))
+            os.remove(os.path.join(WORKING_COPY, name))
         self.fill_from_elsewhere()
         for action in ("unlock", "unlock", "rollback"):
             self.refused(action, because="No space left")
             self.assert_nothing_left()
         self.doCleanups()
         self.request("unlock")
-        self.assert_desk(False, ethernet=DYNAMIC, wifi=CLIENT)
+        self.assert_copy(False, ethernet=DYNAMIC, wifi=CLIENT)
 
 
 class ReadOnly(DeviceCase):
-    """Nothing can be changed on the file system of the desk."""
+    """Nothing can be changed on the file system of the working copy."""
 
     def test_copy_that_fails_is_a_complaint_only(self):
         self.request("unlock")
@@ -138,14 +138,14 @@ class ReadOnly(DeviceCase):
         remount("ro")
         self.addCleanup(remount, "rw")
         status, errors = self.ask("finalize_ethernet", "ethernet", sudo=sudo)
-        self.assertIn("the desk is not a copy", errors)
+        self.assertIn("the working copy is not a copy", errors)
         self.assertEqual(status, 0)
         self.assert_installed(STATIC, CLIENT)
         self.assertIn("connection up", nmcli_calls()[-1])
-        self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
+        self.assert_copy(True, ethernet=DYNAMIC, wifi=CLIENT)
         remount("rw")
         self.request("rollback")
-        self.assert_desk(True, ethernet=STATIC, wifi=CLIENT)
+        self.assert_copy(True, ethernet=STATIC, wifi=CLIENT)
 
 
 class InPlace(DeviceCase):
@@ -170,31 +170,31 @@ class InPlace(DeviceCase):
         shutil.rmtree(image, ignore_errors=True)
         for folder in ("upper", "work"):
             os.makedirs(os.path.join(image, folder))
-        shutil.copytree(DESKS, os.path.join(image, "lower"))
-        self.mount(DESKS, "-t", "overlay", "overlay", "-o",
+        shutil.copytree(PARENT, os.path.join(image, "lower"))
+        self.mount(PARENT, "-t", "overlay", "overlay", "-o",
                    f"lowerdir={image}/lower,upperdir={image}/upper,workdir={image}/work")
 
     def as_a_mount_point(self):
-        self.mount(DESK, "-t", "tmpfs", "tmpfs")
+        self.mount(WORKING_COPY, "-t", "tmpfs", "tmpfs")
 
     def assert_nothing_left(self):
-        self.assertEqual(os.listdir(OLD_DESKS), [])
-        self.assertEqual(sorted(os.listdir(DESKS)), sorted(
-            os.path.basename(name) for name in (DESK, OLD_DESKS, STRANGER)))
+        self.assertEqual(os.listdir(OLD_COPIES), [])
+        self.assertEqual(sorted(os.listdir(PARENT)), sorted(
+            os.path.basename(name) for name in (WORKING_COPY, OLD_COPIES, STRANGER)))
 
     def test_requests_do_what_they_do_elsewhere(self):
         def check():
             self.request("rollback")
-            self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
+            self.assert_copy(True, ethernet=DYNAMIC, wifi=CLIENT)
             self.request("unlock")
-            self.assert_desk(False, ethernet=DYNAMIC, wifi=CLIENT)
+            self.assert_copy(False, ethernet=DYNAMIC, wifi=CLIENT)
             self.save_static()
             sudo = self.call_sudo()
             self.request("rollback")
-            self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
+            self.assert_copy(True, ethernet=DYNAMIC, wifi=CLIENT)
             self.request("finalize_ethernet", "ethernet", sudo=sudo)
             self.assert_installed(STATIC, CLIENT)
-            self.assert_desk(True, ethernet=STATIC, wifi=CLIENT)
+            self.assert_copy(True, ethernet=STATIC, wifi=CLIENT)
             self.assert_nothing_left()
 
         self.on_each(check)
@@ -203,13 +203,13 @@ class InPlace(DeviceCase):
         def check():
             self.request("unlock")
             for name in (ETHERNET, WIFI):
-                os.remove(f"{DESK}/{name}")
-                os.makedirs(f"{DESK}/{name}~/" + 300 * "d/")
-            os.mkdir(f"{DESK}/{WIFI}")
-            os.symlink(STRANGER + "/root", f"{DESK}/{ETHERNET}")
-            os.symlink(STRANGER, f"{DESK}/link")
+                os.remove(f"{WORKING_COPY}/{name}")
+                os.makedirs(f"{WORKING_COPY}/{name}~/" + 300 * "d/")
+            os.mkdir(f"{WORKING_COPY}/{WIFI}")
+            os.symlink(STRANGER + "/root", f"{WORKING_COPY}/{ETHERNET}")
+            os.symlink(STRANGER, f"{WORKING_COPY}/link")
             self.ask("rollback")
-            self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
+            self.assert_copy(True, ethernet=DYNAMIC, wifi=CLIENT)
             self.assert_nothing_left()
 
         self.on_each(check)
@@ -217,13 +217,13 @@ class InPlace(DeviceCase):
     def test_folder_that_is_held_open_is_of_no_use(self):
         def check():
             self.request("unlock")
-            held = os.open(DESK, os.O_RDONLY)
+            held = os.open(WORKING_COPY, os.O_RDONLY)
             try:
                 self.request("rollback")
                 self.assert_user_cannot_remove(ETHERNET, held)
             finally:
                 os.close(held)
-            self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
+            self.assert_copy(True, ethernet=DYNAMIC, wifi=CLIENT)
 
         self.on_each(check)
 
@@ -231,7 +231,7 @@ class InPlace(DeviceCase):
         def check():
             status, errors = self.ask("rollback", user=None)
             self.assertEqual(status, 0)
-            self.assertIn("no new folder can take the place of " + DESK, errors)
+            self.assertIn("no new folder can take the place of " + WORKING_COPY, errors)
             self.request("rollback")
 
         self.request("rollback", user=None)

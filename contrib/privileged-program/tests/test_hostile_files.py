@@ -14,7 +14,7 @@ from tests.support.files import read
 from tests.support.limit import wait_until
 
 from . import device_case
-from .device import DESK, ETHERNET, INSTALLED, OLD_DESKS, STATE, USER, WIFI, write
+from .device import ETHERNET, INSTALLED, OLD_COPIES, STATE, USER, WIFI, WORKING_COPY, write
 from .device_case import (ACCESS_POINT, CLIENT, DYNAMIC, DeviceCase, NOTES, STATIC, STRANGER,
                           access_of, empty, nmcli_calls)
 
@@ -34,7 +34,7 @@ while True:
 class HostileFiles(DeviceCase):
 
     def assert_refused(self, *words, because):
-        """The file on the desk is refused, and so when a rollback comes first."""
+        """The file in the working copy is refused, and so when a rollback comes first."""
         with self.subTest("finalize first"):
             self.refused(*words, because=because)
         with self.subTest("rollback first"):
@@ -42,17 +42,17 @@ class HostileFiles(DeviceCase):
             self.ask("rollback")
             self.refused(*words, sudo=sudo)
         self.assert_installed(DYNAMIC, CLIENT)
-        self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
+        self.assert_copy(True, ethernet=DYNAMIC, wifi=CLIENT)
         self.assertNotIn("connection reload", nmcli_calls())
 
     def test_what_is_no_plain_file_of_the_users_is_refused(self):
-        path = f"{DESK}/{ETHERNET}"
+        path = f"{WORKING_COPY}/{ETHERNET}"
 
         def link():
             os.symlink(write(STATIC, "/tmp/mine", owner=USER), path)
 
         def second_name():
-            os.link(write(STATIC, DESK, "mine", owner=USER), path)
+            os.link(write(STATIC, WORKING_COPY, "mine", owner=USER), path)
 
         def folder():
             os.makedirs(path + "/deep/deeper")
@@ -120,7 +120,7 @@ class HostileFiles(DeviceCase):
             with self.subTest(name):
                 self.assertNotIn(content, (STATIC, DYNAMIC))
                 self.request("unlock")
-                self.put_on_desk(content, ETHERNET)
+                self.put_into_copy(content, ETHERNET)
                 empty(NOTES)
                 self.assert_refused("finalize_ethernet", "ethernet", because=ETHERNET + ": ")
                 # For all else the list is enough.
@@ -150,14 +150,14 @@ class HostileFiles(DeviceCase):
             with self.subTest(name):
                 self.assertNotEqual(content, ACCESS_POINT)
                 self.request("unlock")
-                self.put_on_desk(content, WIFI)
+                self.put_into_copy(content, WIFI)
                 self.assert_refused("finalize_wifi", "Hotspot", because=WIFI + ": ")
 
     def test_backslashes_that_end_no_line_are_taken(self):
         for typed in (b"\\\\n", b"a\\\\\\\\r", b"\\s\\tx", b"x\\"):
             content = ACCESS_POINT.replace(b"Halvorik AP", typed)
             self.request("unlock")
-            self.put_on_desk(content, WIFI)
+            self.put_into_copy(content, WIFI)
             status, errors = self.ask("finalize_wifi", "Hotspot")
             if typed == b"x\\" and "NetworkManager cannot read it" in errors:
                 continue  # a newer one refuses a backslash that nothing follows
@@ -168,7 +168,7 @@ class HostileFiles(DeviceCase):
         write(DYNAMIC.replace(b"type=", uuid + b"type="), INSTALLED, ETHERNET)
         with_uuid = STATIC.replace(b"type=", uuid + b"type=")
         self.request("unlock")
-        self.put_on_desk(with_uuid, ETHERNET)
+        self.put_into_copy(with_uuid, ETHERNET)
         self.ask("finalize_ethernet", "ethernet")
         self.assert_installed(with_uuid, CLIENT)
 
@@ -176,69 +176,69 @@ class HostileFiles(DeviceCase):
         self.request("unlock")
         self.save_static()
         sudo = self.call_sudo()
-        with open(f"{DESK}/{ETHERNET}", "r+b") as held:  # what a process of the user's keeps open
+        with open(f"{WORKING_COPY}/{ETHERNET}", "r+b") as held:  # by a process of the user's
             self.request("rollback")
             held.write(b"[vpn]\n")
             held.flush()
             self.request("finalize_ethernet", "ethernet", sudo=sudo)
         self.assert_installed(STATIC, CLIENT)
-        self.assert_desk(True, ethernet=STATIC, wifi=CLIENT)
+        self.assert_copy(True, ethernet=STATIC, wifi=CLIENT)
 
     def test_folder_that_is_held_open_is_of_no_use(self):
         self.request("unlock")
-        held = os.open(DESK, os.O_RDONLY)
+        held = os.open(WORKING_COPY, os.O_RDONLY)
         self.addCleanup(os.close, held)
         self.request("rollback")
         self.assert_user_cannot_remove(ETHERNET, held)
 
-    def test_leftovers_of_every_kind_are_removed_from_the_desk(self):
+    def test_leftovers_of_every_kind_are_removed_from_the_working_copy(self):
         for user_again in ("unlock", "rollback"):
             with self.subTest(user_again):
                 self.request("unlock")
                 for name in (ETHERNET, WIFI):
-                    os.remove(f"{DESK}/{name}")
-                os.symlink(STRANGER + "/root", f"{DESK}/{ETHERNET}")
-                os.symlink(STRANGER + "/root", f"{DESK}/{ETHERNET}~")
-                os.symlink(STRANGER, f"{DESK}/link")
-                os.makedirs(f"{DESK}/{WIFI}~/a/b")
-                os.symlink(STRANGER, f"{DESK}/{WIFI}~/a/link")
-                os.mkfifo(f"{DESK}/{WIFI}")
-                os.link(STRANGER + "/another", f"{DESK}/.hidden")
+                    os.remove(f"{WORKING_COPY}/{name}")
+                os.symlink(STRANGER + "/root", f"{WORKING_COPY}/{ETHERNET}")
+                os.symlink(STRANGER + "/root", f"{WORKING_COPY}/{ETHERNET}~")
+                os.symlink(STRANGER, f"{WORKING_COPY}/link")
+                os.makedirs(f"{WORKING_COPY}/{WIFI}~/a/b")
+                os.symlink(STRANGER, f"{WORKING_COPY}/{WIFI}~/a/link")
+                os.mkfifo(f"{WORKING_COPY}/{WIFI}")
+                os.link(STRANGER + "/another", f"{WORKING_COPY}/.hidden")
                 self.ask(user_again)
-                self.assert_desk(user_again == "rollback", ethernet=DYNAMIC, wifi=CLIENT)
+                self.assert_copy(user_again == "rollback", ethernet=DYNAMIC, wifi=CLIENT)
 
-    def test_folders_of_any_depth_are_removed_from_the_desk(self):
+    def test_folders_of_any_depth_are_removed_from_the_working_copy(self):
         self.request("unlock")
-        os.remove(f"{DESK}/{ETHERNET}")
+        os.remove(f"{WORKING_COPY}/{ETHERNET}")
         for folder in (ETHERNET, "moved.2", "other"):
-            os.makedirs(f"{DESK}/{folder}/" + 900 * "d/")
-            write(b"", DESK, folder, "moved.1", owner=USER)
+            os.makedirs(f"{WORKING_COPY}/{folder}/" + 900 * "d/")
+            write(b"", WORKING_COPY, folder, "moved.1", owner=USER)
         self.assertEqual(self.ask("rollback")[0], 0)
-        self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
+        self.assert_copy(True, ethernet=DYNAMIC, wifi=CLIENT)
 
-    def test_each_desk_is_a_new_folder(self):
-        seen = [os.stat(DESK).st_ino]
-        held = [os.open(DESK, os.O_RDONLY)]  # else a number could be given out again
+    def test_each_working_copy_is_a_new_folder(self):
+        seen = [os.stat(WORKING_COPY).st_ino]
+        held = [os.open(WORKING_COPY, os.O_RDONLY)]  # else a number could be given out again
         self.addCleanup(lambda: [os.close(folder) for folder in held])
         for action in ("unlock", "unlock", "rollback"):
             self.request(action)
-            self.assertNotIn(os.stat(DESK).st_ino, seen)
-            seen.append(os.stat(DESK).st_ino)
-            held.append(os.open(DESK, os.O_RDONLY))
-        self.assertEqual(os.listdir(OLD_DESKS), [])
-        self.assertEqual(access_of(OLD_DESKS), (0, 0, "0o700"))
+            self.assertNotIn(os.stat(WORKING_COPY).st_ino, seen)
+            seen.append(os.stat(WORKING_COPY).st_ino)
+            held.append(os.open(WORKING_COPY, os.O_RDONLY))
+        self.assertEqual(os.listdir(OLD_COPIES), [])
+        self.assertEqual(access_of(OLD_COPIES), (0, 0, "0o700"))
 
     def test_process_that_goes_on_making_folders_holds_nobody_up(self):
         self.request("unlock")
-        os.mkdir(os.path.join(DESK, "folder"))
-        os.chown(os.path.join(DESK, "folder"), USER, USER)
-        busy = subprocess.Popen([sys.executable, "-c", MAKE_FOLDERS, os.path.join(DESK, "folder")],
+        os.mkdir(os.path.join(WORKING_COPY, "folder"))
+        os.chown(os.path.join(WORKING_COPY, "folder"), USER, USER)
+        busy = subprocess.Popen([sys.executable, "-c", MAKE_FOLDERS, WORKING_COPY + "/folder"],
                                 user=USER, group=USER, extra_groups=[])
         self.addCleanup(busy.wait)
         self.addCleanup(busy.kill)
-        wait_until(lambda: os.path.exists(os.path.join(DESK, "folder", "19")), "the first folders")
+        wait_until(lambda: os.path.exists(WORKING_COPY + "/folder/19"), "the first folders")
         self.request("rollback")
-        self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
+        self.assert_copy(True, ethernet=DYNAMIC, wifi=CLIENT)
         self.request("unlock", user=USER - 1)
         self.assertIsNone(busy.poll())
 
@@ -262,57 +262,57 @@ class HostileFiles(DeviceCase):
 
     def test_standard_error_that_is_blocked_holds_nobody_up(self):
         self.request("unlock")
-        os.link(os.path.join(DESK, WIFI), os.path.join(DESK, "link"))  # not to be set aside
+        os.link(f"{WORKING_COPY}/{WIFI}", WORKING_COPY + "/link")  # not to be set aside
         self.assert_done_while_standard_error_is_blocked(
-            ("rollback",), lambda: os.stat(DESK).st_uid == 0)
+            ("rollback",), lambda: os.stat(WORKING_COPY).st_uid == 0)
         self.request("unlock")
-        self.put_on_desk(STATIC, ETHERNET)  # without a record
+        self.put_into_copy(STATIC, ETHERNET)  # without a record
         self.assert_done_while_standard_error_is_blocked(
             ("finalize_ethernet", "x"), lambda: any("connection up" in call for call in nmcli_calls()))
 
     def test_names_for_what_is_moved_may_be_taken(self):
         self.request("unlock")
-        write(b"", DESK, "moved.1")
-        os.makedirs(f"{DESK}/folder/folder")  # listed before the older file
+        write(b"", WORKING_COPY, "moved.1")
+        os.makedirs(f"{WORKING_COPY}/folder/folder")  # listed before the older file
         self.request("rollback")
-        self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
+        self.assert_copy(True, ethernet=DYNAMIC, wifi=CLIENT)
 
     def test_access_lists_are_taken_away(self):
         user_may_write = struct.pack("<I" + 5 * "HHI", 2, 1, 7, 0xffffffff, 2, 7, USER,
                                      4, 5, 0xffffffff, 16, 7, 0xffffffff, 32, 5, 0xffffffff)
         self.request("unlock")
         for name in ("system.posix_acl_access", "system.posix_acl_default"):
-            os.setxattr(DESK, name, user_may_write)
+            os.setxattr(WORKING_COPY, name, user_may_write)
         self.request("rollback")
-        for path in (DESK, f"{DESK}/{ETHERNET}"):
+        for path in (WORKING_COPY, f"{WORKING_COPY}/{ETHERNET}"):
             self.assertEqual(os.listxattr(path), [])
-        self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
+        self.assert_copy(True, ethernet=DYNAMIC, wifi=CLIENT)
 
-    def test_desk_must_be_a_folder(self):
-        moved = DESK + ".moved"
-        os.rename(DESK, moved)
-        self.addCleanup(os.rename, moved, DESK)
-        os.symlink(STRANGER, DESK)
-        self.addCleanup(os.remove, DESK)
+    def test_working_copy_must_be_a_folder(self):
+        moved = WORKING_COPY + ".moved"
+        os.rename(WORKING_COPY, moved)
+        self.addCleanup(os.rename, moved, WORKING_COPY)
+        os.symlink(STRANGER, WORKING_COPY)
+        self.addCleanup(os.remove, WORKING_COPY)
         for action in ("unlock", "rollback", "finalize_ethernet"):
             self.refused(action, because="Not a directory")
 
     def test_files_that_were_never_installed_stay(self):
         for name in (ETHERNET, WIFI):
             os.remove(os.path.join(INSTALLED, name))
-        write(DYNAMIC, DESK, ETHERNET)
-        write(CLIENT, DESK, "office.nmconnection")
-        os.chown(DESK, 0, 0)  # as it was before the first request of all
+        write(DYNAMIC, WORKING_COPY, ETHERNET)
+        write(CLIENT, WORKING_COPY, "office.nmconnection")
+        os.chown(WORKING_COPY, 0, 0)  # as it was before the first request of all
         for action in ("unlock", "rollback"):
             self.refused(action, because="nothing is installed")
-        self.assertIn("office.nmconnection", os.listdir(DESK))
+        self.assertIn("office.nmconnection", os.listdir(WORKING_COPY))
         os.rename(INSTALLED, INSTALLED + ".moved")
         self.refused("rollback", because="No such file")
         os.rename(INSTALLED + ".moved", INSTALLED)
 
     def test_what_cannot_be_set_aside_is_not_taken_for_removed(self):
         self.request("unlock")
-        os.link(os.path.join(DESK, WIFI), os.path.join(DESK, "link"))
+        os.link(f"{WORKING_COPY}/{WIFI}", WORKING_COPY + "/link")
         sudo = self.call_sudo()
         self.ask("rollback")
         self.refused("finalize_wifi", sudo=sudo, because="nothing was unlocked")

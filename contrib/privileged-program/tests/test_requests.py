@@ -9,7 +9,7 @@ from tests.support.files import UPDATE_RECORD, expected, read
 from tests.support.limit import wait_until
 
 from . import device_case
-from .device import DESK, ETHERNET, INSTALLED, RUN, SET_ASIDE, USER, WIFI, write
+from .device import ETHERNET, INSTALLED, RUN, SET_ASIDE, USER, WIFI, WORKING_COPY, write
 from .device_case import (ACCESS_POINT, CLIENT, DYNAMIC, DYNAMIC_RECORD, DeviceCase, NOTES,
                           PUBLISHED, STATIC, STATIC_RECORD, access_of, is_waited_for,
                           nmcli_calls)
@@ -19,22 +19,22 @@ class Requests(DeviceCase):
 
     def test_unlock_gives_a_copy_and_rollback_takes_it_back(self):
         self.request("unlock")
-        self.assert_desk(False, ethernet=DYNAMIC, wifi=CLIENT)
-        self.put_on_desk(b"half a fi", ETHERNET)
-        self.put_on_desk(b"", WIFI)
+        self.assert_copy(False, ethernet=DYNAMIC, wifi=CLIENT)
+        self.put_into_copy(b"half a fi", ETHERNET)
+        self.put_into_copy(b"", WIFI)
         self.request("rollback")
-        self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
+        self.assert_copy(True, ethernet=DYNAMIC, wifi=CLIENT)
         self.request("rollback")
-        self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
+        self.assert_copy(True, ethernet=DYNAMIC, wifi=CLIENT)
         self.assert_installed(DYNAMIC, CLIENT)
         self.assertEqual(nmcli_calls(), [], "the running network was touched")
 
     def test_unlock_puts_right_what_a_killed_window_has_left(self):
         self.request("unlock")
-        os.rename(f"{DESK}/{ETHERNET}", f"{DESK}/ethernet.nmconnectio~")
-        self.put_on_desk(b"[connection]\ntype=ethernet\n", "a")
+        os.rename(f"{WORKING_COPY}/{ETHERNET}", f"{WORKING_COPY}/ethernet.nmconnectio~")
+        self.put_into_copy(b"[connection]\ntype=ethernet\n", "a")
         self.request("unlock")
-        self.assert_desk(False, ethernet=DYNAMIC, wifi=CLIENT)
+        self.assert_copy(False, ethernet=DYNAMIC, wifi=CLIENT)
 
     def test_finalize_installs_and_activates(self):
         self.request("unlock")
@@ -48,19 +48,19 @@ class Requests(DeviceCase):
         self.assertEqual(read(PUBLISHED), STATIC_RECORD)
         self.assertEqual(access_of(PUBLISHED), (0, 0, "0o644"))
         self.request("rollback")
-        self.assert_desk(True, ethernet=STATIC, wifi=CLIENT)
+        self.assert_copy(True, ethernet=STATIC, wifi=CLIENT)
 
     def test_rollback_that_comes_first_takes_nothing_away(self):
         self.request("unlock")
         self.save_static()
-        self.put_on_desk(b"another page, left half done", WIFI)
+        self.put_into_copy(b"another page, left half done", WIFI)
         sudo = self.call_sudo()
         self.request("rollback")
-        self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
+        self.assert_copy(True, ethernet=DYNAMIC, wifi=CLIENT)
         self.request("rollback")
         self.request("finalize_ethernet", "ethernet", sudo=sudo)
         self.assert_installed(STATIC, CLIENT)
-        self.assert_desk(True, ethernet=STATIC, wifi=CLIENT)
+        self.assert_copy(True, ethernet=STATIC, wifi=CLIENT)
         self.assertEqual(access_of(SET_ASIDE), (0, 0, "0o700"))
         self.request("unlock")
         self.assertEqual(os.listdir(SET_ASIDE), [], "an old save could be taken for a new one")
@@ -70,7 +70,7 @@ class Requests(DeviceCase):
         ethernet, wifi = self.call_sudo(), self.call_sudo()
         self.request("unlock")
         for words in (("finalize_ethernet", "ethernet", ethernet), ("finalize_wifi", "ZOR", wifi)):
-            self.refused(*words[:2], sudo=words[2], because="before the desk was unlocked")
+            self.refused(*words[:2], sudo=words[2], because="before the working copy was unlocked")
         self.assertEqual(nmcli_calls(), [])
         self.save_static()
         self.request("finalize_ethernet", "ethernet")
@@ -79,14 +79,15 @@ class Requests(DeviceCase):
     def test_what_was_asked_for_after_its_session_is_refused(self):
         self.request("unlock")
         self.save_static()
-        self.put_on_desk(ACCESS_POINT, WIFI)
+        self.put_into_copy(ACCESS_POINT, WIFI)
         self.request("rollback")  # left without saving
         time.sleep(0.03)
         for words in (("finalize_ethernet", "ethernet"), ("finalize_wifi", "Hotspot")):
-            self.refused(*words, because="after the desk was locked")
+            self.refused(*words, because="after the working copy was locked")
         # Nor by a window whose unlock is still waiting.
         unlock, finalize = self.call_sudo(), self.call_sudo()
-        self.refused("finalize_wifi", "Hotspot", sudo=finalize, because="after the desk was locked")
+        self.refused("finalize_wifi", "Hotspot", sudo=finalize,
+                     because="after the working copy was locked")
         self.request("unlock", sudo=unlock)
         self.assertEqual(nmcli_calls(), [])
         self.assert_installed(DYNAMIC, CLIENT)
@@ -95,15 +96,15 @@ class Requests(DeviceCase):
         for count in range(10):
             ethernet, wifi = ((STATIC, ACCESS_POINT), (DYNAMIC, CLIENT))[count % 2]
             self.request("unlock")
-            self.put_on_desk(ethernet, ETHERNET)
-            self.put_on_desk(wifi, WIFI)
+            self.put_into_copy(ethernet, ETHERNET)
+            self.put_into_copy(wifi, WIFI)
             write(DYNAMIC_RECORD if count % 2 else STATIC_RECORD, UPDATE_RECORD, owner=USER)
             requests = [self.start(*words) for words in (
                 ("finalize_ethernet", "x"), ("finalize_wifi", "y"), ("rollback",), ("rollback",))]
             for process in requests:
                 self.assertEqual(self.finish(process), (0, ""))
             self.assert_installed(ethernet, wifi)
-            self.assert_desk(True, ethernet=ethernet, wifi=wifi)
+            self.assert_copy(True, ethernet=ethernet, wifi=wifi)
 
     def test_request_waits_for_the_one_before(self):
         self.request("unlock")
@@ -111,19 +112,19 @@ class Requests(DeviceCase):
             fcntl.flock(lock, fcntl.LOCK_EX)
             process = self.start("rollback")
             wait_until(is_waited_for, "the request to wait")
-            self.assert_desk(False, ethernet=DYNAMIC, wifi=CLIENT)
+            self.assert_copy(False, ethernet=DYNAMIC, wifi=CLIENT)
         self.assertEqual(self.finish(process), (0, ""))
-        self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
+        self.assert_copy(True, ethernet=DYNAMIC, wifi=CLIENT)
 
     def test_all_that_the_window_writes_is_taken(self):
         for kind in ("ethernet-default", "ethernet-dynamic-address-left", "ethernet-static"):
             self.request("unlock")
-            self.put_on_desk(expected(kind), ETHERNET)
+            self.put_into_copy(expected(kind), ETHERNET)
             self.ask("finalize_ethernet", "x")
             self.assert_installed(expected(kind), CLIENT)
         for kind in ("access-point", "client", "wifi-default"):
             self.request("unlock")
-            self.put_on_desk(expected(kind), WIFI)
+            self.put_into_copy(expected(kind), WIFI)
             self.request("finalize_wifi", "x")
             self.assertEqual(read(INSTALLED, WIFI), expected(kind))
 
@@ -131,7 +132,7 @@ class Requests(DeviceCase):
         for rollback_first in (False, True):
             self.setUp()
             self.request("unlock")
-            os.remove(f"{DESK}/{WIFI}")
+            os.remove(f"{WORKING_COPY}/{WIFI}")
             first, second, third = (self.call_sudo() for _ in range(3))
             if rollback_first:
                 self.request("rollback")
@@ -142,24 +143,24 @@ class Requests(DeviceCase):
             self.assertEqual(nmcli_calls()[0], "connection reload")
             self.request("finalize_wifi", sudo=third)
             self.request("rollback")
-            self.assert_desk(True, ethernet=DYNAMIC, wifi=None)
+            self.assert_copy(True, ethernet=DYNAMIC, wifi=None)
 
     def test_last_connection_can_be_removed_too(self):
         os.remove(os.path.join(INSTALLED, ETHERNET))
         self.request("unlock")
-        os.remove(os.path.join(DESK, WIFI))
+        os.remove(os.path.join(WORKING_COPY, WIFI))
         sudo = self.call_sudo()
         self.request("rollback")
         self.request("finalize_wifi", sudo=sudo)
         self.assert_installed(None, None)
         self.assertIn("connection reload", nmcli_calls())
-        self.assert_desk(True)
+        self.assert_copy(True)
         self.request("unlock")
-        self.assert_desk(False)
+        self.assert_copy(False)
 
     def test_ethernet_is_never_removed(self):
         self.request("unlock")
-        os.remove(f"{DESK}/{ETHERNET}")
+        os.remove(f"{WORKING_COPY}/{ETHERNET}")
         self.refused("finalize_ethernet", because="there is no file")
         self.assert_installed(DYNAMIC, CLIENT)
 
@@ -180,7 +181,7 @@ class Requests(DeviceCase):
                 self.assertEqual(nmcli_calls()[-1], "connection reload")
                 self.assertFalse(os.path.exists(PUBLISHED))
                 if rollback_first:
-                    self.assert_desk(True, ethernet=before, wifi=CLIENT)
+                    self.assert_copy(True, ethernet=before, wifi=CLIENT)
 
     def test_what_the_daemon_is_not_told_is_taken_back(self):
         for trouble, *requests in (("is-deaf", ("finalize_ethernet", "ethernet"), ("finalize_wifi",)),
@@ -189,13 +190,13 @@ class Requests(DeviceCase):
             write(b"", NOTES, trouble)
             self.request("unlock")
             self.save_static()
-            os.remove(f"{DESK}/{WIFI}")
+            os.remove(f"{WORKING_COPY}/{WIFI}")
             for words in requests:
                 self.refused(*words, because="the one before is back")
                 self.assert_installed(DYNAMIC, CLIENT)
                 self.assertEqual(nmcli_calls()[-1], "connection reload")
             self.request("rollback")
-            self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT)
+            self.assert_copy(True, ethernet=DYNAMIC, wifi=CLIENT)
 
     def test_file_stays_when_it_cannot_be_activated(self):
         write(b"", NOTES, "cannot-activate")
@@ -284,7 +285,7 @@ class Record(DeviceCase):
                           STATIC_RECORD.replace(b"FF FF FF 00", mask)))
         for content, record in saves:
             self.request("unlock")
-            self.put_on_desk(content, ETHERNET)
+            self.put_into_copy(content, ETHERNET)
             write(record, UPDATE_RECORD, owner=USER)
             self.request("finalize_ethernet", "ethernet")
             self.assertEqual(read(PUBLISHED), record)

@@ -14,8 +14,7 @@ from tests.support.files import read
 from tests.support.limit import wait_until
 
 from . import device, device_case, test_requests
-from .device import (CLIENT, DESK, HANDLER, READERS, RUN, SOCKET, USER, as_user,
-                     write)
+from .device import CLIENT, HANDLER, READERS, RUN, SOCKET, USER, WORKING_COPY, as_user, write
 from .device_case import (CLIENT as CLIENT_KEYFILE, DYNAMIC, DeviceCase, SLOW_SUDO, STATIC,
                           is_waited_for, locks_of)
 
@@ -66,7 +65,7 @@ class Client(ByService):
                 self.assertEqual(status, 2)
                 self.assertEqual(errors, "zor-network-permissions-handler: usage: unlock | "
                                          "rollback | finalize_ethernet [ID] | finalize_wifi [ID]\n")
-        self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT_KEYFILE)
+        self.assert_copy(True, ethernet=DYNAMIC, wifi=CLIENT_KEYFILE)
 
     def test_answer_is_printed_and_the_status_handed_on(self):
         self.assertEqual(self.ask("finalize_ethernet", "x"), (
@@ -83,7 +82,7 @@ class Client(ByService):
         done = subprocess.run(as_user(USER, CLIENT, "unlock", groups=()), **STREAMS, check=False)
         self.assertEqual((done.returncode, done.stderr), (
             1, f"zor-network-permissions-handler: {SOCKET}: Permission denied\n"))
-        self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT_KEYFILE)
+        self.assert_copy(True, ethernet=DYNAMIC, wifi=CLIENT_KEYFILE)
 
     def test_service_that_is_not_there_is_told(self):
         self.tearDownClass()
@@ -154,12 +153,12 @@ class Peers(ByService):
 
     def test_caller_is_who_has_connected(self):
         self.assertEqual(self.say(b"unlock\0"), b"0")
-        self.assert_desk(False, ethernet=DYNAMIC, wifi=CLIENT_KEYFILE)
+        self.assert_copy(False, ethernet=DYNAMIC, wifi=CLIENT_KEYFILE)
         self.save_static()
         self.refused("finalize_ethernet", "x", user=ANOTHER, because="another user's")
-        self.assertEqual(os.stat(DESK).st_uid, USER)
+        self.assertEqual(os.stat(WORKING_COPY).st_uid, USER)
         self.request("unlock", user=ANOTHER)
-        self.assertEqual(os.stat(DESK).st_uid, ANOTHER)
+        self.assertEqual(os.stat(WORKING_COPY).st_uid, ANOTHER)
         self.assertIn(b"no user has asked", self.say(b"unlock\0", user=0))
         self.assertEqual(self.say(b"rollback\0", user=0), b"0")
 
@@ -171,7 +170,7 @@ class Peers(ByService):
         for text in texts:
             with self.subTest(text=text[:30]):
                 self.assertEqual(self.say(text)[:1], b"2")
-        self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT_KEYFILE)
+        self.assert_copy(True, ethernet=DYNAMIC, wifi=CLIENT_KEYFILE)
 
     def test_every_byte_can_be_in_an_id(self):
         for byte in range(1, 256):
@@ -182,7 +181,7 @@ class Peers(ByService):
             half.sendall(b"rollback\0")  # and no end
             self.request("unlock")
             self.assertEqual((silent.recv(1), half.recv(1)), (b"", b""))
-        self.assert_desk(False, ethernet=DYNAMIC, wifi=CLIENT_KEYFILE)
+        self.assert_copy(False, ethernet=DYNAMIC, wifi=CLIENT_KEYFILE)
 
     def test_who_connects_often_keeps_nobody_else_out(self):
         with contextlib.ExitStack() as connections:
@@ -216,7 +215,7 @@ class Peers(ByService):
         self.assert_installed(STATIC, CLIENT_KEYFILE)
         with self.connected() as connection:
             connection.sendall(b"rollback\0")  # and gone before it is begun
-        wait_until(lambda: os.stat(DESK).st_uid == 0, "the desk to be locked")
+        wait_until(lambda: os.stat(WORKING_COPY).st_uid == 0, "the working copy to be locked")
 
     def test_connection_that_sudo_hands_down_is_not_asked(self):
         with socket.socket(socket.AF_UNIX) as listener:
@@ -231,7 +230,7 @@ class Peers(ByService):
                 done = subprocess.run([HANDLER], stdin=connection, env=self.environment(USER),
                                       **STREAMS, check=False)
         self.assertEqual(done.returncode, 2)
-        self.assert_desk(True, ethernet=DYNAMIC, wifi=CLIENT_KEYFILE)
+        self.assert_copy(True, ethernet=DYNAMIC, wifi=CLIENT_KEYFILE)
 
     def test_connection_of_another_machine_is_not_asked(self):
         with socket.create_server(("127.0.0.1", 0)) as listener:

@@ -18,7 +18,8 @@ from tests.support.limit import wait_until
 from tests.support.program import Program
 
 from . import device, network
-from .device import (CLIENT, DESK, ETHERNET, EXAMPLE, HANDLER, INSTALLED, READERS, RUN, USER, WIFI)
+from .device import (CLIENT, ETHERNET, EXAMPLE, HANDLER, INSTALLED, READERS, RUN, USER, WIFI,
+                     WORKING_COPY)
 
 BIN = os.path.dirname(CLIENT)
 LABELS = ("IP Address", "Subnet Mask", "Default Gateway", "DNS Server")
@@ -41,13 +42,13 @@ class Device(unittest.TestCase):
         environment = {"PATH": BIN + ":" + os.environ["PATH"], "G_DEBUG": "fatal-warnings"}
         command = ["setpriv", "--no-new-privs", os.path.join(BIN, "program")]
         with Program(self.desktop, command, environment) as program:
-            wait_until(lambda: os.stat(DESK).st_uid == USER, "the desk to be unlocked")
+            wait_until(lambda: os.stat(WORKING_COPY).st_uid == USER, "the files to be unlocked")
             for step in steps:
                 step(program)
             # The requests are over too: their streams are the program's.
             self.assertEqual(program.finish(), 0, program.errors)
-        self.assertEqual((os.stat(DESK).st_uid, os.stat(DESK).st_gid), (0, READERS))
-        self.assertEqual(sorted(os.listdir(DESK)), [ETHERNET, WIFI])
+        self.assertEqual((os.stat(WORKING_COPY).st_uid, os.stat(WORKING_COPY).st_gid), (0, READERS))
+        self.assertEqual(sorted(os.listdir(WORKING_COPY)), [ETHERNET, WIFI])
         return program
 
     def save(self, mode, *entries):
@@ -91,32 +92,32 @@ class Ethernet(Device):
 
     def test_leaving_without_saving_changes_nothing(self):
         self.save("Static IP", *SECOND)
-        before = read(DESK, ETHERNET)
+        before = read(WORKING_COPY, ETHERNET)
         self.use(lambda program: program.fill("IP Address", "10.1.1.1"),
                  lambda program: program.button("Exit Without Saving"))
-        self.assertEqual(read(DESK, ETHERNET), before)
+        self.assertEqual(read(WORKING_COPY, ETHERNET), before)
         self.assert_static(*SECOND)
 
     def test_refused_change_of_the_mode_is_undone(self):
         self.save("Dynamic IP")
-        before = read(DESK, ETHERNET)
+        before = read(WORKING_COPY, ETHERNET)
 
         def be_refused(program):
             program.pick("Static IP")
             program.fill("IP Address", "300.1.1.1")
             program.button("Save And Exit")
             wait_until(program.dialog, "the entries to be refused")
-            self.assertNotEqual(read(DESK, ETHERNET), before)  # the default file by now
+            self.assertNotEqual(read(WORKING_COPY, ETHERNET), before)  # the default file by now
             program.button("OK")
             wait_until(lambda: not program.dialog(), "the dialog to close")
 
         self.use(be_refused, lambda program: program.button("Exit Without Saving"))
-        self.assertEqual(read(DESK, ETHERNET), before)
+        self.assertEqual(read(WORKING_COPY, ETHERNET), before)
         self.assert_leased()
 
     def test_what_only_the_form_takes_leaves_all_as_it_was(self):
         self.save("Dynamic IP")
-        before = read(DESK, ETHERNET)
+        before = read(WORKING_COPY, ETHERNET)
 
         def choose(program):
             program.pick("Static IP")
@@ -126,7 +127,7 @@ class Ethernet(Device):
 
         program = self.use(choose)
         self.assertIn("ethernet.nmconnection: NetworkManager cannot read it", program.errors)
-        self.assertEqual(read(DESK, ETHERNET), before)
+        self.assertEqual(read(WORKING_COPY, ETHERNET), before)
         self.assert_leased()
 
 
@@ -149,7 +150,7 @@ def run_as_user(task):
 
 
 def run_tests():
-    """Runs the tests on a desktop of the user's."""
+    """Runs the tests in a desktop of the user's."""
     with Desktop() as Device.desktop:
         tap.main()
 
