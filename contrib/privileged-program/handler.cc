@@ -14,6 +14,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <exception>
 #include <filesystem>
 #include <map>
@@ -51,6 +52,9 @@ constexpr const char* LOCKED_AT = "locked-at";      // with what was set aside
 constexpr const char* LOCK = "/run/zor-network/lock";
 constexpr const char* PLACES = "/run/zor-network/places";  // a byte for each
 constexpr const char* RECORD = "ethernet-settings";        // in RUN
+// For everybody: how each request ended last, in a file of its name. The lock is not theirs.
+constexpr const char* ENDINGS = "/run/zor-network/outcome";
+constexpr const char* ENDINGS_LOCK = "/run/zor-network/outcome-lock";
 
 constexpr const char* NMCLI = "/usr/bin/nmcli";
 // Seconds. A DHCP server that does not answer is given up by NetworkManager after 45.
@@ -63,6 +67,8 @@ constexpr std::size_t LONGEST_ID = 99;     // the window cuts it there
 constexpr std::size_t LONGEST_CALL = 128;  // action, id and their ends
 constexpr unsigned LONGEST_SILENCE = 5;
 constexpr off_t MOST_AT_ONCE = 24;  // of a user's connections
+
+constexpr const char* SPEAKER = "zor-network-permissions-handler: ";
 
 constexpr uid_t ROOT = 0;
 constexpr gid_t ROOT_GROUP = 0;
@@ -79,14 +85,21 @@ struct Request : Caller {  // of ROOT, if no user asks
 void note(const std::string& text) { syslog(LOG_NOTICE, "%s", text.c_str()); }
 
 /** What standard error is to be told when all else is done: its reader can block us. */
-std::string& complaints() {
-  static std::string lines;
-  return lines;
+std::vector<std::string>& complaints() {
+  static std::vector<std::string> texts;
+  return texts;
 }
 
 void complain(const std::string& text) {
   syslog(LOG_ERR, "%s", text.c_str());
-  complaints() += "zor-network-permissions-handler: " + text + "\n";
+  complaints().push_back(text);
+}
+
+/** The complaints, each as a line that begins with something. */
+std::string complaintsAfter(std::string_view start) {
+  std::string lines;
+  for (const std::string& text : complaints()) lines.append(start).append(text) += '\n';
+  return lines;
 }
 
 /** A text of the user's that cannot be mistaken for anything else in a log. */
@@ -393,21 +406,34 @@ std::string takeOver(const Request& request, const Connection& connection) {
   return uuid;
 }
 
-void finalize(const Request& request, const Connection& connection) {
+/** The first address that an active connection has, with its prefix; empty if none is told. */
+std::string addressOf(const std::string& uuid) try {
+  const Outcome told =
+      run({NMCLI, "-g", "IP4.ADDRESS", "connection", "show", "uuid", uuid}, "", LONGEST_QUESTION);
+  return succeeded(told) ? told.output.substr(0, told.output.find_first_of(" \n")) : "";
+} catch (const std::exception&) {  // it is active all the same
+  return {};
+}
+
+/** Returns the address that is in use now; empty if none is known. */
+std::string finalize(const Request& request, const Connection& connection) {
   std::string uuid;
   try {
     uuid = takeOver(request, connection);
   } catch (const Refusal& refusal) {
     throw Refusal(std::string(connection.file) + ": " + refusal.what());
   }
-  if (uuid.empty()) return;
+  if (uuid.empty()) return {};
   // Other requests need not wait for this. If it fails the file stays: the cable may be out.
   alarm(0);
   const Outcome outcome =
       run({NMCLI, "--wait", LONGEST_ACTIVATION, "connection", "up", "uuid", uuid}, "",
           LONGEST_REQUEST + LONGEST_QUESTION);
-  if (!succeeded(outcome)) throw Refusal(std::string(connection.file) + " cannot be activated now");
+  // No refusal: the file is installed.
+  if (!succeeded(outcome))
+    throw std::runtime_error(std::string(connection.file) + " cannot be activated now");
   note(std::string("activated ") + connection.file);
+  return addressOf(uuid);
 }
 
 /** The user that sudo runs us for; ROOT if it is root itself, or not sudo. */
@@ -429,7 +455,8 @@ bool isWellFormed(const Words& words) {
   return false;
 }
 
-void serve(const Request& request) {
+/** Does what is asked for. Returns the address that is in use then; empty if none is known. */
+std::string serve(const Request& request) {
   if (geteuid() != ROOT || getuid() != ROOT) throw Refusal("only root can do this");
   if (request.user == ROOT && request.action != "rollback")
     throw Refusal("no user has asked for this");
@@ -439,8 +466,28 @@ void serve(const Request& request) {
   } else if (request.action == "rollback") {
     rollback(request);
   } else {
-    finalize(request, request.action == "finalize_ethernet" ? ETHERNET : WIFI);
+    return finalize(request, request.action == "finalize_ethernet" ? ETHERNET : WIFI);
   }
+  return {};
+}
+
+/** Tells everybody how a request has ended, since its window does not wait for that. */
+void publishEnding(std::string_view action, const char* result, const std::string& address) try {
+  if (geteuid() != ROOT) return;
+  std::array<char, sizeof("2026-11-22T08:30:00Z")> time{};
+  const std::time_t seconds = std::time(nullptr);
+  std::strftime(time.data(), time.size(), "%Y-%m-%dT%H:%M:%SZ", std::gmtime(&seconds));
+  const std::string text = "request=" + std::string(action) + "\ntime=" + time.data() +
+                           "\nresult=" + result + "\n" + complaintsAfter("why=") +
+                           (address.empty() ? "" : "address=" + address + "\n");
+  makeFolder(RUN, 0755);
+  makeFolder(ENDINGS, 0755);
+  // Not the lock of the requests: others may be at work when this one has ended.
+  const Descriptor file = openForLocks(ENDINGS_LOCK);
+  if (flock(file, LOCK_EX) != 0) throw Refusal("no lock can be had");
+  put(openTrustedFolder(ENDINGS), std::string(action), text, {ROOT, ROOT, 0644}, Lasting::NO);
+} catch (const std::exception& error) {  // it has ended as it has
+  complain(std::string("the outcome is not told: ") + error.what());
 }
 
 /**
@@ -476,13 +523,17 @@ ExitStatus answer(const Words& words, const Caller& caller) {
     return WRONG_CALL;
   }
   ExitStatus status = DONE;
+  const char* result = "done";
+  std::string address;
   try {
-    serve({caller, words[0], words.size() > 1 ? words[1] : ""});
+    address = serve({caller, words[0], words.size() > 1 ? words[1] : ""});
   } catch (const std::exception& error) {
     complain(words[0] + ": " + error.what());
+    result = dynamic_cast<const Refusal*>(&error) != nullptr ? "refused" : "failed";
     status = NOT_DONE;
   }
   alarm(LONGEST_REQUEST);
+  publishEnding(words[0], result, address);
   removeOldCopies();
   return status;
 }
@@ -509,10 +560,10 @@ int main(int argc, char** argv) {
     complain(error.what());
   }
   if (peer) {
-    const std::string text = std::to_string(status) + complaints();
+    const std::string text = std::to_string(status) + complaintsAfter(SPEAKER);
     (void)send(STDIN_FILENO, text.data(), text.size(), MSG_DONTWAIT);
   } else {
-    std::fputs(complaints().c_str(), stderr);
+    std::fputs(complaintsAfter(SPEAKER).c_str(), stderr);
   }
   return status;
 }

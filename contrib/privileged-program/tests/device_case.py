@@ -22,6 +22,7 @@ from .device import (ETHERNET, HANDLER, HERE, INSTALLED, READERS, RUN, USER, WIF
                      write)
 
 PUBLISHED = RUN + "/ethernet-settings"
+OUTCOMES = RUN + "/outcome"
 NOTES = "/run/nmcli"
 # What nobody has asked the program to touch: a neighbour of the installed files, and a stranger's.
 NEIGHBOUR = INSTALLED + "/office-vpn.nmconnection"
@@ -171,6 +172,10 @@ class DeviceCase(unittest.TestCase):
         self.assertEqual(read(INSTALLED, WIFI), wifi)
         for name in os.listdir(INSTALLED):
             self.assertEqual(access_of(INSTALLED, name), (0, 0, "0o600"))
+
+    def assert_activated(self):
+        """Something was."""
+        self.assertTrue([call for call in nmcli_calls() if "connection up" in call])
 
     def assert_user_cannot_remove(self, name, folder):
         """Nor by a folder that he had opened before."""

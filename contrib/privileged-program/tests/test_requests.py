@@ -1,8 +1,10 @@
 # SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 # SPDX-License-Identifier: MIT
 """The example privileged program: what each request does, and the record that it hands on."""
+import calendar
 import fcntl
 import os
+import shutil
 import time
 
 from tests.support.files import UPDATE_RECORD, expected, read
@@ -11,7 +13,7 @@ from tests.support.limit import wait_until
 from . import device_case
 from .device import ETHERNET, INSTALLED, RUN, SET_ASIDE, USER, WIFI, WORKING_COPY, write
 from .device_case import (ACCESS_POINT, CLIENT, DYNAMIC, DYNAMIC_RECORD, DeviceCase, NOTES,
-                          PUBLISHED, STATIC, STATIC_RECORD, access_of, is_waited_for,
+                          OUTCOMES, PUBLISHED, STATIC, STATIC_RECORD, access_of, is_waited_for,
                           nmcli_calls)
 
 
@@ -44,7 +46,8 @@ class Requests(DeviceCase):
         self.assertEqual(nmcli_calls(), [
             "--offline connection modify connection.autoconnect yes",
             "connection reload", "-t -f UUID,FILENAME connection show",
-            "--wait 60 connection up uuid 11111111-2222-3333-4444-ethernet"])
+            "--wait 60 connection up uuid 11111111-2222-3333-4444-ethernet",
+            "-g IP4.ADDRESS connection show uuid 11111111-2222-3333-4444-ethernet"])
         self.assertEqual(read(PUBLISHED), STATIC_RECORD)
         self.assertEqual(access_of(PUBLISHED), (0, 0, "0o644"))
         self.request("rollback")
@@ -273,7 +276,7 @@ class Record(DeviceCase):
             self.request("unlock")
             status, errors = self.ask("finalize_ethernet", "ethernet")
             self.assertEqual(status, 0, errors)
-            self.assertIn("connection up", nmcli_calls()[-1])
+            self.assert_activated()
 
     def test_true_record_is_handed_on(self):
         self.assertEqual(self.finalize(lambda: None), "")
@@ -289,6 +292,98 @@ class Record(DeviceCase):
             write(record, UPDATE_RECORD, owner=USER)
             self.request("finalize_ethernet", "ethernet")
             self.assertEqual(read(PUBLISHED), record)
+
+
+class Outcomes(DeviceCase):
+    """A file for each request, about the last time that it ended."""
+
+    def assert_told(self, action, *lines):
+        """The outcome of a request that has just ended, after the line of its time."""
+        self.assertEqual(access_of(OUTCOMES, action), (0, 0, "0o644"))
+        told = read(OUTCOMES, action).decode().splitlines()
+        self.assertEqual([told[0], *told[2:]], [f"request={action}", *lines])
+        ended = calendar.timegm(time.strptime(told[1], "time=%Y-%m-%dT%H:%M:%SZ"))
+        self.assertLess(abs(time.time() - ended), 60)
+
+    def test_done_with_the_address(self):
+        self.request("unlock")
+        self.assert_told("unlock", "result=done")
+        self.save_static()
+        self.request("finalize_ethernet", "ethernet")
+        self.assert_told("finalize_ethernet", "result=done", "address=192.168.1.10/24")
+        os.remove(f"{WORKING_COPY}/{WIFI}")
+        self.request("finalize_wifi")
+        self.assert_told("finalize_wifi", "result=done")
+        self.request("rollback")
+        self.assert_told("rollback", "result=done")
+        self.assertEqual(access_of(OUTCOMES), (0, 0, "0o755"))
+        self.assertEqual(len(os.listdir(OUTCOMES)), 4)
+
+    def test_address_is_left_out_when_none_is_told(self):
+        write(b"", NOTES, "tells-no-address")
+        self.request("unlock")
+        self.save_static()
+        self.request("finalize_ethernet", "ethernet")
+        self.assert_told("finalize_ethernet", "result=done")
+
+    def test_done_with_a_complaint(self):
+        self.request("unlock")
+        self.put_into_copy(STATIC, ETHERNET)
+        self.ask("finalize_ethernet", "ethernet")
+        self.assert_told("finalize_ethernet", "result=done",
+                         "why=the update record is not handed on: it is missing",
+                         "address=192.168.1.10/24")
+
+    def test_refused_and_nothing_has_changed(self):
+        self.request("unlock")
+        self.put_into_copy(ACCESS_POINT + b"psk=correct horse_1\n", WIFI)
+        self.refused("finalize_wifi", "Hotspot")
+        self.assert_told("finalize_wifi", "result=refused", "why=finalize_wifi: "
+                         "wlan0.nmconnection: line 24: a setting that is not allowed")
+        self.refused("unlock", user=None)
+        self.assert_told("unlock", "result=refused", "why=unlock: no user has asked for this")
+
+    def test_failed_with_the_file_installed(self):
+        write(b"", NOTES, "cannot-activate")
+        self.request("unlock")
+        self.save_static()
+        self.refused("finalize_ethernet", "ethernet")
+        self.assert_told("finalize_ethernet", "result=failed", "why=finalize_ethernet: "
+                         "ethernet.nmconnection cannot be activated now")
+
+    def test_wrong_call_has_none(self):
+        self.request("unlock")
+        before = sorted(os.listdir(OUTCOMES))
+        self.ask("../lock")
+        self.assertEqual(sorted(os.listdir(OUTCOMES)), before)
+
+    def test_outcome_that_cannot_be_told_changes_nothing_else(self):
+        def open_to_all():
+            os.mkdir(OUTCOMES)
+            os.chmod(OUTCOMES, 0o777)
+
+        for spoil in (lambda: write(b"", OUTCOMES), lambda: os.symlink("/tmp", OUTCOMES),
+                      open_to_all):
+            self.setUp()
+            shutil.rmtree(OUTCOMES)
+            spoil()
+            for action, prepare in (("unlock", lambda: None),
+                                    ("finalize_ethernet", self.save_static)):
+                prepare()
+                status, errors = self.ask(action)
+                self.assertEqual(status, 0)
+                self.assertIn("the outcome is not told: ", errors)
+            self.assert_installed(STATIC, CLIENT)
+
+    def test_outcomes_of_requests_at_the_same_time_are_whole(self):
+        self.request("unlock")
+        requests = [self.start("rollback") for _ in range(8)]
+        while any(process.poll() is None for process in requests):
+            self.assertRegex(read(OUTCOMES, "rollback").decode(),
+                             r"\Arequest=rollback\ntime=[^\n]{20}\nresult=done\n\Z")
+        for process in requests:
+            self.assertEqual(self.finish(process), (0, ""))
+        self.assertEqual(sorted(os.listdir(OUTCOMES)), ["rollback", "unlock"])
 
 
 if __name__ == "__main__":

@@ -211,7 +211,8 @@ class Peers(ByService):
             process.kill()
             self.finish(process)
         wait_until(lambda: device_case.nmcli_calls()[-1:] == [
-            "--wait 60 connection up uuid 11111111-2222-3333-4444-ethernet"], "the activation")
+            "-g IP4.ADDRESS connection show uuid 11111111-2222-3333-4444-ethernet"],
+            "the activation, and what comes after it")
         self.assert_installed(STATIC, CLIENT_KEYFILE)
         with self.connected() as connection:
             connection.sendall(b"rollback\0")  # and gone before it is begun
