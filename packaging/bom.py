@@ -1,12 +1,14 @@
 #!/usr/bin/python3
 # SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 # SPDX-License-Identifier: MIT
-"""Writes a bill of materials (SPDX 2.3) beside each package.
+"""Writes two documents beside each package: a bill of materials (SPDX) and a vulnerability statement
+(CycloneDX).
 
 What a package is made of is looked up where it was built: in ROOT, the folder of a Debian. Listed
 are the libraries that its programs are linked with, and theirs in turn, by the Debian packages that
 they come from; what the package depends on; and what made it. What is only loaded by name at run
-time is not: that depends on the device. The same package gives the same bill.
+time is not: that depends on the device. The statement judges the package's own code alone; of the
+rest it says where Debian does. The same package gives the same two documents.
 """
 import argparse
 import datetime
@@ -18,9 +20,14 @@ import subprocess
 import tempfile
 import uuid
 
-PROJECT = "Organization: ZOR Network Manager developers"
+DEVELOPERS = "ZOR Network Manager developers"
+PROJECT = "Organization: " + DEVELOPERS
 DEBIAN = "Organization: Debian"
 DOCUMENT = "SPDXRef-DOCUMENT"
+TRACKER = "https://security-tracker.debian.org/tracker/"
+# What is known of the package's own code: each an entry as CycloneDX has it, which affects PRODUCT.
+VULNERABILITIES = []
+PRODUCT = "product"
 TOOLS = (r"g\+\+-\d+{cross}", r"binutils-{gnu}", "debhelper", "dpkg-dev", "meson", "ninja-build")
 
 
@@ -43,11 +50,14 @@ class Debian:
         self.architecture = architecture
         (multiarch,) = lines_of("dpkg-architecture", "-a", architecture, "-qDEB_HOST_MULTIARCH")
         self.installed = {}
+        self.sources = {}
         for line in lines_of("dpkg-query", "--admindir", os.path.join(root, "var/lib/dpkg"), "-W",
-                             "-f", "${db:Status-Status} ${Package} ${Architecture} ${Version}\n"):
-            status, name, of, version = line.split()
+                             "-f", "${db:Status-Status} ${Package} ${Architecture} ${Version} "
+                                   "${source:Package}\n"):
+            status, name, of, version, source = line.split()
             if status == "installed":
                 self.installed[name, of] = version
+                self.sources[name, of] = source
         self._libraries = {}
         library = re.compile(rf"(?:/usr)?/lib/{re.escape(multiarch)}/([^/]+\.so[.\d]*)")
         for name, of in self.installed:
@@ -136,7 +146,18 @@ def describe_debian(debian, package):
     more = {}
     if licences:
         more["licenseComments"] = "Its copyright file names: " + ", ".join(licences)
-    return describe(*package, debian.installed[package], DEBIAN, **more)
+    entry = describe(*package, debian.installed[package], DEBIAN, **more)
+    entry["externalRefs"].append({
+        "referenceCategory": "SECURITY",
+        "referenceType": "advisory",
+        "referenceLocator": TRACKER + "source-package/" + debian.sources[package]})
+    return entry
+
+
+def urn_of(document):
+    """A name that only the same content has."""
+    content = hashlib.sha256(json.dumps(document, sort_keys=True).encode()).hexdigest()
+    return uuid.uuid5(uuid.NAMESPACE_OID, content).urn
 
 
 def bill(debian, deb, commit, created):
@@ -190,8 +211,7 @@ def bill(debian, deb, commit, created):
         "relationships": [
             {"spdxElementId": one, "relationshipType": kind, "relatedSpdxElement": other}
             for one, kind, other in sorted(relations)]}
-    content = hashlib.sha256(json.dumps(document, sort_keys=True).encode()).hexdigest()
-    document["documentNamespace"] = uuid.uuid5(uuid.NAMESPACE_OID, content).urn
+    document["documentNamespace"] = urn_of(document)
     check(document)
     return document
 
@@ -207,6 +227,52 @@ def check(document):
     assert kinds == {"DESCRIBES", "DYNAMIC_LINK", "DEPENDS_ON", "BUILD_TOOL_OF"}, kinds
 
 
+def statement(bill_document, bill_path):
+    """The vulnerability statement of the package that a bill describes first."""
+    product = bill_document["packages"][0]
+    with open(bill_path, "rb") as file:
+        checksum = hashlib.file_digest(file, "sha256").hexdigest()
+    with open(os.path.join(os.path.dirname(__file__), "../SECURITY.md"), encoding="utf-8") as file:
+        contact = re.search(r"<(\S+@\S+)>", file.read())[1]
+    now = bill_document["creationInfo"]["created"]
+    document = {
+        "bomFormat": "CycloneDX",
+        "specVersion": "1.6",
+        "metadata": {
+            "timestamp": now,
+            "component": {
+                "type": "application",
+                "bom-ref": PRODUCT,
+                "name": product["name"],
+                "version": product["versionInfo"],
+                "supplier": {"name": DEVELOPERS},
+                "licenses": [{"license": {"id": product["licenseDeclared"]}}],
+                "hashes": [{"alg": "SHA-256", "content": product["checksums"][0]["checksumValue"]}],
+                "externalReferences": [
+                    {"type": "bom", "url": os.path.basename(bill_path),
+                     "hashes": [{"alg": "SHA-256", "content": checksum}]},
+                    {"type": "security-contact", "url": "mailto:" + contact},
+                    {"type": "advisories", "url": TRACKER + "data/json",
+                     "comment": "of the Debian packages that the bill of materials names"}]}},
+        "vulnerabilities": VULNERABILITIES,
+        "annotations": [{
+            "subjects": [PRODUCT],
+            "annotator": {"organization": {"name": DEVELOPERS}},
+            "timestamp": now,
+            "text": "Listed is what its developers know of the package's own code. What it is linked "
+                    "with, or depends on, comes from Debian and is not judged here: what is open in "
+                    "that changes from day to day, and was not asked for when this was written."}]}
+    document["serialNumber"] = urn_of(document)
+    return document
+
+
+def write(document, path):
+    """Writes it for machines, and so that a person can read it."""
+    with open(path, "w", encoding="utf-8") as file:
+        json.dump(document, file, indent=2, ensure_ascii=False)
+        file.write("\n")
+
+
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--root", default="/", help="where the packages were built")
@@ -218,9 +284,9 @@ def main():
         (architecture,) = lines_of("dpkg-deb", "--field", deb, "Architecture")
         document = bill(Debian(arguments.root, architecture), deb, arguments.commit,
                         arguments.created)
-        with open(deb.removesuffix(".deb") + ".spdx.json", "w", encoding="utf-8") as file:
-            json.dump(document, file, indent=2, ensure_ascii=False)
-            file.write("\n")
+        bill_path = deb.removesuffix(".deb") + ".spdx.json"
+        write(document, bill_path)
+        write(statement(document, bill_path), deb.removesuffix(".deb") + ".cdx.json")
 
 
 main()
