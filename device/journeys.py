@@ -39,9 +39,17 @@ class Journeys:
         """The text of an installed keyfile."""
         return self.machine.run(f"cat {INSTALLED}/{name}.nmconnection")
 
-    def save(self):
-        """Saves, and waits for the next window."""
-        self.window.wait(but_not=self.window.leave())
+    def save(self, page, result="done"):
+        """Saves, and waits until the screen has told what became of it, and for the next window."""
+        action = "finalize_" + page
+        left = self.window.leave()
+        self.window.see_outcome().save(self.machine.picture_path(f"outcome-{page}-{result}"))
+        told = self.machine.run(f"cat /run/zor-network/outcome/{action}")
+        self.machine.wait_for(
+            f"[ $(systemctl show -P ActiveState zor-network-outcome@{action}) = inactive ] && "
+            f"[ $(systemctl show -P MainPID zor-network-manager) != {left} ]", "the text to go")
+        self.window.wait()
+        assert f"\nresult={result}\n" in told, told
 
     # The journeys.
 
@@ -63,7 +71,7 @@ class Journeys:
         self.window.touch("Static IP")
         self.fill_static(values)
         self.machine.keep(f"static-{values[0]}")
-        self.save()
+        self.save("ethernet")
         address, _, prefix, gateway, dns = values
         self.has_address(address, prefix, gateway)
         servers = self.machine.run("nmcli -g IP4.DNS device show eth0").split()
@@ -75,7 +83,7 @@ class Journeys:
     def dynamic(self):
         """Back to an address from the DHCP server."""
         self.window.touch("Dynamic IP")
-        self.save()
+        self.save("ethernet")
         self.has_lease()
         return self.machine.run("ip -4 -br address show eth0").split()[2]
 
@@ -115,7 +123,7 @@ class Journeys:
             window.touch("Access Point")
         self.fill_access_point(channel, ssid)
         machine.keep(f"access-point-{channel or 'Auto'}")
-        self.save()
+        self.save("wifi")
         machine.wait_for("iw dev wlan0 info | grep -q 'type AP'", "the access point")
         found = machine.run("iw dev wlan0 info | sed -n 's/.*channel \\([0-9]*\\).*/\\1/p'").strip()
         assert channel in (0, int(found)), found
@@ -174,7 +182,7 @@ class Journeys:
         self.window.fill("SSID", "Town hall")
         self.window.fill("Password", PASSWORD)
         self.machine.keep("client")
-        self.save()
+        self.save("wifi")
         self.has_joined()
         return self.machine.run("ip -4 -br address show wlan0").split()[2]
 
@@ -189,7 +197,7 @@ class Journeys:
         """No Wi-Fi: the connection is gone, and its keyfile."""
         self.window.touch("Wifi")
         self.window.touch("Disabled")
-        self.save()
+        self.save("wifi")
         self.machine.wait_for("! ip -4 address show wlan0 | grep -q inet", "Wi-Fi to end")
         self.machine.run(f"test ! -e {INSTALLED}/wlan0.nmconnection")
         return "keyfile removed, radio without an address"

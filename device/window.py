@@ -32,8 +32,14 @@ def frame(picture):
     if len(rows) < picture.height // 2:
         return None
     top, bottom = rows[0], rows[-1] + 1
-    left = next(x for x in range(middle) if is_light(picture.at(x, top + 3)))
-    return left, top, bottom
+    left = next((x for x in range(middle) if is_light(picture.at(x, top + 3))), None)
+    return None if left is None else (left, top, bottom)
+
+
+def has_text(picture):
+    """Whether the second line of a terminal says something, with no window before it."""
+    return not frame(picture) and any(
+        any(picture.at(x, y)) for y in range(38, 60) for x in range(picture.width // 2))
 
 
 class Window:
@@ -56,6 +62,11 @@ class Window:
             f"[ $(systemctl show -P MainPID zor-network-manager) != {but_not} ] && "
             f"[ $(stat -c %U {WORKING_COPY}) = zor ]", "a new window, unlocked")
         return self.machine.at_rest()
+
+    def see_outcome(self):
+        """Until the screen tells how a save has ended. Returns the picture."""
+        self._see(has_text, "the outcome on the screen")
+        return self.machine.look()
 
     def _see(self, condition, what):
         """Looks from outside, which takes nothing of the machine's time."""
