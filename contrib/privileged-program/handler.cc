@@ -146,16 +146,22 @@ Descriptor lock() {
 std::string makeWorkingCopy(uid_t user) {
   const gid_t readers = groupOf(openTrustedFolder(STATE));
   if (readers == ROOT_GROUP) throw Refusal(std::string(STATE) + " needs a group of its own");
-  const Descriptor installed = openTrustedFolder(INSTALLED);
   const Descriptor workingCopy = openFolder(WORKING_COPY);
+  const bool isOurs = ownerOf(workingCopy) != ROOT || groupOf(workingCopy) == readers;
+  const auto lockFolder = [&] { give(workingCopy, {ROOT, readers, 0750}); };
+  if (isOurs) lockFolder();  // first, whatever fails
+  const Descriptor installed = openTrustedFolder(INSTALLED);
   std::map<std::string, std::string> contents;
   for (const Connection& connection : CONNECTIONS) {
-    if (const auto content = take(installed, connection.file, ROOT))
-      contents[connection.file] = *content;
+    try {
+      if (const auto content = take(installed, connection.file, ROOT))
+        contents[connection.file] = *content;
+    } catch (const Refusal& refusal) {  // no reason to lock everybody out
+      complain(std::string("not in the working copy: ") + refusal.what());
+    }
   }
   // What a working copy of another group holds was never moved to where NetworkManager looks.
-  if (contents.empty() && ownerOf(workingCopy) == ROOT && groupOf(workingCopy) != readers &&
-      !std::filesystem::is_empty(WORKING_COPY))
+  if (contents.empty() && !isOurs && !std::filesystem::is_empty(WORKING_COPY))
     throw Refusal(std::string("nothing is installed, and there are files in ") + WORKING_COPY);
 
   const auto fill = [&](int folder) {
@@ -166,7 +172,7 @@ std::string makeWorkingCopy(uid_t user) {
     const mode_t mode = user == ROOT ? 0750 : 0700;
     give(folder, {user, readers, mode});
   };
-  give(workingCopy, {ROOT, readers, 0750});  // locked, whatever comes
+  lockFolder();
   const Descriptor parent = openTrustedFolder(PARENT);
   makeFolder(OLD_COPIES, 0700);
   const Descriptor old = openTrustedFolder(OLD_COPIES);

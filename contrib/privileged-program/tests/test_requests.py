@@ -148,6 +148,32 @@ class Requests(DeviceCase):
             self.request("rollback")
             self.assert_copy(True, ethernet=DYNAMIC, wifi=None)
 
+    def test_installed_file_that_cannot_be_copied_locks_nobody_out(self):
+        installed, elsewhere = f"{INSTALLED}/{WIFI}", f"{INSTALLED}/elsewhere"
+
+        def replace_by_link():
+            os.rename(installed, elsewhere)
+            os.symlink(elsewhere, installed)
+
+        for because, make in (
+                ("too large", lambda: write(65537 * b"#", installed)),
+                ("is a link", replace_by_link),
+                ("another name as well", lambda: os.link(installed, elsewhere)),
+                ("another owner", lambda: os.chown(installed, 1, 1))):
+            with self.subTest(because):
+                self.setUp()
+                self.request("unlock")
+                make()
+                for action in ("rollback", "unlock"):
+                    status, errors = self.ask(action)
+                    self.assertEqual(status, 0)
+                    self.assertIn(because, errors)
+                    self.assert_copy(action == "rollback", ethernet=DYNAMIC)
+                self.save_static()
+                self.ask("finalize_ethernet", "ethernet")
+                self.assertEqual(read(INSTALLED, ETHERNET), STATIC)
+                self.refused("finalize_wifi", because=because)
+
     def test_last_connection_can_be_removed_too(self):
         os.remove(os.path.join(INSTALLED, ETHERNET))
         self.request("unlock")
