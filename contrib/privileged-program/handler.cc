@@ -46,7 +46,7 @@ constexpr const char* RUN = "/run/zor-network";
 // follows. It is there from the first "rollback" after an "unlock" to the next "unlock".
 constexpr const char* SET_ASIDE = "/run/zor-network/set-aside";  // a folder for each user
 // A session lasts from the end of an "unlock" to the call of the "rollback" that locked the working
-// copy.
+// copy; to when that was at work, if it was called before the session.
 constexpr const char* UNLOCKED_AT = "unlocked-at";  // in RUN
 constexpr const char* LOCKED_AT = "locked-at";      // with what was set aside
 constexpr const char* LOCK = "/run/zor-network/lock";
@@ -227,8 +227,10 @@ void setAside(const Request& request) {
     if (const auto content = take(workingCopy, connection.file, user))
       put(folder, connection.file, *content, {user, ROOT, 0600}, Lasting::NO);
   }
+  // A call from before the session, as one that waited for sudo, has locked it only now.
+  const bool isOlder = request.calledAt < timeOf(openTrustedFolder(RUN), UNLOCKED_AT);
   // Last: half of what was there would say that the user has removed the other half.
-  noteTime(folder, LOCKED_AT, request.calledAt);
+  noteTime(folder, LOCKED_AT, isOlder ? now() : request.calledAt);
 }
 
 void forgetSetAside() {

@@ -95,6 +95,17 @@ class Requests(DeviceCase):
         self.assertEqual(nmcli_calls(), [])
         self.assert_installed(DYNAMIC, CLIENT)
 
+    def test_rollback_that_was_called_before_the_session_takes_nothing_away(self):
+        rollback = self.call_sudo()
+        self.request("unlock")
+        self.save_static()
+        finalize = self.call_sudo()
+        self.request("rollback", sudo=rollback)
+        time.sleep(0.03)
+        self.refused("finalize_ethernet", because="after the working copy was locked")
+        self.request("finalize_ethernet", "ethernet", sudo=finalize)
+        self.assert_installed(STATIC, CLIENT)
+
     def test_requests_at_the_same_time_agree(self):
         for count in range(10):
             ethernet, wifi = ((STATIC, ACCESS_POINT), (DYNAMIC, CLIENT))[count % 2]
