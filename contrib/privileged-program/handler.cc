@@ -82,24 +82,33 @@ struct Request : Caller {  // of ROOT, if no user asks
   std::string_view id;
 };
 
-void note(const std::string& text) { syslog(LOG_NOTICE, "%s", text.c_str()); }
+struct Message {
+  int priority;
+  std::string text;
+};
 
-/** What standard error is to be told when all else is done: its reader can block us. */
-std::vector<std::string>& complaints() {
-  static std::vector<std::string> texts;
-  return texts;
+/** What the log and the caller are told when all else is done: their readers can block us. */
+std::vector<Message>& messages() {
+  static std::vector<Message> all;
+  return all;
 }
 
-void complain(const std::string& text) {
-  syslog(LOG_ERR, "%s", text.c_str());
-  complaints().push_back(text);
-}
+void note(const std::string& text) { messages().push_back({LOG_NOTICE, text}); }
+
+void complain(const std::string& text) { messages().push_back({LOG_ERR, text}); }
 
 /** The complaints, each as a line that begins with something. */
 std::string complaintsAfter(std::string_view start) {
   std::string lines;
-  for (const std::string& text : complaints()) lines.append(start).append(text) += '\n';
+  for (const Message& message : messages())
+    if (message.priority == LOG_ERR) lines.append(start).append(message.text) += '\n';
   return lines;
+}
+
+/** Any user may have filled the log's socket: what waits for its reader ends with our time. */
+void writeLog() {
+  alarm(LONGEST_REQUEST);
+  for (const Message& message : messages()) syslog(message.priority, "%s", message.text.c_str());
 }
 
 /** A text of the user's that cannot be mistaken for anything else in a log. */
@@ -567,11 +576,12 @@ int main(int argc, char** argv) {
   } catch (const std::exception& error) {
     complain(error.what());
   }
+  // The answer does not wait for a reader; a pipe may wait for ever, and the log would miss it.
   if (peer) {
     const std::string text = std::to_string(status) + complaintsAfter(SPEAKER);
     (void)send(STDIN_FILENO, text.data(), text.size(), MSG_DONTWAIT);
-  } else {
-    std::fputs(complaintsAfter(SPEAKER).c_str(), stderr);
   }
+  writeLog();
+  if (!peer) std::fputs(complaintsAfter(SPEAKER).c_str(), stderr);
   return status;
 }

@@ -20,7 +20,7 @@ from tests.support.limit import wait_until
 from . import device, device_case
 from .device import ETHERNET, EXAMPLE, HANDLER, READERS, RUN, USER, WIFI, WORKING_COPY, write
 from .device_case import (ACCESS_POINT, CLIENT, DYNAMIC, DeviceCase, NOTES, PUBLISHED,
-                          STATIC, STATIC_RECORD)
+                          STATIC, STATIC_RECORD, locks_of)
 
 
 class Calls(DeviceCase):
@@ -168,6 +168,33 @@ class Calls(DeviceCase):
             "activated wlan0.nmconnection",
             "finalize_wifi: wlan0.nmconnection: line 24: a setting that is not allowed",
             "locked"])
+
+    def test_log_that_is_not_read_holds_nobody_up(self):
+        with socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM) as log:
+            log.bind("/dev/log")
+            self.addCleanup(os.remove, "/dev/log")
+            self.request("unlock")
+            os.link(f"{WORKING_COPY}/{WIFI}", f"{WORKING_COPY}/link")  # a reason to complain
+            count = -1
+            while count:  # each socket can send so much, until there is no room for a message
+                with socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM) as other:
+                    other.connect("/dev/log")
+                    other.setblocking(False)
+                    count = 0
+                    with contextlib.suppress(BlockingIOError):
+                        while True:
+                            count += other.send(b"x")
+            processes = []
+            for action, owner in ("rollback", 0), ("unlock", USER), ("rollback", 0):
+                processes.append(self.start(action))
+                wait_until(lambda owner=owner: os.stat(WORKING_COPY).st_uid == owner, action)
+            wait_until(lambda: not locks_of("lock"), "the last one to be done")
+            log.settimeout(0.1)
+            while any(process.poll() is None for process in processes):
+                with contextlib.suppress(TimeoutError):
+                    log.recv(4096)
+            ends = [self.finish(process) for process in processes]
+        self.assertEqual([status for status, _ in ends], [0, 0, 0], ends)
 
 
 class Packaging(DeviceCase):
