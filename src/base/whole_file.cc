@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstdio>
 #include <new>
 
 #include "base/open_private.h"
@@ -34,6 +35,12 @@ bool readAll(int descriptor, std::string& content) {
     return false;
   }
   return length == 0;
+}
+
+/** Whether a file can take a name: nobody has it, or a file or link that goes then. */
+bool isReplaceable(const std::string& path) {
+  struct stat status {};
+  return lstat(path.c_str(), &status) != 0 || S_ISREG(status.st_mode) || S_ISLNK(status.st_mode);
 }
 
 }  // namespace
@@ -62,9 +69,7 @@ bool writeFile(const std::string& path, std::string_view content) {
 }
 
 bool replaceFile(const std::string& path, std::string_view content) {
-  struct stat status {};
-  const bool there = lstat(path.c_str(), &status) == 0;
-  if (there && !S_ISREG(status.st_mode) && !S_ISLNK(status.st_mode)) return false;
+  if (!isReplaceable(path)) return false;
   bool replaced = false;
   (void)succeedsOnRetry([&] {
     TemporaryFile file(path.c_str());
@@ -87,6 +92,11 @@ void overwriteFile(const std::string& path, std::string content, std::size_t old
         writeAll(descriptor, content) && ftruncate(descriptor, static_cast<off_t>(length)) == 0;
     return close(descriptor) == 0 && written;
   });
+}
+
+void moveFile(const std::string& from, const std::string& to) {
+  if (isReplaceable(to))
+    (void)succeedsOnRetry([&] { return std::rename(from.c_str(), to.c_str()) == 0; });
 }
 
 void removeFile(const std::string& path) {

@@ -36,6 +36,12 @@ bool replaceFile(const std::string& path, std::string_view content);
  */
 void overwriteFile(const std::string& path, std::string content, std::size_t oldSize);
 
+/**
+ * Gives a file another name in the same folder, in place of a file or link that has it. At every
+ * moment, a power cut included, the file has one of the two names. A failure is not reported.
+ */
+void moveFile(const std::string& from, const std::string& to);
+
 /** Removes a file, where there is one. A failure is not reported. */
 void removeFile(const std::string& path);
 

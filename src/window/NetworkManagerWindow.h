@@ -101,8 +101,8 @@ class NetworkManagerWindow : public Gtk::Window {
 
   /**
    * Replace a keyfile whose stored mode is not the selected one by a default one, which is edited
-   * from then on. One of another name is removed last: until the default one is on the disk it is
-   * all there is.
+   * from then on. One of another name is given the default one's first, and is edited where the
+   * default one cannot be made; it stays under its own name where that is not to be had.
    */
   void resetWifiFileOnModeChange();
   void resetEthernetFileOnModeChange();
@@ -163,6 +163,8 @@ class NetworkManagerWindow : public Gtk::Window {
   void updateEthernetView(std::string_view mode);
   void updateWifiView(std::string_view mode);
   void populateStaticAddress();
+  bool storesOtherMode(std::string_view kind, const std::string& mode, const char* section,
+                       const char* key, const std::string& path) const;
   void writeKeyfile(const std::string& path, const std::vector<KeyfileEntry>& entries);
   bool saveEthernet();
   bool saveWifi();

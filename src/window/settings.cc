@@ -3,7 +3,6 @@
 #include "window/NetworkManagerWindow.h"
 
 #include <stdexcept>
-#include <utility>
 
 #include "base/print.h"
 #include "base/shared_file.h"
@@ -11,6 +10,16 @@
 #include "base/whole_file.h"
 #include "settings/ipv4.h"
 #include "settings/wifi.h"
+
+namespace {
+
+/** Where the old keyfile stands when the default one cannot be made. */
+void moveToDefaultName(const std::string& path, const DefaultKeyfile& keyfile) {
+  const std::string name = path.substr(0, path.rfind('/') + 1).append(keyfile.fileName);
+  if (name != path) moveFile(path, name);
+}
+
+}  // namespace
 
 void NetworkManagerWindow::setSelectedEthernetMode() {
   EthernetIPModeBox& modeBox = ethernetGrid.getIPModeBox();
@@ -171,22 +180,26 @@ void NetworkManagerWindow::createWifiFileIfMissing() {
   wifiPath = config->getWifiConnectionPath();
 }
 
+bool NetworkManagerWindow::storesOtherMode(std::string_view kind, const std::string& mode,
+                                           const char* section, const char* key,
+                                           const std::string& path) const {
+  const std::string stored = config->readIniString(section, key, "", path);
+  logLine("existing ", kind, " mode: ", stored, " selected mode: ", mode);
+  return config->storesOtherThan(mode, section, key, path);
+}
+
 void NetworkManagerWindow::resetWifiFileOnModeChange() {
-  const std::string stored = config->readIniString("wifi", "mode", "", wifiPath);
-  logLine("existing wifi mode: ", stored, " selected mode: ", selectedWifiMode);
-  if (!config->storesOtherThan(selectedWifiMode, "wifi", "mode", wifiPath)) return;
+  if (!storesOtherMode("wifi", selectedWifiMode, "wifi", "mode", wifiPath)) return;
+  moveToDefaultName(wifiPath, DEFAULT_WIFI_KEYFILE);
   config->createDefaultWifiFile();
-  const std::string old = std::exchange(wifiPath, config->getWifiConnectionPath());
-  if (old != wifiPath) removeFile(old);
+  wifiPath = config->getWifiConnectionPath();
 }
 
 void NetworkManagerWindow::resetEthernetFileOnModeChange() {
-  const std::string stored = config->readIniString("ipv4", "method", "", ethernetPath);
-  logLine("existing ethernet mode: ", stored, " selected mode: ", selectedEthernetMode);
-  if (!config->storesOtherThan(selectedEthernetMode, "ipv4", "method", ethernetPath)) return;
+  if (!storesOtherMode("ethernet", selectedEthernetMode, "ipv4", "method", ethernetPath)) return;
+  moveToDefaultName(ethernetPath, DEFAULT_ETHERNET_KEYFILE);
   config->createDefaultEthernetFile();
-  const std::string old = std::exchange(ethernetPath, config->getEthernetConnectionPath());
-  if (old != ethernetPath) removeFile(old);
+  ethernetPath = config->getEthernetConnectionPath();
 }
 
 void NetworkManagerWindow::removeWifiSettingsFile() {

@@ -62,7 +62,9 @@ TEST_F(FailingCalls, OnceLeaveWhatWasAskedFor) {
     expectOnly("n");
   }
   const FailingCall failing({"unlink", EIO, 0, 1});
-  removeFile(file);
+  const FailingCall too({"rename", EIO, 0, 1});
+  moveFile(file, temporary);
+  removeFile(temporary);
   EXPECT_EQ(Names{}, directory.names());
 }
 

@@ -115,6 +115,23 @@ TEST_F(Files, WhatCannotBeReplacedStays) {
   EXPECT_EQ((std::vector<std::string>{"fifo", "file"}), directory.names());
 }
 
+TEST_F(Files, MovedOnesTakeThePlaceOfFilesAndLinksOnly) {
+  writeBytes(file, "moved");
+  writeBytes(directory.file("target"), "theirs");
+  writeBytes(directory.file("other"), "other");
+  std::filesystem::create_symlink("target", directory.file("link"));
+  ASSERT_EQ(0, mkfifo(directory.file("fifo").c_str(), 0600));
+  for (const char* name : {"fifo", ".", "missing/file"}) moveFile(file, directory.file(name));
+  moveFile("", directory.file("other"));
+  for (const char* name : {"file", "new", "other", "link"}) {
+    moveFile(file, directory.file(name));
+    file = directory.file(name);
+    EXPECT_BYTES_EQ("moved", readBytes(file));
+  }
+  EXPECT_EQ((std::vector<std::string>{"fifo", "link", "target"}), directory.names());
+  EXPECT_BYTES_EQ("theirs", readBytes(directory.file("target")));
+}
+
 TEST_F(Files, OverwrittenOnesAreWhole) {
   overwriteFile(file, "made\n", 0);
   EXPECT_BYTES_EQ("made\n", readBytes(file));

@@ -173,6 +173,22 @@ TEST_F(SaveEthernet, InvalidEntriesAfterAModeChangeLeaveTheDefaultFile) {
 
 // ---- Ethernet, when files cannot be written
 
+TEST_F(SaveEthernet, DefaultFileThatCannotBeMadeLeavesTheOldOne) {
+  std::filesystem::create_directories(ethernetFile() + "/below");
+  for (const char* name : {"old", "ethernet.nmconnectio~"}) {
+    writeBytes(directory.file(name), DYNAMIC_KEYFILE);
+    open("", "", ETHERNET);
+    choose("Static IP");
+    fillStatic();
+    EXPECT_EQ(save(), "existing ethernet mode: auto selected mode: manual\n" + validStatic() +
+                          RECORD_WRITTEN + "! Failed to create new Wi-Fi connection file at: " +
+                          ethernetFile() + "\n");
+    EXPECT_BYTES_EQ(DYNAMIC_KEYFILE, readBytes(directory.file(name)));
+    expectSaved("[finalize_ethernet]");
+    std::filesystem::remove(directory.file(name));
+  }
+}
+
 TEST_F(SaveEthernet, MissingDirectoryGivesARequestWithoutAnId) {
   open(DYNAMIC_KEYFILE, "", ETHERNET);
   std::filesystem::remove_all(directory.path);
