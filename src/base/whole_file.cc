@@ -43,6 +43,26 @@ bool isReplaceable(const std::string& path) {
   return lstat(path.c_str(), &status) != 0 || S_ISREG(status.st_mode) || S_ISLNK(status.st_mode);
 }
 
+/** Makes a file longer by empty lines, where there is room for all of them. */
+bool grow(int descriptor, off_t size, std::size_t more) {
+  const std::string emptyLines(more, '\n');
+  if (pwrite(descriptor, emptyLines.data(), more, size) == static_cast<ssize_t>(more)) return true;
+  (void)ftruncate(descriptor, size);
+  return false;
+}
+
+/** Puts the first bytes of the content, which it may fill up, in the place of those of a file. */
+bool overwrite(int descriptor, std::string& content, std::size_t length) {
+  struct stat status {};
+  if (fstat(descriptor, &status) != 0) return false;
+  if (!S_ISREG(status.st_mode)) return writeAll(descriptor, content);
+  const auto size = static_cast<std::size_t>(status.st_size);
+  if (length > size && !grow(descriptor, status.st_size, length - size)) return false;
+  // Not truncated first: what is cut off afterwards is then nothing but empty lines.
+  if (length > 0) content.resize(std::max(length, size), '\n');
+  return writeAll(descriptor, content) && ftruncate(descriptor, static_cast<off_t>(length)) == 0;
+}
+
 }  // namespace
 
 std::optional<std::string> readFile(const std::string& path) {
@@ -59,15 +79,6 @@ std::optional<std::string> readFile(const std::string& path) {
   return content;
 }
 
-bool writeFile(const std::string& path, std::string_view content) {
-  return succeedsOnRetry([&] {
-    const int descriptor = openPrivate(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC);
-    if (descriptor < 0) return false;
-    const bool written = writeAll(descriptor, content);
-    return close(descriptor) == 0 && written;
-  });
-}
-
 bool replaceFile(const std::string& path, std::string_view content) {
   if (!isReplaceable(path)) return false;
   bool replaced = false;
@@ -81,15 +92,12 @@ bool replaceFile(const std::string& path, std::string_view content) {
   return replaced;
 }
 
-void overwriteFile(const std::string& path, std::string content, std::size_t oldSize) {
+bool overwriteFile(const std::string& path, std::string content) {
   const std::size_t length = content.size();
-  // Not truncated first: what is cut off afterwards is then nothing but empty lines.
-  content.resize(std::max(length, oldSize), '\n');
-  (void)succeedsOnRetry([&] {
+  return succeedsOnRetry([&] {
     const int descriptor = openPrivate(path.c_str(), O_WRONLY | O_CREAT);
     if (descriptor < 0) return false;
-    const bool written =
-        writeAll(descriptor, content) && ftruncate(descriptor, static_cast<off_t>(length)) == 0;
+    const bool written = overwrite(descriptor, content, length);
     return close(descriptor) == 0 && written;
   });
 }

@@ -15,13 +15,6 @@
 std::optional<std::string> readFile(const std::string& path);
 
 /**
- * Writes a whole private file (base/open_private.h), creating or truncating it. Never waits, not
- * even for the reader of a FIFO. Returns false when it cannot be opened or not be written to the
- * end.
- */
-bool writeFile(const std::string& path, std::string_view content);
-
-/**
  * Puts a new private file in the place of an old one, or of a link: at every moment, a power cut
  * included, there is one of them, or the new one under its temporary name (base/temporary_file.h).
  * Returns false where that cannot be done: for want of room, say, or of the right to change the
@@ -30,11 +23,12 @@ bool writeFile(const std::string& path, std::string_view content);
 bool replaceFile(const std::string& path, std::string_view content);
 
 /**
- * Writes new bytes over the old ones of a private file, creating it where it is missing. Where they
- * are no more than the old ones, a full disk or a kill leaves the old bytes or the new ones, these
- * perhaps with empty lines behind them. A failure is not reported.
+ * Writes new bytes over the old ones of a private file (base/open_private.h), creating it where it
+ * is missing. A full disk or a kill leaves the old bytes or the new ones, perhaps with empty lines
+ * behind them. Never waits, not even for the reader of a FIFO. Returns false when it cannot be
+ * opened or not be written to the end.
  */
-void overwriteFile(const std::string& path, std::string content, std::size_t oldSize);
+bool overwriteFile(const std::string& path, std::string content);
 
 /**
  * Gives a file another name in the same folder, in place of a file or link that has it. At every

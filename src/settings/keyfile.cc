@@ -48,9 +48,8 @@ void removeKeyfileValueQuotes(const std::string& path) {
   std::this_thread::sleep_for(PAUSE_BEFORE_REWRITING);
   if (!stored) stored = readFile(path);
   std::string content = std::move(stored).value_or("");
-  const std::size_t size = content.size();
   // Without quotes the same bytes are written again, and no power cut can change them: in place.
   const bool replaced =
       removeQuotes(content) && access(path.c_str(), W_OK) == 0 && replaceFile(path, content);
-  if (!replaced) overwriteFile(path, std::move(content), size);
+  if (!replaced) (void)overwriteFile(path, std::move(content));
 }

@@ -43,17 +43,13 @@ TEST_F(FailingCalls, OnceLeaveWhatWasAskedFor) {
     EXPECT_TRUE(replaceFile(file, "new")) << call;
     expectOnly("new");
   }
-  for (const char* call : {"close", "write"}) {
-    writeBytes(file, "old");
-    const FailingCall failing({call, EIO, 0, 1});
-    EXPECT_TRUE(writeFile(file, "new")) << call;
-    expectOnly("new");
-  }
-  for (const char* call : {"close", "ftruncate", "write"}) {
-    writeBytes(file, "old");
-    const FailingCall failing({call, EIO, 0, 1});
-    overwriteFile(file, "n", 3);
-    expectOnly("n");
+  for (const std::string content : {"n", "longer"}) {
+    for (const char* call : {"close", "fstat", "ftruncate", "pwrite", "write"}) {
+      writeBytes(file, "old");
+      const FailingCall failing({call, EIO, 0, 1});
+      EXPECT_TRUE(overwriteFile(file, content)) << call;
+      expectOnly(content);
+    }
   }
   for (const char* call : {"close", "fstat", "ftruncate", "write"}) {
     writeBytes(file, "old");
@@ -81,9 +77,9 @@ TEST_F(FailingCalls, ForGoodLeaveTheOldFileOfWhatIsReplaced) {
 }
 
 TEST_F(FailingCalls, ForGoodAreReported) {
-  for (const char* call : {"close", "write"}) {
+  for (const char* call : {"close", "fstat", "ftruncate", "write"}) {
     const FailingCall failing({call, EIO});
-    EXPECT_FALSE(writeFile(file, "new")) << call;
+    EXPECT_FALSE(overwriteFile(file, "new")) << call;
   }
   for (const char* call : {"fstat", "ftruncate"}) {
     writeBytes(file, "old");
@@ -175,10 +171,14 @@ TEST_F(FailingCalls, NamesThatLeaveNoRoomForATemporaryOneAreRefused) {
   expectOnly("old");
 }
 
-TEST_F(FailingCalls, FileWhoseModeIsNotKnownIsWrittenAllTheSame) {
-  const FailingCall failing({"fstat", EIO});
-  EXPECT_TRUE(writeFile(file, "new"));
-  expectOnly("new");
+TEST_F(FailingCalls, WhatIsWrittenOverIsNotEmptyInBetween) {
+  writeBytes(file, "older than new");
+  const FailingCall failing({"ftruncate", EIO});
+  EXPECT_FALSE(overwriteFile(file, "new\n"));
+  expectOnly("new\n\n\n\n\n\n\n\n\n\n\n");
+  const FailingCall too({"write", EIO});
+  EXPECT_FALSE(overwriteFile(file, "n"));
+  expectOnly("new\n\n\n\n\n\n\n\n\n\n\n");
 }
 
 TEST_F(FailingCalls, InterruptedWriteGoesOn) {

@@ -52,12 +52,12 @@ TEST_F(OpenedFiles, MayTakeThePlaceOfStandardInput) {
   const int before = dup(STDIN_FILENO);
   close(STDIN_FILENO);
   EXPECT_EQ("old", readFile(file));
-  EXPECT_TRUE(writeFile(file, "written"));
+  EXPECT_TRUE(overwriteFile(file, "written"));
   EXPECT_EQ("written", readFile(file));
   EXPECT_EQ(0600U, modeOf(file));
   EXPECT_TRUE(replaceFile(file, "replaced"));
   EXPECT_EQ("replaced", readFile(file));
-  overwriteFile(file, "cut", 8);
+  EXPECT_TRUE(overwriteFile(file, "cut"));
   EXPECT_EQ("cut", readFile(file));
   EXPECT_TRUE(writeSharedFile(file, "shared"));
   EXPECT_EQ("shared", readFile(file));

@@ -27,10 +27,10 @@ class Files : public testing::Test {
 
 TEST_F(Files, KeepEveryByte) {
   const std::string bytes = "a\0\r\n\xFF"s + std::string(10000, 'x');
-  EXPECT_TRUE(writeFile(file, bytes));
+  EXPECT_TRUE(overwriteFile(file, bytes));
   EXPECT_BYTES_EQ(bytes, readBytes(file));
   EXPECT_BYTES_EQ(bytes, readFile(file).value());
-  EXPECT_TRUE(writeFile(file, "short"));
+  EXPECT_TRUE(overwriteFile(file, "short"));
   EXPECT_BYTES_EQ("short", readFile(file).value());
 }
 
@@ -38,10 +38,10 @@ TEST_F(Files, AreForTheOwnerWhateverTheUmask) {
   for (const mode_t mask : {0000, 0022, 0777}) {
     EXPECT_EQ(0, inChild([&] {
                 umask(mask);
-                EXPECT_TRUE(writeFile(file, "psk"));
+                EXPECT_TRUE(overwriteFile(file, "psk"));
                 EXPECT_EQ(0600U, modeOf(file));
                 chmod(file.c_str(), 0644);
-                EXPECT_TRUE(writeFile(file, "psk"));
+                EXPECT_TRUE(overwriteFile(file, "psk"));
                 EXPECT_EQ(0600U, modeOf(file));
                 unlink(file.c_str());
               }));
@@ -55,16 +55,16 @@ TEST_F(Files, UnreadableOnesAreReported) {
 }
 
 TEST_F(Files, UnwritableOnesAreReported) {
-  EXPECT_FALSE(writeFile(directory.path, "x"));
-  EXPECT_FALSE(writeFile(directory.file("missing/file"), "x"));
-  EXPECT_FALSE(writeFile("", "x"));
+  EXPECT_FALSE(overwriteFile(directory.path, "x"));
+  EXPECT_FALSE(overwriteFile(directory.file("missing/file"), "x"));
+  EXPECT_FALSE(overwriteFile("", "x"));
 }
 
 TEST_F(Files, FifosAreNotWaitedFor) {
   ASSERT_EQ(0, mkfifo(file.c_str(), 0600));
   EXPECT_EQ(0, inChild([&] {
               EXPECT_EQ(std::string(), readFile(file));
-              EXPECT_FALSE(writeFile(file, "x"));
+              EXPECT_FALSE(overwriteFile(file, "x"));
             }));
 }
 
@@ -72,16 +72,16 @@ TEST_F(Files, OnlyRegularOnesGetAnotherMode) {
   ASSERT_EQ(0, mkfifo(file.c_str(), 0600));
   ASSERT_EQ(0, chmod(file.c_str(), 0644));
   const int reader = open(file.c_str(), O_RDONLY | O_NONBLOCK);
-  EXPECT_TRUE(writeFile(file, "x"));
+  EXPECT_TRUE(overwriteFile(file, "x"));
   EXPECT_EQ(0644U, modeOf(file));
   close(reader);
 }
 
 TEST_F(Files, FullDiskIsReported) {
   const ResourceLimit size(RLIMIT_FSIZE, 10);
-  EXPECT_TRUE(writeFile(file, "12345"));
-  EXPECT_FALSE(writeFile(file, "123456789012"));
-  EXPECT_FALSE(writeFile(file, std::string(100000, 'x')));
+  EXPECT_TRUE(overwriteFile(file, "12345"));
+  EXPECT_FALSE(overwriteFile(file, "123456789012"));
+  EXPECT_FALSE(overwriteFile(file, std::string(100000, 'x')));
 }
 
 TEST_F(Files, ReplacedOnesArePrivateAndLeaveWhatALinkNames) {
@@ -133,12 +133,12 @@ TEST_F(Files, MovedOnesTakeThePlaceOfFilesAndLinksOnly) {
 }
 
 TEST_F(Files, OverwrittenOnesAreWhole) {
-  overwriteFile(file, "made\n", 0);
+  EXPECT_TRUE(overwriteFile(file, "made\n"));
   EXPECT_BYTES_EQ("made\n", readBytes(file));
   EXPECT_EQ(0600U, modeOf(file));
   const ino_t inode = inodeOf(file);
   for (const std::string& bytes : {"longer than before\n"s, "short\n"s, ""s}) {
-    overwriteFile(file, bytes, readBytes(file).size());
+    EXPECT_TRUE(overwriteFile(file, bytes));
     EXPECT_BYTES_EQ(bytes, readBytes(file));
   }
   EXPECT_EQ(inode, inodeOf(file));
@@ -147,9 +147,9 @@ TEST_F(Files, OverwrittenOnesAreWhole) {
 TEST_F(Files, OverwrittenOnesNeedNoRoomAndStayWithoutIt) {
   writeBytes(file, "old bytes!");
   const ResourceLimit size(RLIMIT_FSIZE, 10);
-  overwriteFile(file, "old bytes!\n", 10);
+  EXPECT_FALSE(overwriteFile(file, "new bytes!!"));
   EXPECT_BYTES_EQ("old bytes!", readBytes(file));
-  overwriteFile(file, "new bytes\n", 10);
+  EXPECT_TRUE(overwriteFile(file, "new bytes\n"));
   EXPECT_BYTES_EQ("new bytes\n", readBytes(file));
 }
 
@@ -163,9 +163,8 @@ TEST_F(Files, DescriptorsAreClosedAgain) {
   EXPECT_EQ(0, inChild([&] {
               const int before = nextDescriptor();
               for (const std::string& path : {file, directory.path, directory.file("fifo")}) {
-                (void)writeFile(path, "x");
                 (void)readFile(path);
-                overwriteFile(path, "x", 0);
+                (void)overwriteFile(path, "x");
                 (void)replaceFile(path, "x");
               }
               EXPECT_EQ(before, nextDescriptor());

@@ -95,7 +95,7 @@ TEST_F(SavesLoad, QuotesAreRemovedInTimeThatGrowsWithTheFile) {
     return [this, lines] {
       std::string content;
       for (int i = 0; i < lines; ++i) content += "proto=\"rsn;\"\nssid=\"a;b\"\n";
-      ASSERT_TRUE(writeFile(keyfile, content));
+      ASSERT_TRUE(overwriteFile(keyfile, content));
       removeKeyfileValueQuotes(keyfile);
       content.clear();
       for (int i = 0; i < lines; ++i) content += "proto=rsn;\nssid=\"a;b\"\n";
