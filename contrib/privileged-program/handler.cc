@@ -158,7 +158,10 @@ std::string makeWorkingCopy(uid_t user) {
   const Descriptor workingCopy = openFolder(WORKING_COPY);
   const bool isOurs = ownerOf(workingCopy) != ROOT || groupOf(workingCopy) == readers;
   const auto lockFolder = [&] { give(workingCopy, {ROOT, readers, 0750}); };
-  if (isOurs) lockFolder();  // first, whatever fails
+  try {
+    if (isOurs) lockFolder();           // first, whatever fails
+  } catch (const std::system_error&) {  // it is root's, and there may be room for the rest below
+  }
   const Descriptor installed = openTrustedFolder(INSTALLED);
   std::map<std::string, std::string> contents;
   for (const Connection& connection : CONNECTIONS) {
@@ -181,11 +184,11 @@ std::string makeWorkingCopy(uid_t user) {
     const mode_t mode = user == ROOT ? 0750 : 0700;
     give(folder, {user, readers, mode});
   };
-  lockFolder();
   const Descriptor parent = openTrustedFolder(PARENT);
   makeFolder(OLD_COPIES, 0700);
   const Descriptor old = openTrustedFolder(OLD_COPIES);
   try {
+    lockFolder();
     moveAside(parent, NEXT_COPY_NAME, old);  // a leftover of a kill, perhaps once a user's
     fill(makeNewFolder(parent, NEXT_COPY_NAME));
     // At once: the window may be looking for its files already.
@@ -198,6 +201,7 @@ std::string makeWorkingCopy(uid_t user) {
     moveAside(parent, NEXT_COPY_NAME, old);
     clear(old);
     clear(workingCopy);
+    lockFolder();
     fill(workingCopy);
     return error.what();
   }

@@ -9,6 +9,7 @@ import os
 import shlex
 import shutil
 import stat
+import struct
 import subprocess
 import sys
 import time
@@ -34,6 +35,10 @@ STATIC, DYNAMIC = expected("ethernet-static"), expected("ethernet-dynamic")
 CLIENT, ACCESS_POINT = expected("client"), expected("access-point")
 STATIC_RECORD = b"00 C0 A8 01 0A FF FF FF 00 C0 A8 01 01 "
 DYNAMIC_RECORD = b"01 " + 12 * b"00 "
+
+# An access list, as its attribute holds it.
+USER_MAY_WRITE = struct.pack("<I" + 5 * "HHI", 2, 1, 7, 0xffffffff, 2, 7, USER,
+                             4, 5, 0xffffffff, 16, 7, 0xffffffff, 32, 5, 0xffffffff)
 
 
 def snapshot(*folders):

@@ -6,12 +6,14 @@ import errno
 import os
 import shutil
 import subprocess
+import unittest
 
 from tests.support.files import read
 
 from . import device, device_case
 from .device import ETHERNET, INSTALLED, OLD_COPIES, READERS, USER, WIFI, WORKING_COPY, write
-from .device_case import CLIENT, DYNAMIC, DeviceCase, STATIC, STRANGER, access_of
+from .device_case import (CLIENT, DYNAMIC, DeviceCase, STATIC, STRANGER, USER_MAY_WRITE,
+                          access_of)
 
 PARENT = os.path.dirname(WORKING_COPY)
 
@@ -125,6 +127,33 @@ class Full(DeviceCase):
         self.doCleanups()
         self.request("unlock")
         self.assert_copy(False, ethernet=DYNAMIC, wifi=CLIENT)
+
+
+@unittest.skipUnless(shutil.which("strace"), "no strace")
+class AccessLists(DeviceCase):
+    """A file system without room to remove an access list, also one that is not there."""
+
+    def ask_without_room(self, action, when):
+        return self.ask(action, wrapper=(
+            "strace", "-qq", "-o", "/tmp/trace", "-e", "trace=fremovexattr", "-e",
+            "inject=fremovexattr:error=ENOSPC" + when))
+
+    def test_where_there_is_none_nothing_fails(self):
+        for action in ("unlock", "rollback"):
+            self.assertEqual(self.ask_without_room(action, ""), (0, ""))
+            self.assert_copy(action == "rollback", ethernet=DYNAMIC, wifi=CLIENT)
+
+    def test_one_is_removed_when_there_is_room(self):
+        for when in (":when=1", ":when=1..2", ":when=1..3"):
+            self.request("unlock")
+            os.makedirs(f"{WORKING_COPY}/folder/within")
+            for path in (WORKING_COPY, WORKING_COPY + "/folder"):
+                os.setxattr(path, "system.posix_acl_access", USER_MAY_WRITE)
+            self.assertEqual(self.ask_without_room("rollback", when), (0, ""))
+            self.assert_copy(True, ethernet=DYNAMIC, wifi=CLIENT)
+            self.assertEqual(os.listxattr(WORKING_COPY), [])
+            self.request("rollback")
+            self.assertEqual(os.listdir(OLD_COPIES), [])
 
 
 class ReadOnly(DeviceCase):

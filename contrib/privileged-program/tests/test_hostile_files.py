@@ -6,7 +6,6 @@ import os
 import re
 import socket
 import stat
-import struct
 import subprocess
 import sys
 
@@ -16,7 +15,7 @@ from tests.support.limit import wait_until
 from . import device_case
 from .device import ETHERNET, INSTALLED, OLD_COPIES, STATE, USER, WIFI, WORKING_COPY, write
 from .device_case import (ACCESS_POINT, CLIENT, DYNAMIC, DeviceCase, NOTES, STATIC, STRANGER,
-                          access_of, empty, nmcli_calls)
+                          USER_MAY_WRITE, access_of, empty, nmcli_calls)
 
 # Always twenty more, and on into the last of them; on a file system in memory, not too many at once.
 MAKE_FOLDERS = """
@@ -278,11 +277,9 @@ class HostileFiles(DeviceCase):
         self.assert_copy(True, ethernet=DYNAMIC, wifi=CLIENT)
 
     def test_access_lists_are_taken_away(self):
-        user_may_write = struct.pack("<I" + 5 * "HHI", 2, 1, 7, 0xffffffff, 2, 7, USER,
-                                     4, 5, 0xffffffff, 16, 7, 0xffffffff, 32, 5, 0xffffffff)
         self.request("unlock")
         for name in ("system.posix_acl_access", "system.posix_acl_default"):
-            os.setxattr(WORKING_COPY, name, user_may_write)
+            os.setxattr(WORKING_COPY, name, USER_MAY_WRITE)
         self.request("rollback")
         for path in (WORKING_COPY, f"{WORKING_COPY}/{ETHERNET}"):
             self.assertEqual(os.listxattr(path), [])
