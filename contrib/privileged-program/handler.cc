@@ -307,9 +307,14 @@ void publishRecord(uid_t user, const Settings& settings) try {
 
 void unlock(const Request& request) {
   const Descriptor locked = lock();
-  makeWorkingCopy(request.user);
   forgetSetAside();
-  noteTime(openTrustedFolder(RUN), UNLOCKED_AT, now());
+  makeWorkingCopy(request.user);
+  try {
+    noteTime(openTrustedFolder(RUN), UNLOCKED_AT, now());
+  } catch (const std::exception&) {  // who is told that nothing was done has nothing open
+    makeWorkingCopy(ROOT);
+    throw;
+  }
   note("unlocked for user " + std::to_string(request.user));
 }
 

@@ -106,6 +106,18 @@ class Requests(DeviceCase):
         self.request("finalize_ethernet", "ethernet", sudo=finalize)
         self.assert_installed(STATIC, CLIENT)
 
+    def test_unlock_that_fails_leaves_nothing_open(self):
+        for name in ("unlocked-at", "set-aside"):
+            with self.subTest(name):
+                self.setUp()
+                shutil.rmtree(f"{RUN}/{name}", ignore_errors=True)
+                if name == "set-aside":
+                    write(b"", RUN, name)
+                else:
+                    os.mkdir(f"{RUN}/{name}")
+                self.refused("unlock")
+                self.assert_copy(True, ethernet=DYNAMIC, wifi=CLIENT)
+
     def test_requests_at_the_same_time_agree(self):
         for count in range(10):
             ethernet, wifi = ((STATIC, ACCESS_POINT), (DYNAMIC, CLIENT))[count % 2]
