@@ -116,7 +116,8 @@ bool isAllowed(const Setting& setting, std::string_view value) {
     case Form::TEXT:  // what cannot be printed was refused with its line
       return !holdsLineEnd(value);
     case Form::NAME:  // numbers with ";" behind each are bytes of any value
-      return !holdsLineEnd(value) && (value.empty() || value.back() != ';');
+      return !holdsLineEnd(value) &&
+             !value.substr(0, value.find_last_not_of(' ') + 1).ends_with(';');
   }
   return false;
 }

@@ -141,6 +141,7 @@ class HostileFiles(DeviceCase):
             "end of a line in the name": replace(b"ssid=", b"ssid=\\n"),
             "another end of a line in the name": replace(b"Halvorik AP", b"Halvorik\\\\\\r"),
             "name as numbers": replace(b"ssid=Halvorik AP", b"ssid=72;10;"),
+            "name as numbers, and blanks": replace(b"ssid=Halvorik AP", b"ssid=72;10;  "),
             "end of a line in the password": replace(b"psk=", b"psk=\\\\\\n"),
             "empty address": re.sub(b"address1=.*", b"address1=", ACCESS_POINT),
             "blank address": re.sub(b"address1=.*", b"address1= ", ACCESS_POINT),
