@@ -237,8 +237,14 @@ void setAside(const Request& request) {
   drop(folder, LOCKED_AT, Lasting::NO);
   for (const Connection& connection : CONNECTIONS) {
     drop(folder, connection.file, Lasting::NO);
-    if (const auto content = take(workingCopy, connection.file, user))
-      put(folder, connection.file, *content, {user, ROOT, 0600}, Lasting::NO);
+    std::optional<std::string> content;
+    try {
+      content = take(workingCopy, connection.file, user);
+    } catch (const Refusal& refusal) {
+      complain(std::string("not set aside: ") + refusal.what());
+      content = "";  // is refused too; with no file, the user would seem to have removed it
+    }
+    if (content) put(folder, connection.file, *content, {user, ROOT, 0600}, Lasting::NO);
   }
   // A call from before the session, as one that waited for sudo, has locked it only now.
   const bool isOlder = request.calledAt < timeOf(openTrustedFolder(RUN), UNLOCKED_AT);

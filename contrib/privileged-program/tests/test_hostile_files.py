@@ -313,7 +313,7 @@ class HostileFiles(DeviceCase):
         os.link(f"{WORKING_COPY}/{WIFI}", WORKING_COPY + "/link")
         sudo = self.call_sudo()
         self.ask("rollback")
-        self.refused("finalize_wifi", sudo=sudo, because="nothing was unlocked")
+        self.refused("finalize_wifi", sudo=sudo, because="another type of connection")
         self.assert_installed(DYNAMIC, CLIENT)
 
     def test_folders_that_others_can_write_are_not_trusted(self):

@@ -95,6 +95,20 @@ class Requests(DeviceCase):
         self.assertEqual(nmcli_calls(), [])
         self.assert_installed(DYNAMIC, CLIENT)
 
+    def test_file_that_cannot_be_set_aside_keeps_no_other_from_it(self):
+        self.request("unlock")
+        self.save_static()
+        os.remove(f"{WORKING_COPY}/{WIFI}")
+        os.symlink(f"{INSTALLED}/{WIFI}", f"{WORKING_COPY}/{WIFI}")
+        ethernet, wifi, removal = (self.call_sudo() for _ in range(3))
+        status, errors = self.ask("rollback")
+        self.assertEqual(status, 0)
+        self.assertIn("not set aside: " + WIFI, errors)
+        self.request("finalize_ethernet", "ethernet", sudo=ethernet)
+        self.refused("finalize_wifi", "ZOR", sudo=wifi)
+        self.refused("finalize_wifi", sudo=removal)
+        self.assert_installed(STATIC, CLIENT)
+
     def test_rollback_that_was_called_before_the_session_takes_nothing_away(self):
         rollback = self.call_sudo()
         self.request("unlock")
