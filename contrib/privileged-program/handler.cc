@@ -296,7 +296,7 @@ bool isRecordOfOthers(uid_t user, const Settings& settings) try {
   const std::string expected = recordOf(settings);
   const auto record = takeRecord(user);
   return record && record->size() == expected.size() && *record != expected;
-} catch (const Refusal&) {  // it is not the user's
+} catch (const std::exception&) {  // it is not the user's, or cannot be read
   return false;
 }
 

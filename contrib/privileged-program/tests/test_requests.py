@@ -6,6 +6,7 @@ import fcntl
 import os
 import shutil
 import time
+import unittest
 
 from tests.support.files import UPDATE_RECORD, expected, read
 from tests.support.limit import wait_until
@@ -339,6 +340,20 @@ class Record(DeviceCase):
             self.request("unlock")
             status, errors = self.ask("finalize_ethernet", "ethernet")
             self.assertEqual(status, 0, errors)
+            self.assert_activated()
+
+    @unittest.skipUnless(shutil.which("strace"), "no strace")
+    def test_record_that_cannot_be_looked_for_keeps_nothing_from_being_activated(self):
+        for content in (STATIC, DYNAMIC):  # a change, and the same again
+            self.setUp()
+            self.request("unlock")
+            self.put_into_copy(content, ETHERNET)
+            status, errors = self.ask("finalize_ethernet", "ethernet", wrapper=(
+                "strace", "-qq", "-o", "/tmp/trace", "-P", "/tmp", "-e", "trace=openat",
+                "-e", "inject=openat:error=ENOTDIR"))
+            self.assertEqual(status, 0, errors)
+            self.assertIn("the update record is not handed on", errors)
+            self.assert_installed(content, CLIENT)
             self.assert_activated()
 
     def test_true_record_is_handed_on(self):
