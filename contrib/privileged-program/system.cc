@@ -269,6 +269,8 @@ std::optional<std::string> take(int folder, const std::string& name, uid_t owner
   const Descriptor file(
       openat(folder, name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
   if (file < 0 && errno == ENOENT) return std::nullopt;
+  if (file < 0 && (errno == EMFILE || errno == ENFILE || errno == ENOMEM))
+    fail(name);  // so would any other
   if (file < 0) throw Refusal(name + " cannot be opened, or is a link");
   const struct stat status = statusOf(file);
   if (!S_ISREG(status.st_mode)) throw Refusal(name + " is no plain file");
