@@ -180,7 +180,7 @@ void forgetCaller() {
     const rlimit wanted{plenty, plenty};
     if (setrlimit(limit, &wanted) == 0) continue;
     rlimit current{};  // without the capability, as much as there is to be had
-    getrlimit(limit, &current);
+    if (getrlimit(limit, &current) != 0) continue;
     current.rlim_cur = current.rlim_max;
     (void)setrlimit(limit, &current);
   }

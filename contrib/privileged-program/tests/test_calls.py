@@ -96,6 +96,15 @@ class Calls(DeviceCase):
         self.assertNotIn(b"EVIL", read(NOTES, "environment"))
         self.assertIn(b"PATH=/usr/bin:/bin\n", read(NOTES, "environment"))
 
+    @unittest.skipUnless(shutil.which("strace"), "no strace")
+    def test_limits_that_cannot_be_told_stay_as_they_are(self):
+        tracer = ("strace", "-qq", "-o", "/tmp/trace", "-e", "trace=prlimit64", "-e")
+        self.request("rollback", wrapper=(*tracer, "signal=none"))
+        count = len(read("/tmp/trace").decode().splitlines())
+        for number in range(count - 6, count):  # of seven; those before are the loader's
+            self.request("rollback", wrapper=(
+                *tracer, f"inject=prlimit64:error=EPERM:when={number}..{number + 1}"))
+
     def test_message_is_not_written_to_a_file_that_has_its_streams_number(self):
         self.request("unlock")
         self.save_static()
