@@ -77,6 +77,11 @@ void writeAll(int file, std::string_view content) {
   }
 }
 
+void flush(int file) {
+  while (fsync(file) != 0)
+    if (errno != EINTR) fail("fsync");
+}
+
 Descriptor memoryFile(std::string_view content) {
   Descriptor file(succeed(memfd_create("", MFD_CLOEXEC), "memfd_create"));
   writeAll(file, content);
@@ -293,15 +298,15 @@ void put(int folder, const std::string& name, std::string_view content, const Ac
                 temporary));
     writeAll(file, content);
     give(file, access);
-    if (lasting == Lasting::YES) succeed(fsync(file), "fsync");
+    if (lasting == Lasting::YES) flush(file);
   }
   succeed(renameat(folder, temporary.c_str(), folder, name.c_str()), name);
-  if (lasting == Lasting::YES) succeed(fsync(folder), "fsync");
+  if (lasting == Lasting::YES) flush(folder);
 }
 
 void drop(int folder, const std::string& name, Lasting lasting) {
   if (unlinkat(folder, name.c_str(), 0) != 0 && errno != ENOENT) fail(name);
-  if (lasting == Lasting::YES) succeed(fsync(folder), "fsync");
+  if (lasting == Lasting::YES) flush(folder);
 }
 
 Descriptor makeNewFolder(int folder, const std::string& name) {

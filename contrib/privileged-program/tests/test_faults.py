@@ -194,6 +194,15 @@ class Faults(FaultCase):
                          # the last two: the record, the outcome
                          ["fsync", "renameat", "fsync", "renameat", "renameat"])
 
+    def test_flush_that_is_interrupted_is_tried_again(self):
+        for number in (1, 2):
+            self.request("unlock")
+            self.put_into_copy(STATIC if number == 1 else DYNAMIC, ETHERNET)
+            (status, errors), trace = self.traced(
+                ("finalize_ethernet", "x"), (), "-e", f"inject=fsync:error=EINTR:when={number}")
+            self.assertIn("(INJECTED)", "".join(trace))
+            self.assertEqual(status, 0, errors)
+
 
 class FaultsOfTheService(FaultCase):
     """The client tells that there is no answer, if there is none."""
