@@ -194,6 +194,10 @@ class Machine:
         self.agent.send({"pause": seconds})
         self.agent.receive(LIMIT)
 
+    def clock(self):
+        """Seconds, by the same clock."""
+        return float(self.run("cat /proc/uptime").split()[0])
+
     # Input.
 
     def key(self, *names):
