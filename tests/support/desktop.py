@@ -148,12 +148,10 @@ class Desktop:
                     raise  # else it went while we looked
         return found
 
-    def _atom(self, name):
-        return self._display.intern_atom(name)
-
     def _protocol_message(self, window, name, *data):
-        data = [self._atom(name), X.CurrentTime, *data]
-        message = event.ClientMessage(window=window, client_type=self._atom("WM_PROTOCOLS"),
+        data = [self._display.get_atom(name), X.CurrentTime, *data]
+        message = event.ClientMessage(window=window,
+                                      client_type=self._display.get_atom("WM_PROTOCOLS"),
                                       data=(32, data + [0] * (5 - len(data))))
         window.send_event(message)
         self._display.flush()
