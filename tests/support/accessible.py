@@ -1,13 +1,14 @@
 # SPDX-FileCopyrightText: 2026 The ZOR Network Manager developers
 # SPDX-License-Identifier: MIT
 """What the window tells a screen reader: a tree of accessible objects."""
-from gi.repository import GLib
-
 _ACCESSIBLE = "org.a11y.atspi.Accessible"
 _WINDOW_COORDINATES = 1  # asking for the screen's makes the toolkit print a warning
 _STATES = {4: "checked", 7: "editable", 11: "focusable", 12: "focused", 16: "modal",
            23: "selected", 24: "sensitive", 30: "visible", 43: "read-only"}
-_SAME_ROLE = {"toggle button": "button"}  # what GTK 4.18 calls the button of a drop-down
+_ROLES = {7: "checkbox", 11: "combo box", 16: "dialog", 23: "window", 29: "label", 31: "list",
+          32: "list item", 37: "tab", 38: "tab list", 39: "group", 43: "button", 44: "radio",
+          61: "text box",
+          62: "button", 99: "group"}  # a drop-down's button, and what has a name, in GTK 4.18
 
 
 class Node:
@@ -50,64 +51,68 @@ class Node:
         return line + "".join(child.dump(depth + 1) for child in self.children)
 
 
+class _Item:
+    """What a program tells of an object without being asked for it."""
+
+    def __init__(self, _reference, _application, _parent, _index, _children, interfaces, name, role,
+                 description, _states):
+        self.interfaces = {interface.rpartition(".")[2] for interface in interfaces}
+        self.name = str(name)
+        self.role = _ROLES.get(role, f"role {role}")
+        self.description = str(description)
+
+
 class Reader:
-    """Asks a program for its accessible objects. Throws GLib.Error if one goes meanwhile."""
+    """Asks a program for its accessible objects.
+
+    Raises dbus.DBusException or KeyError if one goes or comes meanwhile.
+    """
 
     def __init__(self, bus):
         self._bus = bus
-        self._fixed = {}  # what never changes of an object: role and interfaces
 
     def _below(self, reference):
         """The references of an accessible object and of all below it, each with its children's."""
         found, level = {}, [reference]
         while level:
-            answers = self._bus.ask(level, _ACCESSIBLE, "GetChildren")
-            found.update(zip(level, (children for (children,) in answers)))
+            found.update((parent, self._bus.ask(parent, _ACCESSIBLE, "GetChildren"))
+                         for parent in level)
             level = [child for parent in level for child in found[parent]]
         return found
 
-    def _states(self, references):
-        for (bits,) in self._bus.ask(references, _ACCESSIBLE, "GetState"):
-            yield {name for bit, name in _STATES.items()
-                   if bits and bits[bit // 32] >> bit % 32 & 1}
+    def _items(self, root):
+        """What a program tells at once of its objects, by reference, and of some that are gone.
 
-    def _names(self, references):
-        """Name and description."""
-        for (known,) in self._bus.ask(references, "org.freedesktop.DBus.Properties", "GetAll",
-                                      GLib.Variant("(s)", (_ACCESSIBLE,))):
-            yield known["Name"], known["Description"]
+        Newer toolkits (4.18) tell only of those that were named as somebody's children, and not
+        of the focus.
+        """
+        owner, _ = root
+        items = self._bus.ask((owner, "/org/a11y/atspi/cache"), "org.a11y.atspi.Cache", "GetItems")
+        return {item[0]: _Item(*item) for item in items}
 
-    def _fix(self, references):
-        """Gets to know what never changes."""
-        new = [reference for reference in references if reference not in self._fixed]
-        for reference, (role,), (interfaces,) in zip(
-                new, self._bus.ask(new, _ACCESSIBLE, "GetRoleName"),
-                self._bus.ask(new, _ACCESSIBLE, "GetInterfaces")):
-            self._fixed[reference] = _SAME_ROLE.get(role, role), {name.rpartition(".")[2] for name in interfaces}
-
-    def _ask_those_with(self, interface, references, method, *arguments):
-        """Asks the objects that have an interface."""
-        able = [reference for reference in references if interface in self._fixed[reference][1]]
-        return dict(zip(able, self._bus.ask(able, "org.a11y.atspi." + interface, method,
-                                            GLib.Variant(*arguments))))
+    def _states(self, reference):
+        bits = self._bus.ask(reference, _ACCESSIBLE, "GetState")
+        return {state for bit, state in _STATES.items() if bits[bit // 32] >> bit % 32 & 1}
 
     def tree(self, root):
         """The node of an object, with all below it that shows."""
         children = self._below(root)
-        references = list(children)
-        self._fix(references)
-        boxes = self._ask_those_with("Component", references, "GetExtents",
-                                     "(u)", (_WINDOW_COORDINATES,))
-        texts = self._ask_those_with("Text", references, "GetText", "(ii)", (0, 1 << 20))
-        nodes = {
-            reference: Node(self._fixed[reference][0], *names, states,
-                            *boxes.get(reference, [None]), *texts.get(reference, [None]))
-            for reference, names, states in zip(references, self._names(references),
-                                                self._states(references))}
-        for reference in reversed(references):  # from below
+        items = self._items(root)
+        nodes = {reference: self._node(reference, items[reference]) for reference in children}
+        for reference in reversed(children):  # from below
             nodes[reference].children = [nodes[child] for child in children[reference]]
             self._drop_hidden_pages(nodes[reference])
         return nodes[root]
+
+    def _node(self, reference, item):
+        box = text = None
+        if "Component" in item.interfaces:
+            box = tuple(map(int, self._bus.ask(reference, "org.a11y.atspi.Component", "GetExtents",
+                                               _WINDOW_COORDINATES, signature="u")))
+        if "Text" in item.interfaces:
+            text = str(self._bus.ask(reference, "org.a11y.atspi.Text", "GetText", 0, 1 << 20,
+                                     signature="ii"))
+        return Node(item.role, item.name, item.description, self._states(reference), box, text)
 
     @staticmethod
     def _drop_hidden_pages(node):
@@ -123,23 +128,17 @@ class Reader:
 
     def select(self, root, role, number):
         """Selects a child of the first object of a role below an object."""
-        references = list(self._below(root))
-        self._fix(references)
-        whole = next(found for found in references if self._fixed[found][0] == role
-                     and "Selection" in self._fixed[found][1])
-        self._bus.ask([whole], "org.a11y.atspi.Selection", "SelectChild",
-                      GLib.Variant("(i)", (number,)))
+        references, items = self._below(root), self._items(root)
+        whole = next(reference for reference in references if items[reference].role == role
+                     and "Selection" in items[reference].interfaces)
+        self._bus.ask(whole, "org.a11y.atspi.Selection", "SelectChild", number, signature="i")
 
     def focused(self, root):
         """Role and name of what has the focus below an object, or None."""
-        ((windows,),) = self._bus.ask([root], _ACCESSIBLE, "GetChildren")
-        for window in reversed(windows):
-            references = list(self._below(window))
-            found = [reference for reference, states in zip(references, self._states(references))
-                     if "focused" in states]
+        for window in reversed(self._bus.ask(root, _ACCESSIBLE, "GetChildren")):
+            found = [reference for reference in self._below(window)
+                     if "focused" in self._states(reference)]
             if found:
-                reference = found[-1]  # a list's row, and not the button that opened it
-                self._fix([reference])
-                ((name, _),) = self._names([reference])
-                return self._fixed[reference][0], name
+                item = self._items(root)[found[-1]]  # a list's row, not the button that opened it
+                return item.role, item.name
         return None

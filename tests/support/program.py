@@ -3,7 +3,7 @@
 """The program under test, its window as a person sees and uses it."""
 import time
 
-from gi.repository import GLib
+from dbus import DBusException
 
 from tests.support.accessible import Reader
 from tests.support.limit import wait_until
@@ -49,7 +49,7 @@ class Program(Process):
             assert self.process.poll() is None, f"the program ended:\n{self.errors}"
             try:
                 tree = self._reader.tree(reference)
-            except GLib.Error:  # something went while we looked
+            except (DBusException, KeyError):  # something went or came while we looked
                 return None
             before, last = last, tree.dump()
             laid_out = sorted(child.box[2:] for child in tree.children)
@@ -118,7 +118,7 @@ class Program(Process):
         reference = self._take_input()
         try:
             return self._reader.focused(reference)
-        except GLib.Error:  # something went while we looked
+        except (DBusException, KeyError):  # something went or came while we looked
             return self.focused()
 
     # Acting, with the keyboard alone.
