@@ -24,6 +24,7 @@ struct KeyfileEntry {
  * written, which NetworkManager does not accept. Every line ends in LF afterwards.
  *
  * Blocks for 50 ms between reading and writing. A file that cannot be read is left empty (created,
- * if it is missing); one that cannot be written stays as it is. Nothing is reported.
+ * if it is missing), but for a reason that may pass (base/retry.h) it stays as it is, and so does
+ * one that cannot be written. Nothing is reported.
  */
 void removeKeyfileValueQuotes(const std::string& path);

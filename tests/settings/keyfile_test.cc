@@ -149,6 +149,22 @@ TEST_F(KeyfileQuotes, UnwritableFileStaysAndUnreadableOneIsEmptied) {
   }
 }
 
+TEST_F(KeyfileQuotes, FileThatMayBeReadableLaterStays) {
+  writeBytes(file, "proto=\"rsn;\"\n");
+  EXPECT_EQ(0, inChild([&] {
+              const ResourceLimit none(RLIMIT_NOFILE, 0);
+              // Readable again when it has been tried four times more, twice, with a pause between.
+              inThePause = [pauses = 0]() mutable {
+                rlimit some{};
+                getrlimit(RLIMIT_NOFILE, &some);
+                some.rlim_cur = 64;
+                if (++pauses > 4 + 1 + 4) setrlimit(RLIMIT_NOFILE, &some);
+              };
+              removeKeyfileValueQuotes(file);
+            }));
+  EXPECT_BYTES_EQ("proto=\"rsn;\"\n", readBytes(file));
+}
+
 TEST_F(KeyfileQuotes, DirectoriesAndFifosAreLeftAlone) {
   std::filesystem::create_directory(file);
   removeQuotes();
