@@ -7,6 +7,7 @@
 
 #include "app/NetworkManagerConfig.h"
 #include "app/inherited.h"
+#include "base/retry.h"
 
 namespace {
 
@@ -16,13 +17,18 @@ constexpr const char* PERMISSIONS_HANDLER = "zor-network-permissions-handler";
 
 void NetworkManagerConfig::runPermissionsHandler(const std::string& action,
                                                  const std::string& argument) const {
-  if (fork() != 0) return;
+  pid_t child = -1;
+  (void)succeedsOnRetry([&] { return (child = fork()) >= 0; });
+  if (child != 0) return;
 
   // Not flushed: it shows on a terminal, and nowhere else.
   std::cout << "Calling permissions handler action: " + action + "\n";
   restoreInherited();  // not before the line: a reader that is gone would end the request
-  execlp(PERMISSIONS_HANDLER, PERMISSIONS_HANDLER, action.c_str(),
-         argument.empty() ? nullptr : argument.c_str(), nullptr);
+  (void)succeedsOnRetry([&] {
+    execlp(PERMISSIONS_HANDLER, PERMISSIONS_HANDLER, action.c_str(),
+           argument.empty() ? nullptr : argument.c_str(), nullptr);
+    return false;
+  });
   std::perror("Failed to execute zor-network-permissions-handler");
   _exit(1);
 }

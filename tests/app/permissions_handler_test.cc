@@ -3,7 +3,9 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <pty.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 #include <array>
@@ -123,6 +125,27 @@ TEST_F(PermissionsHandler, IsAnnouncedOnATerminalOnlyEvenIfItCannotBeExecuted) {
   EXPECT_EQ("Calling permissions handler action: finalize_wifi\r\n" + FAILED +
                 "No such file or directory\r\n",
             text);
+}
+
+TEST_F(PermissionsHandler, IsStartedWhenAProcessCanBeStartedAgain) {
+  EXPECT_EQ(0, asOrdinaryUser([] {
+              rlimit limit{};
+              ASSERT_EQ(0, getrlimit(RLIMIT_NPROC, &limit));
+              limit.rlim_cur = 0;
+              static rlim_t before = limit.rlim_max;
+              ASSERT_EQ(0, setrlimit(RLIMIT_NPROC, &limit));
+              struct sigaction action {};
+              action.sa_handler = [](int) {
+                const rlimit enough{before, before};
+                setrlimit(RLIMIT_NPROC, &enough);
+              };
+              sigaction(SIGALRM, &action, nullptr);
+              const itimerval once{{0, 0}, {0, 10'000}};
+              setitimer(ITIMER_REAL, &once, nullptr);
+              NetworkManagerConfig::getInstance().runPermissionsHandler("unlock", "");
+              EXPECT_TRUE(hasChild());
+              waitForChildren();
+            }));
 }
 
 TEST_F(PermissionsHandler, IsForgottenSilentlyWhenNoProcessCanBeStarted) {

@@ -4,12 +4,12 @@
 
 usage: [--table | --sample N] PROGRAM PRESS DISCOVER [SCENARIO...]
 
-The real program saves, again and again, traced. In each run exactly one of the system calls that
-the save makes fails with an error, or the program is killed in its place; besides, whole runs take
-place on a full or read-only file system. Then the bytes on the disk are looked up among those that
-the rules of writing allow at that point; what is not among them is LOST. Reports each scenario as
-a test (TAP), with one error for each call, in turn (--sample: only every N-th of these runs); with
---table it takes every error and prints (call, errors, what is on disk, verdict).
+The real program saves in debug mode, again and again, traced. In each run exactly one of the system
+calls that the save makes fails with an error, or the program is killed in its place; besides, whole
+runs take place on a full or read-only file system. Then the bytes on the disk are looked up among
+those that the rules of writing allow at that point; what is not among them is LOST. Reports each
+scenario as a test (TAP), with one error for each call, in turn (--sample: only every N-th of these
+runs); with --table it takes every error and prints (call, errors, what is on disk, verdict).
 """
 import argparse
 import itertools
@@ -29,7 +29,6 @@ from tests.ini import model
 from tests.support import isolation, tap
 from tests.support.files import SOURCES, read
 from tests.support.limit import SAMPLE
-from tests.support.recorder import NAME
 
 KINDS = ("faults", "kills")
 WORKERS = 2 * len(os.sched_getaffinity(0))  # a save sleeps for a part of its time
@@ -50,7 +49,7 @@ ERRORS = {
 
 # ---- Verdicts
 
-def judge_flow(runner, status, forked=True, identity=None):
+def judge_flow(runner, status, identity=None):
     """What was wrong with the flow after the fault: the save ends as if there had been none."""
     scenario = runner.scenario
     if identity is None:
@@ -58,21 +57,18 @@ def judge_flow(runner, status, forked=True, identity=None):
     allowed = {*runner.expected_errors, "Error: Unable to create the file.",
                f"Failed to create new Wi-Fi connection file at: {runner.keyfile}"}
     problems = [line for line in errors_in(runner) if line not in allowed]
-    executed = not (problems and problems[-1].startswith(f"Failed to execute {NAME}: "))
-    if not executed:
-        problems.pop()
     if status != 0:
         problems.append(f"ended with {status}")
     request = [f"finalize_{scenario.kind}", *([identity.decode()] if identity else [])]
     requests = runner.recorder.calls()
-    if requests != ([request] if executed and forked else []):
+    if requests != [request]:
         problems.append(f"requests: {requests}")
     return problems
 
 
-def judge_fault(runner, status, forked=True):
+def judge_fault(runner, status):
     """What is on the disk after a fault, and what is wrong."""
-    problems = judge_flow(runner, status, forked)
+    problems = judge_flow(runner, status)
     keyfile_now = read(runner.keyfile)
     disk = runner.scenario.after_fault().get(keyfile_now, "LOST")
     if os.path.exists(runner.temporary):
@@ -117,7 +113,7 @@ def run_call(runner, name, number, line, error):
         disk, problems = judge_kill(runner, status)
         hit = [call for call in trace if call.endswith("= ?")]
     else:
-        disk, problems = judge_fault(runner, status, name != "clone")
+        disk, problems = judge_fault(runner, status)
         hit = [call for call in trace if call.endswith("(INJECTED)")][:1]
     if [described(call.partition(" ")[2].strip()) for call in hit] != [described(line)]:
         problems.append(f"hit {hit} and not {line}")
