@@ -10,6 +10,7 @@
 #include <cstring>
 #include <utility>
 
+#include "base/flush.h"
 #include "base/open_private.h"
 #include "base/write_all.h"
 
@@ -53,7 +54,7 @@ bool copyBytes(int source, int target) {
 /** Copies a file into one that was created for it, and that does not stay if this fails. */
 bool copy(const char* path, int target, const char* place) {
   const int source = openPrivate(path, O_RDONLY);
-  bool copied = source >= 0 && copyBytes(source, target);
+  bool copied = source >= 0 && copyBytes(source, target) && flush(target);
   if (source >= 0) close(source);
   copied = close(target) == 0 && copied;
   if (!copied) (void)unlink(place);
@@ -71,7 +72,7 @@ TemporaryFile::~TemporaryFile() {
 }
 
 bool TemporaryFile::close() {
-  const bool flushed = fsync(opened) == 0 || errno == EINVAL;  // which no file system has to offer
+  const bool flushed = flush(opened);
   return ::close(std::exchange(opened, -1)) == 0 && flushed;
 }
 

@@ -12,6 +12,7 @@
 #include <cstdio>
 #include <new>
 
+#include "base/flush.h"
 #include "base/open_private.h"
 #include "base/retry.h"
 #include "base/temporary_file.h"
@@ -113,9 +114,12 @@ void removeFile(const std::string& path) {
 
 void flushToDisk(const std::string& path) {
   for (const std::string& name : {path, path.substr(0, path.rfind('/') + 1)}) {
-    const int descriptor = openPrivate(name.c_str(), O_RDONLY);
-    if (descriptor < 0) continue;
-    fsync(descriptor);
-    close(descriptor);
+    (void)succeedsOnRetry([&] {
+      const int descriptor = openPrivate(name.c_str(), O_RDONLY);
+      if (descriptor < 0) return errno == ENOENT;
+      const bool flushed = flush(descriptor);
+      close(descriptor);
+      return flushed;
+    });
   }
 }

@@ -209,10 +209,30 @@ TEST_F(FailingCalls, FlushingIsAboutTheFileAndItsFolder) {
     EXPECT_EQ(flushes, counted.calls()) << path;
   }
   // A failure changes nothing: the folder is flushed all the same.
-  const FailingCall failing({"fsync", EIO});
+  const FailingCall failing({"fsync", EACCES});
   flushToDisk(file);
-  EXPECT_EQ(2, failing.calls());
+  EXPECT_EQ(4, failing.calls());
   expectOnly("old");
+}
+
+TEST_F(FailingCalls, FlushingIsTriedAgain) {
+  {
+    const FailingCall failing({"fsync", EIO, 0, 1});
+    flushToDisk(file);
+    EXPECT_EQ(3, failing.calls());
+  }
+  const FailingCall failing({"open", EMFILE, 0, 1});
+  const FailingCall counted({"fsync", 0, 0, 0});
+  flushToDisk(file);
+  EXPECT_EQ(2, counted.calls());
+}
+
+TEST_F(FailingCalls, CopyIsFlushedBeforeTheTemporaryFileGoes) {
+  const FailingCall unmovable({"rename", EXDEV});
+  const FailingCall failing({"fsync", EIO, 1, 1});
+  EXPECT_FALSE(replaceFile(file, "new"));
+  EXPECT_EQ(2, failing.calls());
+  EXPECT_BYTES_EQ("new", readBytes(temporary));
 }
 
 }  // namespace
