@@ -19,7 +19,9 @@ namespace {
 constexpr const char* SYSTEM_DIRECTORY = "/etc/NetworkManager/system-connections";
 
 void createDefaultFile(const std::string& path, std::string_view content, std::string_view type) {
-  if (replaceFile(path, content) || overwriteFile(path, std::string(content))) {
+  // One that could not be read was not found either, and is not to be lost for that.
+  if (!isUnreadable(path) &&
+      (replaceFile(path, content) || overwriteFile(path, std::string(content)))) {
     logLine("New ", type, " connection file created at: ", path);
   } else {
     // Says "Wi-Fi" for both types, on purpose: one text to look for in a log.

@@ -52,7 +52,10 @@ class NetworkManagerConfig {
   std::string getEthernetConnectionPath() const;
   const std::string& getWifiConnectionPath() const;
 
-  /** Writes a default keyfile in the directory. The path is the new one even if that fails. */
+  /**
+   * Writes a default keyfile in the directory, unless a file that cannot be read has its name. The
+   * path is the new one even if that fails.
+   */
   void createDefaultEthernetFile();
   void createDefaultWifiFile();
 

@@ -93,6 +93,16 @@ bool replaceFile(const std::string& path, std::string_view content) {
   return replaced;
 }
 
+bool isUnreadable(const std::string& path) {
+  const bool opened = succeedsOnRetry([&] {
+    const int descriptor = openPrivate(path.c_str(), O_RDONLY);
+    if (descriptor < 0) return errno == ENOENT;
+    close(descriptor);
+    return true;
+  });
+  return !opened && (errno == EACCES || mayPass(errno));
+}
+
 bool overwriteFile(const std::string& path, std::string content) {
   const std::size_t length = content.size();
   return succeedsOnRetry([&] {
@@ -104,7 +114,7 @@ bool overwriteFile(const std::string& path, std::string content) {
 }
 
 void moveFile(const std::string& from, const std::string& to) {
-  if (isReplaceable(to))
+  if (isReplaceable(to) && !isUnreadable(to))
     (void)succeedsOnRetry([&] { return std::rename(from.c_str(), to.c_str()) == 0; });
 }
 

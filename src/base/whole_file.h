@@ -22,6 +22,9 @@ std::optional<std::string> readFile(const std::string& path);
  */
 bool replaceFile(const std::string& path, std::string_view content);
 
+/** Whether a file is there that cannot be opened for reading: nobody knows what it holds. */
+bool isUnreadable(const std::string& path);
+
 /**
  * Writes new bytes over the old ones of a private file (base/open_private.h), creating it where it
  * is missing. A full disk or a kill leaves the old bytes or the new ones, perhaps with empty lines
@@ -31,8 +34,9 @@ bool replaceFile(const std::string& path, std::string_view content);
 bool overwriteFile(const std::string& path, std::string content);
 
 /**
- * Gives a file another name in the same folder, in place of a file or link that has it. At every
- * moment, a power cut included, the file has one of the two names. A failure is not reported.
+ * Gives a file another name in the same folder, in place of a file or link that has it, unless that
+ * is unreadable. At every moment, a power cut included, the file has one of the two names. A
+ * failure is not reported.
  */
 void moveFile(const std::string& from, const std::string& to);
 

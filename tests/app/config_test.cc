@@ -353,6 +353,24 @@ TEST_F(DefaultFiles, AreWrittenInPlaceWhereNoOtherFileCanBeMade) {
   EXPECT_BYTES_EQ(expectedKeyfile("ethernet-default"), readBytes(ethernet));
 }
 
+TEST_F(DefaultFiles, ReplaceNothingThatCannotBeRead) {
+  for (const mode_t mode : {0000, 0200}) {
+    writeBytes(ethernet, ETHERNET_FILE);
+    chmod(ethernet.c_str(), mode);
+    directory.giveToOrdinaryUser();
+    EXPECT_EQ(0, asOrdinaryUser([&] {
+                EXPECT_EQ(printedBy([&] { config.createDefaultEthernetFile(); }),
+                          "! Failed to create new Wi-Fi connection file at: " + ethernet + "\n");
+              }));
+    EXPECT_BYTES_EQ(ETHERNET_FILE, readBytes(ethernet));
+    std::filesystem::remove(ethernet);
+  }
+  writeBytes(wifi, WIFI_FILE);
+  const Lease lease(wifi, Lease::FOR_GOOD);
+  EXPECT_EQ(printedBy([&] { config.createDefaultWifiFile(); }),
+            "! Failed to create new Wi-Fi connection file at: " + wifi + "\n");
+}
+
 TEST_F(DefaultFiles, FailureIsReportedAndThePathKept) {
   std::filesystem::create_directory(ethernet);
   ASSERT_EQ(0, mkfifo(wifi.c_str(), 0600));  // is not waited for either

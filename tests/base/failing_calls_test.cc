@@ -235,4 +235,17 @@ TEST_F(FailingCalls, CopyIsFlushedBeforeTheTemporaryFileGoes) {
   EXPECT_BYTES_EQ("new", readBytes(temporary));
 }
 
+TEST_F(FailingCalls, FileThatCannotBeReadKeepsItsName) {
+  writeBytes(temporary, "moved");
+  {
+    const FailingCall failing({"open", EMFILE});
+    EXPECT_TRUE(isUnreadable(file));
+    EXPECT_TRUE(isUnreadable(directory.file("missing")));  // for all that is known
+    moveFile(temporary, file);
+  }
+  EXPECT_BYTES_EQ("old", readBytes(file));
+  EXPECT_FALSE(isUnreadable(file));
+  EXPECT_FALSE(isUnreadable(directory.file("missing")));
+}
+
 }  // namespace
