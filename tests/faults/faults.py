@@ -108,7 +108,7 @@ def run_call(runner, name, number, line, error):
     """One call fails, or is the last one."""
     runner.prepare()
     effect = "signal=KILL" if error == "KILL" else f"error={error}"
-    status, trace = runner.run(f"inject={name}:{effect}" + (f":when={number}" if number else ""))
+    status, trace = runner.run(f"inject={name}:{effect}:when={number}")
     if error == "KILL":
         disk, problems = judge_kill(runner, status)
         hit = [call for call in trace if call.endswith("= ?")]
@@ -200,7 +200,7 @@ def cases(runner, every):
                            lambda *call: run_call(runner, *call), (name, number, line, error)))
     for error in ERRORS["clone"]:
         result.append(("faults", "clone", error,
-                       lambda *call: run_call(runner, *call), ("clone", 0, "clone(", error)))
+                       lambda *call: run_call(runner, *call), ("clone", 1, "clone(", error)))
     writes = [line for _, _, line in calls if is_direct_write(line)]
     for number, line in enumerate(writes, 1):
         result.append(("faults", described(line), "short",
