@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: MIT
 #include <sys/stat.h>
 
+#include <filesystem>
+
 #include "window_test.h"
 
 namespace {
@@ -200,6 +202,21 @@ TEST_F(Settings, DefaultFileThatCannotBeMadeIsReportedAndItsNameKept) {
             lines({"Removing existing Wi-Fi settings file at " + wifiFile(),
                    "Resetting Wifi Credentials"}));
   EXPECT_TRUE(exists(ethernetFile()) && exists(wifiFile())) << "only files are deleted";
+}
+
+TEST_F(Settings, DefaultFileThatFindsNoRoomLeavesTheOldOneUnderItsName) {
+  const auto room = expectedKeyfile("wifi-default").size() - 1;
+  for (const char* name : {"old", "wlan0.nmconnectio~"}) {
+    std::filesystem::remove(wifiFile());
+    writeBytes(directory.file(name), "[connection]\ntype=wifi\n[wifi]\nmode=ap\n");
+    open();
+    showPage(WIFI);
+    choose("Client");
+    const ResourceLimit full(RLIMIT_FSIZE, room);
+    printedBy([this] { window->resetWifiFileOnModeChange(); });
+    EXPECT_EQ(directory.names(), std::vector<std::string>{"wlan0.nmconnection"});
+    EXPECT_BYTES_EQ("[connection]\ntype=wifi\n[wifi]\nmode=ap\n", readBytes(wifiFile()));
+  }
 }
 
 // ---- Resets
