@@ -83,5 +83,7 @@ void attachField(Gtk::Grid& grid, Gtk::Label& label, Gtk::Widget& field, int col
   grid.attach(label, column, row);
   grid.attach(field, column + 1, row);
   label.set_mnemonic_widget(field);
+  // A check trims the end of a line away, which would end the value in the keyfile.
+  if (auto* entry = dynamic_cast<Gtk::Entry*>(&field)) entry->property_truncate_multiline() = true;
   showAll({&label, &field});
 }

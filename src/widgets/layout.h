@@ -29,5 +29,8 @@ void layOutDeviceBox(Gtk::Box& box, Gtk::Grid& grid, Gtk::Label& label, Gtk::Ent
 void layOutChoice(Gtk::Box& box, Gtk::Label& title, Gtk::Frame& frame, Gtk::Grid& grid,
                   std::initializer_list<Gtk::CheckButton*> buttons);
 
-/** Puts a label into a cell and its field into the next one, and names the field by the label. */
+/**
+ * Puts a label into a cell and its field into the next one, and names the field by the label. Of
+ * what is pasted into an entry the first line is taken.
+ */
 void attachField(Gtk::Grid& grid, Gtk::Label& label, Gtk::Widget& field, int column, int row);
