@@ -7,7 +7,7 @@ import unittest
 
 
 class _Result(unittest.TestResult):
-    """One point a test; a failure's text follows as comment lines."""
+    """One point a test. Why one failed goes to standard error: of a failed program that is shown."""
 
     def __init__(self, stream):
         super().__init__()
@@ -20,8 +20,7 @@ class _Result(unittest.TestResult):
         print(f"{verdict} {self.points} - {name}{directive}", file=self.tap, flush=True)
 
     def _failed(self, test, text):
-        for line in text.rstrip().splitlines():
-            print("# " + line, file=self.tap)
+        print(text.rstrip(), file=sys.stderr)
         self._point("not ok", test)
 
     def startTest(self, test):
