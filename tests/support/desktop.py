@@ -178,8 +178,8 @@ class Desktop:
                     return True
                 if answer.type in (X.DestroyNotify, X.UnmapNotify) and answer.window == window:
                     return False
-            select.select([self._display], [], [], 0.02)
-            if window.id not in [known.id for known, _ in self.windows()]:
+            if (not select.select([self._display], [], [], 0.02)[0]
+                    and window.id not in [known.id for known, _ in self.windows()]):
                 return False
         raise TimeoutError("the program does not answer")
 
