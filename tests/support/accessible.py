@@ -14,13 +14,13 @@ _ROLES = {7: "checkbox", 11: "combo box", 16: "dialog", 23: "window", 29: "label
 class Node:
     """One accessible object at the moment of a look: kind, label, states, place, text."""
 
-    def __init__(self, role, name, description, states, box, text):
-        self.role = role
-        self.name = name
-        self.description = description
+    def __init__(self, item, states, box, text):
+        self.role = item.role
+        self.name = item.name
+        self.description = item.description
         self.states = states
-        self.box = box
-        self.text = text
+        self.box = None if box is None else tuple(map(int, box))
+        self.text = None if text is None else str(text)
         self.children = []
 
     def walk(self):
@@ -51,11 +51,17 @@ class Node:
         return line + "".join(child.dump(depth + 1) for child in self.children)
 
 
+def _state_names(bits):
+    return {state for bit, state in _STATES.items() if bits[bit // 32] >> bit % 32 & 1}
+
+
 class _Item:
     """What a program tells of an object without being asked for it."""
 
-    def __init__(self, _reference, _application, _parent, _index, _children, interfaces, name, role,
-                 description, _states):
+    def __init__(self, _reference, _application, _parent, _index, children, interfaces, name, role,
+                 description, states):
+        self.is_leaf = children == 0
+        self.states = _state_names(states)
         self.interfaces = {interface.rpartition(".")[2] for interface in interfaces}
         self.name = str(name)
         self.role = _ROLES.get(role, f"role {role}")
@@ -71,16 +77,7 @@ class Reader:
     def __init__(self, bus):
         self._bus = bus
 
-    def _below(self, reference):
-        """The references of an accessible object and of all below it, each with its children's."""
-        found, level = {}, [reference]
-        while level:
-            found.update((parent, self._bus.ask(parent, _ACCESSIBLE, "GetChildren"))
-                         for parent in level)
-            level = [child for parent in level for child in found[parent]]
-        return found
-
-    def _items(self, root):
+    def _told(self, root):
         """What a program tells at once of its objects, by reference, and of some that are gone.
 
         Newer toolkits (4.18) tell only of those that were named as somebody's children, and not
@@ -90,29 +87,50 @@ class Reader:
         items = self._bus.ask((owner, "/org/a11y/atspi/cache"), "org.a11y.atspi.Cache", "GetItems")
         return {item[0]: _Item(*item) for item in items}
 
-    def _states(self, reference):
-        bits = self._bus.ask(reference, _ACCESSIBLE, "GetState")
-        return {state for bit, state in _STATES.items() if bits[bit // 32] >> bit % 32 & 1}
+    def _below(self, reference):
+        """An object and all below it: the references of each one's children, and its item."""
+        items, children, level = self._told(reference), {}, [reference]
+        while level:
+            children.update(dict.fromkeys(level, ()))
+            # What a program tells of itself is that it had no window.
+            children.update(self._ask_all(
+                [found for found in level
+                 if found == reference or found not in items or not items[found].is_leaf],
+                _ACCESSIBLE, "GetChildren"))
+            level = [child for parent in level for child in children[parent]]
+        if not items.keys() >= children.keys():
+            items = self._told(reference)
+        return children, {found: items[found] for found in children}
+
+    def _ask_all(self, references, *question, signature=""):
+        """The answers of objects, by reference."""
+        answers = self._bus.ask_all(references, *question, signature=signature)
+        return {reference: answers[number] for number, reference in enumerate(references)}
+
+    def _states(self, references):
+        """The states of objects, by reference."""
+        return {reference: _state_names(bits) for reference, bits
+                in self._ask_all(references, _ACCESSIBLE, "GetState").items()}
 
     def tree(self, root):
         """The node of an object, with all below it that shows."""
-        children = self._below(root)
-        items = self._items(root)
-        nodes = {reference: self._node(reference, items[reference]) for reference in children}
-        for reference in reversed(children):  # from below
-            nodes[reference].children = [nodes[child] for child in children[reference]]
-            self._drop_hidden_pages(nodes[reference])
-        return nodes[root]
+        children, items = self._below(root)
 
-    def _node(self, reference, item):
-        box = text = None
-        if "Component" in item.interfaces:
-            box = tuple(map(int, self._bus.ask(reference, "org.a11y.atspi.Component", "GetExtents",
-                                               _WINDOW_COORDINATES, signature="u")))
-        if "Text" in item.interfaces:
-            text = str(self._bus.ask(reference, "org.a11y.atspi.Text", "GetText", 0, 1 << 20,
-                                     signature="ii"))
-        return Node(item.role, item.name, item.description, self._states(reference), box, text)
+        def ask(interface, *question, signature):
+            return self._ask_all([reference for reference, item in items.items()
+                                  if interface in item.interfaces],
+                                 f"org.a11y.atspi.{interface}", *question, signature=signature)
+
+        states = self._states(list(items))
+        boxes = ask("Component", "GetExtents", _WINDOW_COORDINATES, signature="u")
+        texts = ask("Text", "GetText", 0, 1 << 20, signature="ii")
+        nodes = {}
+        for reference in reversed(children):  # from below
+            nodes[reference] = node = Node(items[reference], states[reference],
+                                           boxes.get(reference), texts.get(reference))
+            node.children = [nodes[child] for child in children[reference]]
+            self._drop_hidden_pages(node)
+        return nodes[root]
 
     @staticmethod
     def _drop_hidden_pages(node):
@@ -128,17 +146,19 @@ class Reader:
 
     def select(self, root, role, number):
         """Selects a child of the first object of a role below an object."""
-        references, items = self._below(root), self._items(root)
-        whole = next(reference for reference in references if items[reference].role == role
-                     and "Selection" in items[reference].interfaces)
+        _, items = self._below(root)
+        whole = next(reference for reference, item in items.items() if item.role == role
+                     and "Selection" in item.interfaces)
         self._bus.ask(whole, "org.a11y.atspi.Selection", "SelectChild", number, signature="i")
 
     def focused(self, root):
         """Role and name of what has the focus below an object, or None."""
         for window in reversed(self._bus.ask(root, _ACCESSIBLE, "GetChildren")):
-            found = [reference for reference in self._below(window)
-                     if "focused" in self._states(reference)]
+            _, items = self._below(window)
+            able = [reference for reference, item in items.items() if "focusable" in item.states]
+            found = [reference for reference, states in self._states(able).items()
+                     if "focused" in states]
             if found:
-                item = self._items(root)[found[-1]]  # a list's row, not the button that opened it
+                item = items[found[-1]]  # a list's row, not the button that opened it
                 return item.role, item.name
         return None

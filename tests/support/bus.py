@@ -3,6 +3,7 @@
 """A session bus with accessibility, and what can be asked there."""
 import os
 import shutil
+from functools import partial
 
 import dbus
 import dbus.bus
@@ -53,8 +54,23 @@ class Bus:
 
         Raises dbus.DBusException if there is no such object, or no longer.
         """
-        return _call(self._accessibility, *reference, interface, method, *arguments,
-                     signature=signature)
+        return self.ask_all([reference], interface, method, *arguments, signature=signature)[0]
+
+    def ask_all(self, references, interface, method, *arguments, signature=""):
+        """Calls the same method of many objects; returns their answers by number.
+
+        None is waited for before the next is asked, which is several times as fast.
+        """
+        answers, errors = {}, []
+        asked = [self._accessibility.call_async(
+            *reference, interface, method, signature, arguments,
+            partial(answers.__setitem__, number), errors.append,
+            timeout=LIMIT, require_main_loop=False) for number, reference in enumerate(references)]
+        for answer in asked:
+            answer.block()
+        if errors:
+            raise errors[0]
+        return answers
 
     def application(self, pid):
         """The owner's name and the path of a process' (or its child's) root object, or None."""
