@@ -159,6 +159,7 @@ class Reader:
             found = [reference for reference, states in self._states(able).items()
                      if "focused" in states]
             if found:
-                item = items[found[-1]]  # a list's row, not the button that opened it
+                # A list's row, not the button that opened it; it may just have got its name.
+                item = self._told(root)[found[-1]]
                 return item.role, item.name
         return None
