@@ -250,12 +250,13 @@ class Keyboard(AccessCase):
             self.choose_channel(program, "11", "End", "Return")
 
     def test_channel_is_chosen_where_its_button_is_off_the_screen(self):
-        # The list cannot be drawn there, which the toolkit complains of; the keys work all the same.
+        # The list cannot be drawn there, which the toolkit complains of; the keys work all the same,
+        # but that newer ones (4.18) lose a key now and then.
         self.desktop = self.enterContext(Desktop((480, 320)))
         program = self.run_on("Wifi", environment={"G_DEBUG": ""}, wlan0=ACCESS_POINT)
         self.open_channels(program, "6")
-        self.desktop.press("Down")
-        wait_until(lambda: program.focused() == ("list item", "7"), "the next row")
+        wait_until(lambda: program.focused() == ("list item", "7") or self.desktop.press("Down"),
+                   "the next row", interval=0.3)
         self.choose_channel(program, "7", "Return")
         program.focus_and_press("button", "Save And Exit", "space")
         self.assertEqual(program.finish(), 0)
