@@ -12,6 +12,7 @@ INSTALLED = "/var/lib/zor-network/connections"
 # Address, mask and its bits, gateway, name server: on two networks of the other end.
 FIRST = ("10.20.30.40", "255.255.240.0", 20, "10.20.16.1", "10.20.16.53")
 SECOND = ("172.16.5.9", "255.255.252.0", 22, "172.16.4.1", "172.16.7.53")
+ACCESS_POINT = "Halvorik test"
 PASSWORD = "open-sesame 9"
 
 
@@ -34,6 +35,9 @@ class Journeys:
         """Until the wired address is one of the other end's DHCP server."""
         self.machine.wait_for("ip -4 address show eth0 | grep -q 'inet 192.168.77.1[0-5]' && "
                               "ping -n -c 1 -W 5 192.168.77.1", "a lease")
+
+    def has_access_point(self):
+        self.machine.wait_for("iw dev wlan0 info | grep -q 'type AP'", "the access point")
 
     def installed(self, name):
         """The text of an installed keyfile."""
@@ -108,39 +112,48 @@ class Journeys:
         self.has_address(SECOND[0], SECOND[2], SECOND[3])
         return "old keyfile in the working copy and in use"
 
-    def fill_access_point(self, channel, ssid):
-        for name, text in (("SSID", ssid), ("Password", PASSWORD),
+    def fill_access_point(self, channel):
+        for name, text in (("SSID", ACCESS_POINT), ("Password", PASSWORD),
                            ("Access point's IP Address", "192.168.4.1"),
                            ("Access point's Subnet Mask", "255.255.255.0")):
             self.window.fill(name, text)
         self.window.choose_channel(channel)
 
-    def access_point(self, channel=6, ssid="Halvorik test"):
-        """An access point: a second radio joins with its password, and not with another one."""
-        machine, window = self.machine, self.window
-        window.touch("Wifi")
-        if "mode=ap\n" not in machine.attempt(f"cat {WORKING_COPY}/wlan0.nmconnection")[1]:
-            window.touch("Access Point")
-        self.fill_access_point(channel, ssid)
-        machine.keep(f"access-point-{channel or 'Auto'}")
+    def save_access_point(self, channel):
+        """Saves what is filled in, and waits for the access point. Returns its channel."""
+        self.machine.keep(f"access-point-{channel or 'Auto'}")
         self.save("wifi")
-        machine.wait_for("iw dev wlan0 info | grep -q 'type AP'", "the access point")
-        found = machine.run("iw dev wlan0 info | sed -n 's/.*channel \\([0-9]*\\).*/\\1/p'").strip()
+        self.has_access_point()
+        found = self.machine.run("iw dev wlan0 info | sed -n 's/.*channel \\([0-9]*\\).*/\\1/p'")
+        assert f"\nchannel={channel}\n" in self.installed("wlan0")  # 0 is Auto
         assert channel in (0, int(found)), found
-        assert not self.joins(ssid, "open-sesame 8", "WRONG_KEY"), "joined with a wrong password"
-        assert self.joins(ssid, PASSWORD), machine.attempt("cat /run/world/wpa.log")[1]
+        return int(found)
+
+    def serves(self):
+        """A second radio joins with the password. Returns the address that it is given."""
+        machine = self.machine
+        assert self.joins(PASSWORD), machine.attempt("cat /run/world/wpa.log")[1]
         leased = machine.run(machine.out_there(
             "busybox udhcpc -i wlan1 -n -q -t 10 -s /usr/libexec/device-lab/leased"))
         machine.run(machine.out_there("ping -n -c 3 -W 5 -I wlan1 192.168.4.1"))
         self.leave_the_air()
-        return f"channel {found}, leased {leased.split()[-1]}"
+        return leased.split()[-1]
 
-    def joins(self, ssid, password, sign="CTRL-EVENT-CONNECTED"):
+    def access_point(self):
+        """An access point: a second radio joins with its password, and not with another one."""
+        self.window.touch("Wifi")
+        self.window.touch("Access Point")
+        self.fill_access_point(6)
+        found = self.save_access_point(6)
+        assert not self.joins("open-sesame 8", "WRONG_KEY"), "joined with a wrong password"
+        return f"channel {found}, leased {self.serves()}"
+
+    def joins(self, password, sign="CTRL-EVENT-CONNECTED"):
         """Whether the second radio gets in; sign: what tells that it has not, and why."""
         self.leave_the_air()
-        self.supplicant(f'network={{\n  ssid="{ssid}"\n  psk="{password}"\n}}\n')
+        self.supplicant(f'network={{\n  ssid="{ACCESS_POINT}"\n  psk="{password}"\n}}\n')
         self.machine.wait_for(f"grep -q -e {sign} -e CTRL-EVENT-CONNECTED /run/world/wpa.log",
-                              f"{sign} of {ssid}")
+                              sign)
         return "CTRL-EVENT-CONNECTED" in self.machine.run("cat /run/world/wpa.log")
 
     def supplicant(self, configuration):
@@ -159,7 +172,13 @@ class Journeys:
 
     def channels(self):
         """The other channels that may be used everywhere, and the one that is chosen by itself."""
-        return "; ".join(self.access_point(channel) for channel in (0, 1, 11))
+        found = []
+        for channel in 0, 1, 11:
+            self.window.touch("Wifi")
+            self.window.choose_channel(channel)
+            found.append(f"{channel or 'Auto'}: {self.save_access_point(channel)}")
+            self.serves()
+        return "; ".join(found)
 
     def world_access_point(self):
         """An access point of somebody else's, with a DHCP server."""

@@ -102,6 +102,12 @@ class Picture:
         start = 3 * (y * self.width + x)
         return tuple(self.pixels[start:start + 3])
 
+    def rows_unlike(self, other):
+        """How many of its rows are others than in another picture of this size."""
+        row = 3 * self.width
+        return sum(self.pixels[start:start + row] != other.pixels[start:start + row]
+                   for start in range(0, len(self.pixels), row))
+
     def save(self, path):
         """Writes it as a PNG file."""
         points = bytearray(4 * self.width * self.height)

@@ -42,7 +42,7 @@ def prepare(kind):
         else:
             window.touch("Wifi")
             window.touch("Access Point")
-            journeys.fill_access_point(6, "Halvorik test")
+            journeys.fill_access_point(6)
         machine.run("sync")
         place = window.place("Save And Exit")
         machine.ask("stop")

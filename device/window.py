@@ -20,6 +20,8 @@ PLACES = {
     "Save And Exit": (156, -23), "Exit Without Saving": (349, -23),
 }
 
+HEIGHT_OF_TWO = 80  # buttons or entries, in rows of the screen
+
 
 def is_light(colour):
     return min(colour) > 200
@@ -95,12 +97,19 @@ class Window:
 
     def choose_channel(self, row):
         """The row of the list of channels; 0 is Auto."""
-        before = self.touch("Channel")
+        # Behind weston a tap opens it only once a key was pressed in this window.
+        self.machine.key("shift")
+        before = self.machine.at_rest()
+        self.machine.touch(*self.place("Channel"))
+        # Before it opens, its button and the entry that was filled in look different.
+        self._see(lambda picture: picture.rows_unlike(before) > HEIGHT_OF_TWO, "the list to open")
         self.machine.key("home")
         for _ in range(row):
             self.machine.key("down")
+        opened = self.machine.at_rest()
+        opened.save(self.machine.picture_path("channels"))
         self.machine.key("ret")
-        return self.machine.at_rest(before, "the list to close")
+        return self.machine.at_rest(opened, "the list to close")
 
     def leave(self, name="Save And Exit"):
         """Taps on one of the two buttons. Returns which process was left."""
