@@ -12,6 +12,7 @@
 
 #include "base/flush.h"
 #include "base/open_private.h"
+#include "base/retry.h"
 #include "base/write_all.h"
 
 namespace {
@@ -78,9 +79,14 @@ bool TemporaryFile::close() {
 
 bool TemporaryFile::takePlace() {
   (void)unlink(place);
-  discarded = std::rename(name.data(), place) != 0;
+  // Not given up for a failure of a moment: the next change would begin with a missing file.
+  discarded = !succeedsOnRetry([&] { return std::rename(name.data(), place) == 0; });
   if (!discarded) return true;
-  const int target = createNew(place);
+  int target = -1;
+  (void)succeedsOnRetry([&] {
+    target = createNew(place);
+    return target >= 0 || errno == EEXIST;
+  });
   if (target < 0 && errno == EEXIST) return false;  // the old file could not be removed
   discarded = target >= 0 && copy(name.data(), target, place);
   return discarded;

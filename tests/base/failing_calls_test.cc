@@ -143,6 +143,21 @@ TEST_F(FailingCalls, WhatCannotBeMovedIsCopied) {
             }));
 }
 
+TEST_F(FailingCalls, WhatFailsForAMomentIsMovedAllTheSame) {
+  for (const int error : {EIO, ENOMEM, ENOSPC}) {
+    writeBytes(file, "old");
+    const FailingCall unmovable({"rename", error, 0, 1});
+    const FailingCall failing({"open", error, 1, 1});  // the file that would be the copy
+    EXPECT_TRUE(replaceFile(file, "new")) << error;
+    expectOnly("new");
+  }
+  writeBytes(file, "old");
+  const FailingCall unremovable({"unlink", EIO, 0, 1});
+  const FailingCall unmovable({"rename", EIO, 0, 5});
+  EXPECT_TRUE(replaceFile(file, "new"));
+  expectOnly("new");
+}
+
 TEST_F(FailingCalls, WhatCannotBeMovedNorCopiedStays) {
   for (const char* call : {"close", "write"}) {
     const FailingCall unmovable({"rename", EXDEV});
