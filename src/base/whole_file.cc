@@ -10,7 +10,9 @@
 #include <array>
 #include <cerrno>
 #include <cstdio>
+#include <filesystem>
 #include <new>
+#include <system_error>
 
 #include "base/flush.h"
 #include "base/open_private.h"
@@ -114,8 +116,13 @@ bool overwriteFile(const std::string& path, std::string content) {
 }
 
 void moveFile(const std::string& from, const std::string& to) {
-  if (isReplaceable(to) && !isUnreadable(to))
+  std::error_code ignored;
+  if (std::filesystem::is_symlink(from, ignored) &&
+      std::filesystem::equivalent(from, to, ignored)) {
+    removeFile(from);  // in place of what it leads to, it would lead to itself
+  } else if (isReplaceable(to) && !isUnreadable(to)) {
     (void)succeedsOnRetry([&] { return std::rename(from.c_str(), to.c_str()) == 0; });
+  }
 }
 
 void removeFile(const std::string& path) {

@@ -35,8 +35,8 @@ bool overwriteFile(const std::string& path, std::string content);
 
 /**
  * Gives a file another name in the same folder, in place of a file or link that has it, unless that
- * is unreadable. At every moment, a power cut included, the file has one of the two names. A
- * failure is not reported.
+ * is unreadable. At every moment, a power cut included, the file has one of the two names. A link
+ * to the file that has the name is removed. A failure is not reported.
  */
 void moveFile(const std::string& from, const std::string& to);
 

@@ -132,6 +132,16 @@ TEST_F(Files, MovedOnesTakeThePlaceOfFilesAndLinksOnly) {
   EXPECT_BYTES_EQ("theirs", readBytes(directory.file("target")));
 }
 
+TEST_F(Files, LinkDoesNotTakeThePlaceOfWhatItLeadsTo) {
+  writeBytes(file, "kept");
+  for (const std::string& target : {std::string("file"), "./file"s, file}) {
+    std::filesystem::create_symlink(target, directory.file("link"));
+    moveFile(directory.file("link"), file);
+    EXPECT_EQ(std::vector<std::string>{"file"}, directory.names()) << target;
+    EXPECT_BYTES_EQ("kept", readBytes(file));
+  }
+}
+
 TEST_F(Files, OverwrittenOnesAreWhole) {
   EXPECT_TRUE(overwriteFile(file, "made\n"));
   EXPECT_BYTES_EQ("made\n", readBytes(file));
