@@ -12,7 +12,6 @@
 #include <thread>
 #include <utility>
 
-#include "base/retry.h"
 #include "base/whole_file.h"
 
 namespace {
@@ -49,7 +48,7 @@ void removeKeyfileValueQuotes(const std::string& path) {
   std::optional<std::string> stored = readFile(path);
   std::this_thread::sleep_for(PAUSE_BEFORE_REWRITING);
   if (!stored) stored = readFile(path);
-  if (!stored && mayPass(errno)) return;  // it may hold anything
+  if (!stored && errno != ENOENT && errno != EACCES) return;  // it may hold anything
   std::string content = std::move(stored).value_or("");
   // Without quotes the same bytes are written again, and no power cut can change them: in place.
   const bool replaced =

@@ -23,8 +23,8 @@ struct KeyfileEntry {
  * "pairwise=" or "proto=" anywhere: the values of these keys hold ";" and are quoted when they are
  * written, which NetworkManager does not accept. Every line ends in LF afterwards.
  *
- * Blocks for 50 ms between reading and writing. A file that cannot be read is left empty (created,
- * if it is missing), but for a reason that may pass (base/retry.h) it stays as it is, and so does
- * one that cannot be written. Nothing is reported.
+ * Blocks for 50 ms between reading and writing. A file that is missing is created, empty, and one
+ * that the user must not read is left empty; where reading fails otherwise it stays as it is, and
+ * so does one that cannot be written. Nothing is reported.
  */
 void removeKeyfileValueQuotes(const std::string& path);

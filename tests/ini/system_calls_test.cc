@@ -15,6 +15,7 @@
 
 #include "base/whole_file.h"
 #include "ini/ini_fixture.h"
+#include "settings/keyfile.h"
 
 namespace {
 
@@ -168,6 +169,17 @@ TEST_F(SystemCalls, WhatDoesNotPassIsNotWaitedFor) {
     EXPECT_EQ("<default>", get("s", "k"));
     EXPECT_EQ(0, put("s", "k", "longer"));
     EXPECT_EQ(0, paused) << error;
+  }
+}
+
+TEST_F(SystemCalls, QuotesAreNotRemovedWhereReadingFails) {
+  const std::string content = "permissions=\"user:zor:;\"\npsk=kept\n";
+  writeBytes(file, content);
+  for (const int error : {EIO, EPERM, EUCLEAN, ETIMEDOUT}) {
+    letReadingFail(error, INT_MAX);
+    removeKeyfileValueQuotes(file);
+    readsThatWork = INT_MAX;
+    EXPECT_BYTES_EQ(content, readBytes(file)) << error;
   }
 }
 
