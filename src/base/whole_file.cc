@@ -10,8 +10,8 @@
 #include <array>
 #include <cerrno>
 #include <cstdio>
+#include <exception>
 #include <filesystem>
-#include <new>
 #include <system_error>
 
 #include "base/flush.h"
@@ -33,7 +33,7 @@ bool readAll(int descriptor, std::string& content) {
       content.reserve(static_cast<std::size_t>(status.st_size) + LAST_LF);
     while ((length = read(descriptor, block.data(), block.size())) > 0)
       content.append(block.data(), static_cast<std::size_t>(length));
-  } catch (const std::bad_alloc&) {
+  } catch (const std::exception&) {  // no memory, or more than any text can hold
     errno = ENOMEM;
     return false;
   }
@@ -96,13 +96,14 @@ bool replaceFile(const std::string& path, std::string_view content) {
 }
 
 bool isUnreadable(const std::string& path) {
-  const bool opened = succeedsOnRetry([&] {
+  return !succeedsOnRetry([&] {
     const int descriptor = openPrivate(path.c_str(), O_RDONLY);
-    if (descriptor < 0) return errno == ENOENT;
+    if (descriptor < 0) return errno == ENOENT || errno == ELOOP;
+    char first = 0;
+    const bool readable = read(descriptor, &first, sizeof first) >= 0;
     close(descriptor);
-    return true;
+    return readable;
   });
-  return !opened && (errno == EACCES || mayPass(errno));
 }
 
 bool overwriteFile(const std::string& path, std::string content) {

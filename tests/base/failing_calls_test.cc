@@ -4,10 +4,14 @@
 #include "support/failing_calls.h"
 
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <climits>
+#include <filesystem>
+#include <limits>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -121,6 +125,13 @@ TEST_F(FailingCalls, FileIsReadFromItsBeginningAgain) {
 TEST_F(FailingCalls, FileWithoutAKnownSizeIsReadAllTheSame) {
   const FailingCall failing({"fstat", EIO});
   EXPECT_EQ("old", readFile(file));
+}
+
+TEST_F(FailingCalls, FileOfAnImpossibleSizeCannotBeRead) {
+  const int memory = memfd_create("hollow", MFD_CLOEXEC);
+  ASSERT_EQ(0, ftruncate(memory, std::numeric_limits<off_t>::max()));
+  EXPECT_EQ(std::nullopt, readFile("/proc/self/fd/" + std::to_string(memory)));
+  close(memory);
 }
 
 TEST_F(FailingCalls, FileSystemNeedNotKnowHowToFlush) {
@@ -248,6 +259,17 @@ TEST_F(FailingCalls, CopyIsFlushedBeforeTheTemporaryFileGoes) {
   EXPECT_FALSE(replaceFile(file, "new"));
   EXPECT_EQ(2, failing.calls());
   EXPECT_BYTES_EQ("new", readBytes(temporary));
+}
+
+TEST_F(FailingCalls, FileWhoseBytesCannotBeReadIsUnreadable) {
+  for (const char* call : {"open", "read"}) {
+    for (const int error : {EPERM, EUCLEAN, EIO}) {
+      const FailingCall failing({call, error});
+      EXPECT_TRUE(isUnreadable(file)) << call << error;
+    }
+  }
+  std::filesystem::create_symlink("link", directory.file("link"));
+  EXPECT_FALSE(isUnreadable(directory.file("link"))) << "it leads to no file";
 }
 
 TEST_F(FailingCalls, FileThatCannotBeReadKeepsItsName) {
