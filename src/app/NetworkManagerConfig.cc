@@ -3,11 +3,13 @@
 #include "app/NetworkManagerConfig.h"
 
 #include <array>
+#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <system_error>
 
 #include "base/print.h"
+#include "base/retry.h"
 #include "base/whole_file.h"
 #include "ini/ini.h"
 #include "ini/value.h"
@@ -17,6 +19,14 @@
 namespace {
 
 constexpr const char* SYSTEM_DIRECTORY = "/etc/NetworkManager/system-connections";
+
+/** Appends the names; throws where the directory cannot be opened, or not be read on. */
+void listRegularFiles(const std::string& directory, std::vector<std::string>& names) {
+  for (const auto& entry : std::filesystem::directory_iterator(directory)) {
+    std::error_code ignored;  // a link that leads nowhere is not a file
+    if (entry.is_regular_file(ignored)) names.push_back(entry.path().filename().string());
+  }
+}
 
 void createDefaultFile(const std::string& path, std::string_view content, std::string_view type) {
   // One that could not be read was not found either, and is not to be lost for that.
@@ -64,14 +74,20 @@ std::string NetworkManagerConfig::getDebugDirectoryPath() const {
 
 std::vector<std::string> NetworkManagerConfig::listConnectionFiles() const {
   std::vector<std::string> names;
-  try {
-    for (const auto& entry : std::filesystem::directory_iterator(networkManagerDirectoryPath)) {
-      std::error_code ignored;  // a link that leads nowhere is not a file
-      if (entry.is_regular_file(ignored)) names.push_back(entry.path().filename().string());
+  std::string failure;
+  // A keyfile that is not seen for a moment would be replaced by a default one.
+  const bool listed = succeedsOnRetry([&] {
+    names.clear();
+    try {
+      listRegularFiles(networkManagerDirectoryPath, names);
+      return true;
+    } catch (const std::filesystem::filesystem_error& error) {
+      failure = error.what();
+      errno = error.code().value();
+      return false;
     }
-  } catch (const std::filesystem::filesystem_error& error) {
-    logError("Error: ", error.what());
-  }
+  });
+  if (!listed) logError("Error: ", failure);
   return names;
 }
 

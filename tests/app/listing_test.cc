@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <climits>
 #include <string>
 #include <vector>
 
@@ -14,15 +15,18 @@
 
 namespace {
 
-/** After how many entries a directory cannot be read on; no entry fails below 0. */
-int readableEntries = -1;
+/** After how many entries a directory cannot be read on. */
+int readableEntries = 0;
+int entriesRead = 0;
+int failures = 0;  // that are left, each in a reading of its own
 
 void* readEntry(DIR* directory, const char* function) {
-  if (readableEntries == 0) {
+  if (failures > 0 && entriesRead++ == readableEntries) {
+    entriesRead = 0;
+    --failures;
     errno = EIO;
     return nullptr;
   }
-  if (readableEntries > 0) --readableEntries;
   return reinterpret_cast<void* (*)(DIR*)>(dlsym(RTLD_NEXT, function))(directory);
 }
 
@@ -37,7 +41,7 @@ extern "C" void* readLarge(DIR* directory) { return readEntry(directory, "readdi
 
 namespace {
 
-TEST(Listing, KeepsWhatItSawBeforeItFailed) {
+TEST(Listing, IsTriedAgainAndKeepsWhatItSawBeforeItFailed) {
   const TemporaryDirectory directory;
   for (const char* name : {"a", "b", "c"})
     writeBytes(directory.file(name), "[connection]\ntype=ethernet\n");
@@ -53,13 +57,22 @@ TEST(Listing, KeepsWhatItSawBeforeItFailed) {
     std::string printed;
     // "." and ".." are entries, too, anywhere among them.
     do {
+      entriesRead = 0;
       readableEntries = entries++;
+      failures = INT_MAX;
       printed = printedBy([&] { names = config.listConnectionFiles(); });
-      readableEntries = -1;
+      failures = 0;
     } while (names.size() < seen);
     EXPECT_EQ(std::vector<std::string>(all.begin(), all.begin() + static_cast<long>(seen)), names);
     EXPECT_NE(std::string::npos, printed.find("Input/output error")) << printed;
     EXPECT_EQ(0U, printed.find("! Error: ")) << printed;
+  }
+
+  for (readableEntries = 0; readableEntries < 5; ++readableEntries) {
+    entriesRead = 0;
+    failures = 1;
+    EXPECT_EQ("", printedBy([&] { EXPECT_EQ(all, config.listConnectionFiles()); }));
+    EXPECT_EQ(0, failures);
   }
 }
 
