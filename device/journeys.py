@@ -4,6 +4,7 @@
 
 One machine takes all of them, in their order; what one leaves is where the next one starts.
 """
+import hashlib
 import shlex
 
 from .window import WORKING_COPY
@@ -14,6 +15,9 @@ FIRST = ("10.20.30.40", "255.255.240.0", 20, "10.20.16.1", "10.20.16.53")
 SECOND = ("172.16.5.9", "255.255.252.0", 22, "172.16.4.1", "172.16.7.53")
 ACCESS_POINT = "Halvorik test"
 PASSWORD = "open-sesame 9"
+# Name, password, and how the save ends: as the guide to what is refused has it.
+ODD = (("Zoë's café, a = b", "it's = é, a  b", "done"),
+       ("a;b #c", PASSWORD, "failed"))
 
 
 class Journeys:
@@ -180,12 +184,13 @@ class Journeys:
             self.serves()
         return "; ".join(found)
 
-    def world_access_point(self):
+    def world_access_point(self, name="Town hall", password=PASSWORD):
         """An access point of somebody else's, with a DHCP server."""
+        key = hashlib.pbkdf2_hmac("sha1", password.encode(), name.encode(), 4096, 32)
         self.leave_the_air()
-        self.supplicant('network={\n  ssid="Town hall"\n  mode=2\n  frequency=2437\n'
-                        '  key_mgmt=WPA-PSK\n  proto=RSN\n  pairwise=CCMP\n'
-                        f'  psk="{PASSWORD}"\n}}\n')
+        self.supplicant(f"network={{\n  ssid={name.encode().hex()}\n  mode=2\n  frequency=2437\n"
+                        "  key_mgmt=WPA-PSK\n  proto=RSN\n  pairwise=CCMP\n"
+                        f"  psk={key.hex()}\n}}\n")
         # For which the DHCP server of the other end has leases too.
         self.machine.run(self.machine.out_there("ip address add 192.168.88.1/24 dev wlan1"))
 
@@ -193,13 +198,16 @@ class Journeys:
         self.machine.wait_for("ip -4 address show wlan0 | grep -q 'inet 192.168.88.1[0-5]' && "
                               "ping -n -c 1 -W 5 -I wlan0 192.168.88.1", "the client to join")
 
+    def fill_client(self, name="Town hall", password=PASSWORD):
+        self.window.fill("SSID", name)
+        self.window.fill("Password", password)
+
     def client(self):
         """A client of an access point outside."""
         self.world_access_point()
         self.window.touch("Wifi")
         self.window.touch("Client")
-        self.window.fill("SSID", "Town hall")
-        self.window.fill("Password", PASSWORD)
+        self.fill_client()
         self.machine.keep("client")
         self.save("wifi")
         self.has_joined()
@@ -211,6 +219,18 @@ class Journeys:
         self.world_access_point()
         self.has_joined()
         return "joined by itself"
+
+    def odd_names(self):
+        """A client of access points with odd names: each joins or not, as the guide says."""
+        for number, (name, password, result) in enumerate(ODD):
+            self.world_access_point(name, password)
+            self.window.touch("Wifi")
+            self.fill_client(name, password)
+            self.machine.keep(f"odd-name-{number}")
+            self.save("wifi", result)
+            if result == "done":
+                self.has_joined()
+        return f"{len(ODD)}, each as the guide says"
 
     def disabled(self):
         """No Wi-Fi: the connection is gone, and its keyfile."""

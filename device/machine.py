@@ -26,6 +26,13 @@ _KEYS = {" ": "spc", ".": "dot", "-": "minus", "_": "shift-minus", ";": "semicol
          "/": "slash", ",": "comma", "=": "equal"}
 
 
+def _strokes(letter):
+    """What is pressed for a letter; "-" joins what is pressed together."""
+    if not letter.isascii():  # by its number, as the toolkit takes it
+        return ["ctrl-shift-u", *f"{ord(letter):x}", "spc"]
+    return ["shift-" + letter.lower() if letter.isupper() else _KEYS.get(letter, letter)]
+
+
 def qemu(folder, disk, screen):
     """The command of a machine whose sockets are in a folder."""
     width, height = screen
@@ -221,8 +228,7 @@ class Machine:
 
     def type(self, text):
         """A text on the keyboard of the United States."""
-        names = ["shift-" + letter.lower() if letter.isupper() else _KEYS.get(letter, letter)
-                 for letter in text]
+        names = [name for letter in text for name in _strokes(letter)]
         for start in range(0, len(names), AT_ONCE):
             self._press([name.split("-") for name in names[start:start + AT_ONCE]])
 

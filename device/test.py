@@ -13,8 +13,8 @@ from .window import WORKING_COPY, Window
 
 # Each is one row of the table; None: the machine is shut down and started again.
 LONG = ("boot", "static", "dynamic", "static_again", "refused", "access_point", "channels",
-        "client", None, "client_after_a_restart", "disabled", "window_killed", "screen_killed",
-        "stopped")
+        "client", None, "client_after_a_restart", "odd_names", "disabled", "window_killed",
+        "screen_killed", "stopped")
 SHORT = ("boot", "static", "access_point")
 
 
