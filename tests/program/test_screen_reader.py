@@ -34,7 +34,8 @@ STEPS = {
 }
 # What is said of marked text, and around what has the focus, if there is time for it.
 ASIDE = re.compile(r"Text unselected\.|Selection deleted\.|ZOR Network Manager( frame\.)?"
-                   r"|(Ethernet|Wifi)( GtkGizmo)? panel\.|10\.0\.0 selected(?!\.)")
+                   r"|(Ethernet|Wifi)( GtkGizmo)? panel\.|10\.0\.0 selected(?!\.)"
+                   r"|Channel \(2\.4 GHz\) combo box(?= Channel)")
 
 
 class Transcript(program_case.ProgramCase):
