@@ -269,7 +269,11 @@ bool isKeyfile(std::string_view content) {
 }
 
 /** Has NetworkManager read the installed files. Returns whether it answers. */
-bool reload() { return succeeded(run({NMCLI, "connection", "reload"}, "", LONGEST_QUESTION)); }
+bool reload() try {
+  return succeeded(run({NMCLI, "connection", "reload"}, "", LONGEST_QUESTION));
+} catch (const std::system_error&) {  // it was not even asked
+  return false;
+}
 
 /**
  * The UUID of the connection that NetworkManager has taken a file for; empty if it has not, which
@@ -401,7 +405,11 @@ std::string replace(const Connection& connection, const std::optional<std::strin
   } catch (const std::exception& error) {
     const std::string reason = error.what();
     install(connection, before);
-    reload();
+    // No refusal, after which nothing has changed: the new one may be in use.
+    if (!reload())
+      throw std::runtime_error(std::string(connection.file) + ": " + reason +
+                               ", the one before is installed again, but NetworkManager has not"
+                               " read it");
     throw Refusal(reason + ", the one before is back");
   }
 }

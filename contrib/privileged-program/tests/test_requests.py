@@ -251,15 +251,17 @@ class Requests(DeviceCase):
                     self.assert_copy(True, ethernet=before, wifi=CLIENT)
 
     def test_what_the_daemon_is_not_told_is_taken_back(self):
-        for trouble, *requests in (("is-deaf", ("finalize_ethernet", "ethernet"), ("finalize_wifi",)),
-                                   ("is-dumb", ("finalize_ethernet", "ethernet"))):
+        for trouble, because, *requests in (
+                ("is-deaf", "installed again, but NetworkManager has not read it",
+                 ("finalize_ethernet", "ethernet"), ("finalize_wifi",)),
+                ("is-dumb", "the one before is back", ("finalize_ethernet", "ethernet"))):
             self.setUp()
             write(b"", NOTES, trouble)
             self.request("unlock")
             self.save_static()
             os.remove(f"{WORKING_COPY}/{WIFI}")
             for words in requests:
-                self.refused(*words, because="the one before is back")
+                self.refused(*words, because=because)
                 self.assert_installed(DYNAMIC, CLIENT)
                 self.assertEqual(nmcli_calls()[-1], "connection reload")
             self.request("rollback")
@@ -428,6 +430,17 @@ class Outcomes(DeviceCase):
         self.refused("finalize_ethernet", "ethernet")
         self.assert_told("finalize_ethernet", "result=failed", "why=finalize_ethernet: "
                          "ethernet.nmconnection cannot be activated now")
+
+    def test_failed_with_the_refused_file_still_in_use(self):
+        write(b"method=manual", NOTES, "refuses")
+        write(b"", NOTES, "becomes-deaf")
+        self.request("unlock")
+        self.save_static()
+        self.refused("finalize_ethernet", "ethernet")
+        self.assert_installed(DYNAMIC, CLIENT)
+        self.assert_told("finalize_ethernet", "result=failed", "why=finalize_ethernet: "
+                         "ethernet.nmconnection: NetworkManager does not take it, "
+                         "the one before is installed again, but NetworkManager has not read it")
 
     def test_wrong_call_has_none(self):
         self.request("unlock")
