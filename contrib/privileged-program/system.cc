@@ -349,6 +349,7 @@ Outcome run(std::vector<std::string> arguments, std::string_view input, unsigned
   const pid_t child = succeed(fork(), "fork");
   if (child == 0) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
+    setsid();  // away from Ctrl+C on the caller's terminal
     resetSignals();
     // Its messages may quote a password.
     const int null = open("/dev/null", O_WRONLY | O_CLOEXEC);

@@ -121,7 +121,7 @@ struct Outcome {
 };
 
 /**
- * Runs a program by its full path, with nothing of ours but the bytes for its standard input. It is
- * killed when it takes longer than its limit, or when we end.
+ * Runs a program by its full path, in a session of its own, with nothing of ours but the bytes for
+ * its standard input. It is killed when it takes longer than its limit, or when we end.
  */
 Outcome run(std::vector<std::string> arguments, std::string_view input, unsigned seconds);

@@ -156,6 +156,21 @@ class Calls(DeviceCase):
         self.assertEqual(self.finish(process), (0, ""))
         self.assert_copy(True, ethernet=DYNAMIC, wifi=CLIENT)
 
+    def test_signal_to_the_callers_group_does_not_reach_what_is_started(self):
+        self.request("unlock")
+        self.save_static()
+        write(b"", NOTES, "pauses")
+        process = self.start("finalize_ethernet", "ethernet", start_new_session=True)
+        paused = NOTES + "/is-paused"
+        for _ in range(5):
+            wait_until(lambda: os.path.exists(paused), "nmcli to run")
+            for number in (signal.SIGHUP, signal.SIGINT, signal.SIGTERM, signal.SIGTSTP):
+                os.killpg(process.pid, number)
+            write(b"", NOTES, "pauses")
+            os.remove(paused)
+        self.assertEqual(self.finish(process), (0, ""))
+        self.assert_installed(STATIC, CLIENT)
+
     def test_log_tells_what_was_done_and_no_secret(self):
         with socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM) as log:
             log.bind("/dev/log")
