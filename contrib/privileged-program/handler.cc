@@ -172,9 +172,14 @@ std::string makeWorkingCopy(uid_t user) {
       complain(std::string("not in the working copy: ") + refusal.what());
     }
   }
-  // What a working copy of another group holds was never moved to where NetworkManager looks.
-  if (contents.empty() && !isOurs && !std::filesystem::is_empty(WORKING_COPY))
-    throw Refusal(std::string("nothing is installed, and there are files in ") + WORKING_COPY);
+  // What a folder of another group holds may never have been moved to where NetworkManager looks.
+  if (!isOurs) {
+    for (const auto& entry : std::filesystem::directory_iterator(WORKING_COPY)) {
+      const auto same = contents.find(entry.path().filename());
+      if (same == contents.end() || take(workingCopy, same->first, ROOT) != same->second)
+        throw Refusal(std::string("there are files that are not installed in ") + WORKING_COPY);
+    }
+  }
 
   const auto fill = [&](int folder) {
     for (const auto& [name, content] : contents) {

@@ -302,11 +302,24 @@ class HostileFiles(DeviceCase):
         write(CLIENT, WORKING_COPY, "office.nmconnection")
         os.chown(WORKING_COPY, 0, 0)  # as it was before the first request of all
         for action in ("unlock", "rollback"):
-            self.refused(action, because="nothing is installed")
+            self.refused(action, because="files that are not installed")
         self.assertIn("office.nmconnection", os.listdir(WORKING_COPY))
         os.rename(INSTALLED, INSTALLED + ".moved")
         self.refused("rollback", because="No such file")
         os.rename(INSTALLED + ".moved", INSTALLED)
+
+    def test_nothing_is_lost_when_only_some_files_were_moved(self):
+        # NetworkManager reads files without a suffix too. Some tools do not replace a file.
+        for name, content in (("Wired connection 1", DYNAMIC), (ETHERNET, STATIC)):
+            empty(WORKING_COPY)
+            os.chown(WORKING_COPY, 0, 0)
+            write(content, WORKING_COPY, name)
+            for action in ("unlock", "rollback"):
+                self.refused(action, because="files that are not installed")
+            self.assertEqual(read(WORKING_COPY, name), content)
+        write(DYNAMIC, WORKING_COPY, ETHERNET)  # as a copy whose readers have another group now
+        self.request("rollback")
+        self.assert_copy(True, ethernet=DYNAMIC, wifi=CLIENT)
 
     def test_what_cannot_be_set_aside_is_not_taken_for_removed(self):
         self.request("unlock")
