@@ -36,8 +36,9 @@ constexpr const char* WORKING_COPY = "/etc/NetworkManager/system-connections";
 // so does the time that it takes to remove it.
 constexpr const char* PARENT = "/etc/NetworkManager";
 constexpr const char* COPY_NAME = "system-connections";
-constexpr const char* NEXT_COPY_NAME = "system-connections.new";
-constexpr const char* OLD_COPIES = "/etc/NetworkManager/system-connections.old";
+// Names that nobody gives a backup: whatever has them is emptied.
+constexpr const char* NEXT_COPY_NAME = ".zor-network-new";
+constexpr const char* OLD_COPIES = "/etc/NetworkManager/.zor-network-old";
 // Its group is the one whose members may read the working copy also while it is locked.
 constexpr const char* STATE = "/var/lib/zor-network";
 constexpr const char* INSTALLED = "/var/lib/zor-network/connections";
@@ -191,8 +192,9 @@ std::string makeWorkingCopy(uid_t user) {
   };
   const Descriptor parent = openTrustedFolder(PARENT);
   makeFolder(OLD_COPIES, 0700);
-  const Descriptor old = openTrustedFolder(OLD_COPIES);
+  const Descriptor old = openFolder(OLD_COPIES);
   try {
+    give(old, {ROOT, ROOT_GROUP, 0700});  // whatever it was
     lockFolder();
     moveAside(parent, NEXT_COPY_NAME, old);  // a leftover of a kill, perhaps once a user's
     fill(makeNewFolder(parent, NEXT_COPY_NAME));

@@ -4,6 +4,7 @@
 import contextlib
 import os
 import re
+import shutil
 import socket
 import stat
 import subprocess
@@ -15,7 +16,7 @@ from tests.support.limit import wait_until
 from . import device_case
 from .device import ETHERNET, INSTALLED, OLD_COPIES, STATE, USER, WIFI, WORKING_COPY, write
 from .device_case import (ACCESS_POINT, CLIENT, DYNAMIC, DeviceCase, NOTES, STATIC, STRANGER,
-                          USER_MAY_WRITE, access_of, empty, nmcli_calls)
+                          USER_MAY_WRITE, access_of, empty, nmcli_calls, snapshot)
 
 # Always twenty more, and on into the last of them; on a file system in memory, not too many at once.
 MAKE_FOLDERS = """
@@ -320,6 +321,23 @@ class HostileFiles(DeviceCase):
         write(DYNAMIC, WORKING_COPY, ETHERNET)  # as a copy whose readers have another group now
         self.request("rollback")
         self.assert_copy(True, ethernet=DYNAMIC, wifi=CLIENT)
+
+    def test_backups_beside_the_working_copy_stay(self):
+        for end in (".old", ".new", ".bak"):
+            os.mkdir(WORKING_COPY + end)
+            self.addCleanup(shutil.rmtree, WORKING_COPY + end)
+            write(DYNAMIC, WORKING_COPY + end, ETHERNET)
+            before = snapshot(WORKING_COPY + end)
+            for action in ("unlock", "rollback"):
+                self.request(action)
+            self.assertEqual(snapshot(WORKING_COPY + end), before)
+
+    def test_folder_of_old_working_copies_is_roots_alone_whatever_it_was(self):
+        os.chown(OLD_COPIES, USER, USER)
+        os.chmod(OLD_COPIES, 0o777)
+        for action in ("unlock", "rollback"):
+            self.request(action)
+        self.assertEqual(access_of(OLD_COPIES), (0, 0, "0o700"))
 
     def test_what_cannot_be_set_aside_is_not_taken_for_removed(self):
         self.request("unlock")
