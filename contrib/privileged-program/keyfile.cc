@@ -103,6 +103,18 @@ bool holdsLineEnd(std::string_view value) {
   return false;
 }
 
+/** Whether a value ends with ";", and perhaps blanks, their escapes, or a backslash alone. */
+bool endsWithSemicolon(std::string_view value) {
+  for (;;) {
+    if (value.ends_with("\\s") || value.ends_with("\\t"))
+      value.remove_suffix(2);
+    else if (value.ends_with(' ') || value.ends_with('\\'))
+      value.remove_suffix(1);
+    else
+      return value.ends_with(';');
+  }
+}
+
 bool isAllowed(const Setting& setting, std::string_view value) {
   if (value.size() > LONGEST_VALUE) return false;
   switch (setting.form) {
@@ -116,8 +128,7 @@ bool isAllowed(const Setting& setting, std::string_view value) {
     case Form::TEXT:  // what cannot be printed was refused with its line
       return !holdsLineEnd(value);
     case Form::NAME:  // numbers with ";" behind each are bytes of any value
-      return !holdsLineEnd(value) &&
-             !value.substr(0, value.find_last_not_of(' ') + 1).ends_with(';');
+      return !holdsLineEnd(value) && !endsWithSemicolon(value);
   }
   return false;
 }

@@ -143,6 +143,8 @@ class HostileFiles(DeviceCase):
             "another end of a line in the name": replace(b"Halvorik AP", b"Halvorik\\\\\\r"),
             "name as numbers": replace(b"ssid=Halvorik AP", b"ssid=72;10;"),
             "name as numbers, and blanks": replace(b"ssid=Halvorik AP", b"ssid=72;10;  "),
+            **{f"name as numbers, and {end}": replace(b"Halvorik AP", b"65;10;" + end)
+               for end in (b"\\s", b"\\t", b"\\", b" \\s \\t\\")},
             "end of a line in the password": replace(b"psk=", b"psk=\\\\\\n"),
             "empty address": re.sub(b"address1=.*", b"address1=", ACCESS_POINT),
             "blank address": re.sub(b"address1=.*", b"address1= ", ACCESS_POINT),
@@ -155,7 +157,7 @@ class HostileFiles(DeviceCase):
                 self.assert_refused("finalize_wifi", "Hotspot", because=WIFI + ": ")
 
     def test_backslashes_that_end_no_line_are_taken(self):
-        for typed in (b"\\\\n", b"a\\\\\\\\r", b"\\s\\tx", b"x\\"):
+        for typed in (b"\\\\n", b"a\\\\\\\\r", b"\\s\\tx", b"65;10;s", b"65;10\\s", b"x\\"):
             content = ACCESS_POINT.replace(b"Halvorik AP", typed)
             self.request("unlock")
             self.put_into_copy(content, WIFI)
