@@ -311,13 +311,24 @@ bool isRecordOfOthers(uid_t user, const Settings& settings) try {
   return false;
 }
 
+/** The record that was handed on; nothing if none was, or it is not as we have made it. */
+std::optional<std::string> takePublished() try {
+  return take(openTrustedFolder(RUN), RECORD, ROOT);
+} catch (const Refusal&) {
+  return std::nullopt;
+}
+
+void publish(const std::string& record) {
+  put(openTrustedFolder(RUN), RECORD, record, {ROOT, ROOT, 0644}, Lasting::NO);
+}
+
 /** Hands the window's note about Ethernet on, if it is the user's own and tells the truth. */
 void publishRecord(uid_t user, const Settings& settings) try {
   const std::string expected = recordOf(settings);
   const auto record = takeRecord(user);
   if (!record) throw Refusal("it is missing");
   if (expected.empty() || *record != expected) throw Refusal("it differs from the keyfile");
-  put(openTrustedFolder(RUN), RECORD, expected, {ROOT, ROOT, 0644}, Lasting::NO);
+  publish(expected);
 } catch (const std::exception& error) {  // no reason not to activate
   complain(std::string("the update record is not handed on: ") + error.what());
 }
@@ -397,11 +408,12 @@ void install(const Connection& connection, const std::optional<std::string>& con
 }
 
 /**
- * The same, and NetworkManager has taken it: otherwise the one before is put back. Returns the UUID
- * to activate; empty after a removal.
+ * The same, and NetworkManager has taken it: otherwise the one before is put back, with its record.
+ * Returns the UUID to activate; empty after a removal.
  */
 std::string replace(const Connection& connection, const std::optional<std::string>& content,
                     const std::optional<std::string>& before) {
+  const auto record = takePublished();
   try {
     install(connection, content);
     if (!reload()) throw Refusal("NetworkManager does not answer");
@@ -412,8 +424,10 @@ std::string replace(const Connection& connection, const std::optional<std::strin
   } catch (const std::exception& error) {
     const std::string reason = error.what();
     install(connection, before);
+    const bool isRead = reload();
+    if (record && connection.type == ETHERNET.type) publish(*record);
     // No refusal, after which nothing has changed: the new one may be in use.
-    if (!reload())
+    if (!isRead)
       throw std::runtime_error(std::string(connection.file) + ": " + reason +
                                ", the one before is installed again, but NetworkManager has not"
                                " read it");

@@ -238,6 +238,7 @@ class Requests(DeviceCase):
             for rollback_first in (False, True):
                 self.request("unlock")
                 self.save_static()
+                write(DYNAMIC_RECORD, PUBLISHED, mode=0o644)
                 sudo = self.call_sudo()
                 if rollback_first:
                     self.request("rollback")
@@ -246,7 +247,8 @@ class Requests(DeviceCase):
                              because="the one before is back")
                 self.assert_installed(before, CLIENT)
                 self.assertEqual(nmcli_calls()[-1], "connection reload")
-                self.assertFalse(os.path.exists(PUBLISHED))
+                self.assertEqual(read(PUBLISHED), DYNAMIC_RECORD)
+                self.assertEqual(access_of(PUBLISHED), (0, 0, "0o644"))
                 if rollback_first:
                     self.assert_copy(True, ethernet=before, wifi=CLIENT)
 
@@ -359,8 +361,9 @@ class Record(DeviceCase):
             self.assert_activated()
 
     def test_true_record_is_handed_on(self):
-        self.assertEqual(self.finalize(lambda: None), "")
-        self.assertEqual(read(PUBLISHED), STATIC_RECORD)
+        for make in (lambda: None, lambda: os.link(PUBLISHED, RUN + "/link")):
+            self.assertEqual(self.finalize(make), "")
+            self.assertEqual(read(PUBLISHED), STATIC_RECORD)
         saves = [(DYNAMIC, DYNAMIC_RECORD)]
         for prefix, mask in ((0, b"00 00 00 00"), (1, b"80 00 00 00"), (20, b"FF FF F0 00"),
                              (32, b"FF FF FF FF")):
