@@ -289,7 +289,7 @@ bool reload() try {
 std::string takenAs(const Connection& connection) {
   const Outcome list =
       run({NMCLI, "-t", "-f", "UUID,FILENAME", "connection", "show"}, "", LONGEST_QUESTION);
-  if (!succeeded(list)) throw Refusal("NetworkManager does not tell what it has read");
+  if (!succeeded(list)) throw std::runtime_error("NetworkManager does not tell what it has read");
   const std::size_t end =
       list.output.find(std::string(":") + INSTALLED + "/" + connection.file + "\n");
   if (end == std::string::npos) return {};
@@ -416,22 +416,21 @@ std::string replace(const Connection& connection, const std::optional<std::strin
   const auto record = takePublished();
   try {
     install(connection, content);
-    if (!reload()) throw Refusal("NetworkManager does not answer");
+    if (!reload()) throw std::runtime_error("NetworkManager does not answer");
     if (!content) return {};
     std::string uuid = takenAs(connection);
     if (uuid.empty()) throw Refusal("NetworkManager does not take it");
     return uuid;
   } catch (const std::exception& error) {
-    const std::string reason = error.what();
     install(connection, before);
     const bool isRead = reload();
     if (record && connection.type == ETHERNET.type) publish(*record);
-    // No refusal, after which nothing has changed: the new one may be in use.
-    if (!isRead)
-      throw std::runtime_error(std::string(connection.file) + ": " + reason +
-                               ", the one before is installed again, but NetworkManager has not"
-                               " read it");
-    throw Refusal(reason + ", the one before is back");
+    const std::string reason =
+        std::string(error.what()) + ", the one before is " +
+        (isRead ? "back" : "installed again, but NetworkManager has not read it");
+    // After a refusal nothing has changed; where it is not read, the new one may be in use.
+    if (isRead && dynamic_cast<const Refusal*>(&error) != nullptr) throw Refusal(reason);
+    throw std::runtime_error(std::string(connection.file) + ": " + reason);
   }
 }
 

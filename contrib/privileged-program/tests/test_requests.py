@@ -434,6 +434,24 @@ class Outcomes(DeviceCase):
         self.assert_told("finalize_ethernet", "result=failed", "why=finalize_ethernet: "
                          "ethernet.nmconnection cannot be activated now")
 
+    @unittest.skipUnless(shutil.which("strace"), "no strace")
+    def test_failed_with_the_file_before_back(self):
+        self.request("unlock")
+        self.save_static()
+        write(DYNAMIC_RECORD, PUBLISHED, mode=0o644)
+        self.refused("finalize_ethernet", "ethernet", wrapper=(
+            "strace", "-qq", "-o", "/tmp/trace", "-e", "trace=fsync",
+            "-e", "inject=fsync:error=EIO:when=1"))
+        self.assert_installed(DYNAMIC, CLIENT)
+        self.assertEqual(read(PUBLISHED), DYNAMIC_RECORD)
+        self.assert_told("finalize_ethernet", "result=failed", "why=finalize_ethernet: "
+                         "ethernet.nmconnection: fsync: Input/output error, the one before is back")
+        write(b"", NOTES, "is-dumb")
+        self.refused("finalize_ethernet", "ethernet")
+        self.assert_told("finalize_ethernet", "result=failed", "why=finalize_ethernet: "
+                         "ethernet.nmconnection: NetworkManager does not tell what it has read, "
+                         "the one before is back")
+
     def test_failed_with_the_refused_file_still_in_use(self):
         write(b"method=manual", NOTES, "refuses")
         write(b"", NOTES, "becomes-deaf")
