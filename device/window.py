@@ -97,8 +97,6 @@ class Window:
 
     def choose_channel(self, row):
         """The row of the list of channels; 0 is Auto."""
-        # Behind weston a tap opens it only once a key was pressed in this window.
-        self.machine.key("shift")
         before = self.machine.at_rest()
         self.machine.touch(*self.place("Channel"))
         # Before it opens, its button and the entry that was filled in look different.

@@ -41,6 +41,7 @@ APCredentials::APCredentials(NetworkManagerConfig& theConfig)
   nameDropDown(channelDropDown, channelLabel);
   openAtChoice(channelDropDown);
   openAbove(channelDropDown, LIST_HEIGHT);
+  openAtTouch(channelDropDown);
   channelModel = Gtk::StringList::create(channelNames);
   channelDropDown.set_model(channelModel);
   channelDropDown.set_selected(AUTOMATIC);

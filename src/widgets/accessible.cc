@@ -110,6 +110,20 @@ void openAbove(Gtk::DropDown& dropDown, int maximumHeight) {
   }
 }
 
+void openAtTouch(Gtk::DropDown& dropDown) {
+  auto* button = dynamic_cast<Gtk::ToggleButton*>(dropDown.get_first_child());
+  if (button == nullptr) return;
+  const auto touch = Gtk::GestureClick::create();
+  touch->set_touch_only(true);
+  touch->set_propagation_phase(Gtk::PropagationPhase::CAPTURE);
+  touch->signal_pressed().connect(
+      [button, gesture = touch.get()](int /*presses*/, double /*x*/, double /*y*/) {
+        gesture->set_state(Gtk::EventSequenceState::CLAIMED);  // the button would close it again
+        button->set_active(!button->get_active());
+      });
+  button->add_controller(touch);
+}
+
 void ignoreArrowKeys(Gtk::CheckButton& button) {
   const auto keys = Gtk::EventControllerKey::create();
   // The codes of the four keys follow one another: left, up, right, down.

@@ -30,6 +30,12 @@ void openAtChoice(Gtk::DropDown& dropDown);
  */
 void openAbove(Gtk::DropDown& dropDown, int maximumHeight);
 
+/**
+ * Lets the list open when a finger is put down. The toolkit opens it when the finger is lifted, and
+ * then has no touch to show the compositor, which closes the list at once (GTK 4.8, weston 10).
+ */
+void openAtTouch(Gtk::DropDown& dropDown);
+
 /** Lets a check button that is in no group ignore the arrow keys: the toolkit would toggle it. */
 void ignoreArrowKeys(Gtk::CheckButton& button);
 
