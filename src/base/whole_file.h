@@ -22,7 +22,7 @@ std::optional<std::string> readFile(const std::string& path);
  */
 bool replaceFile(const std::string& path, std::string_view content);
 
-/** Whether a file is there of which not even a byte can be read: nobody knows what it holds. */
+/** Whether a file is there whose bytes cannot be read: nobody knows what it holds. */
 bool isUnreadable(const std::string& path);
 
 /**

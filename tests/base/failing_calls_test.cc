@@ -3,8 +3,10 @@
 // What is left of files where one system call fails, once or for good.
 #include "support/failing_calls.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/mman.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -262,7 +264,7 @@ TEST_F(FailingCalls, CopyIsFlushedBeforeTheTemporaryFileGoes) {
 }
 
 TEST_F(FailingCalls, FileWhoseBytesCannotBeReadIsUnreadable) {
-  for (const char* call : {"open", "read"}) {
+  for (const char* call : {"open", "pread"}) {
     for (const int error : {EPERM, EUCLEAN, EIO}) {
       const FailingCall failing({call, error});
       EXPECT_TRUE(isUnreadable(file)) << call << error;
@@ -270,6 +272,12 @@ TEST_F(FailingCalls, FileWhoseBytesCannotBeReadIsUnreadable) {
   }
   std::filesystem::create_symlink("link", directory.file("link"));
   EXPECT_FALSE(isUnreadable(directory.file("link"))) << "it leads to no file";
+  EXPECT_FALSE(isUnreadable(directory.path));
+  const std::string fifo = directory.file("fifo");
+  ASSERT_EQ(0, mkfifo(fifo.c_str(), 0600));
+  const int writer = open(fifo.c_str(), O_RDWR | O_CLOEXEC);
+  EXPECT_FALSE(isUnreadable(fifo));
+  close(writer);
 }
 
 TEST_F(FailingCalls, FileThatCannotBeReadKeepsItsName) {
