@@ -20,12 +20,19 @@ namespace {
 
 constexpr const char* SYSTEM_DIRECTORY = "/etc/NetworkManager/system-connections";
 
-/** Appends the names; throws where the directory cannot be opened, or not be read on. */
-void listRegularFiles(const std::string& directory, std::vector<std::string>& names) {
+/**
+ * Appends the names; throws where the directory cannot be opened, or not be read on. Returns false,
+ * with errno set, if what one of its entries is cannot be told for a reason that may pass.
+ */
+bool listRegularFiles(const std::string& directory, std::vector<std::string>& names) {
+  int doubt = 0;
   for (const auto& entry : std::filesystem::directory_iterator(directory)) {
-    std::error_code ignored;  // a link that leads nowhere is not a file
-    if (entry.is_regular_file(ignored)) names.push_back(entry.path().filename().string());
+    std::error_code error;  // a link that leads nowhere is not a file
+    if (entry.is_regular_file(error)) names.push_back(entry.path().filename().string());
+    if (mayPass(error.value())) doubt = error.value();
   }
+  errno = doubt;
+  return doubt == 0;
 }
 
 void createDefaultFile(const std::string& path, std::string_view content, std::string_view type) {
@@ -76,18 +83,18 @@ std::vector<std::string> NetworkManagerConfig::listConnectionFiles() const {
   std::vector<std::string> names;
   std::string failure;
   // A keyfile that is not seen for a moment would be replaced by a default one.
-  const bool listed = succeedsOnRetry([&] {
+  succeedsOnRetry([&] {
     names.clear();
+    failure.clear();
     try {
-      listRegularFiles(networkManagerDirectoryPath, names);
-      return true;
+      return listRegularFiles(networkManagerDirectoryPath, names);
     } catch (const std::filesystem::filesystem_error& error) {
       failure = error.what();
       errno = error.code().value();
       return false;
     }
   });
-  if (!listed) logError("Error: ", failure);
+  if (!failure.empty()) logError("Error: ", failure);
   return names;
 }
 

@@ -3,9 +3,11 @@
 #include <dirent.h>
 #include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <cerrno>
 #include <climits>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -30,10 +32,31 @@ void* readEntry(DIR* directory, const char* function) {
   return reinterpret_cast<void* (*)(DIR*)>(dlsym(RTLD_NEXT, function))(directory);
 }
 
+int strangers = 0;  // as many links cannot be followed now
+
+int status(const char* path, struct stat* result, const char* function) {
+  struct stat itself {};
+  if (strangers > 0 && lstat(path, &itself) == 0 && S_ISLNK(itself.st_mode)) {
+    --strangers;
+    errno = ESTALE;
+    return -1;
+  }
+  return reinterpret_cast<int (*)(const char*, struct stat*)>(dlsym(RTLD_NEXT, function))(path,
+                                                                                          result);
+}
+
 }  // namespace
 
 // In the place of the C library's, for the C++ library too, by whichever name it calls it. The
 // header gives one name to both.
+extern "C" int statShort(const char* path, struct stat* result) __asm__("stat");
+extern "C" int statShort(const char* path, struct stat* result) {
+  return status(path, result, "stat");
+}
+extern "C" int statLarge(const char* path, struct stat* result) __asm__("stat64");
+extern "C" int statLarge(const char* path, struct stat* result) {
+  return status(path, result, "stat64");
+}
 extern "C" void* readShort(DIR* directory) __asm__("readdir");
 extern "C" void* readShort(DIR* directory) { return readEntry(directory, "readdir"); }
 extern "C" void* readLarge(DIR* directory) __asm__("readdir64");
@@ -74,6 +97,29 @@ TEST(Listing, IsTriedAgainAndKeepsWhatItSawBeforeItFailed) {
     EXPECT_EQ("", printedBy([&] { EXPECT_EQ(all, config.listConnectionFiles()); }));
     EXPECT_EQ(0, failures);
   }
+}
+
+TEST(Listing, LinkThatCannotBeFollowedForAMomentIsStillAFile) {
+  const TemporaryDirectory directory;
+  const std::string folder = directory.makeDirectory("folder");
+  writeBytes(directory.file("keyfile"), "[connection]\ntype=wifi\n");
+  std::filesystem::create_symlink(directory.file("keyfile"), folder + "/link");
+  setenv("ZOR_NETWORKMANAGER_DEBUG_PATH", folder.c_str(), 1);
+  auto& config = NetworkManagerConfig::getInstance();
+  printedBy([&] { config.initialize(NetworkManagerConfig::DEBUG); });
+
+  std::vector<std::string> names;
+  strangers = 1;
+  EXPECT_EQ("", printedBy([&] { names = config.listConnectionFiles(); }));
+  EXPECT_EQ(std::vector<std::string>{"link"}, names);
+  EXPECT_EQ(0, strangers);
+
+  // For good, it is none; that is nothing to complain about, and hides no other file.
+  writeBytes(folder + "/file", "");
+  strangers = INT_MAX;
+  EXPECT_EQ("", printedBy([&] { names = config.listConnectionFiles(); }));
+  EXPECT_EQ(std::vector<std::string>{"file"}, names);
+  strangers = 0;
 }
 
 }  // namespace
