@@ -42,8 +42,8 @@ struct Setting {
 // file, a program or another connection, and what an address is worth NetworkManager's own parser
 // says. Only the access point may share its network: that starts servers on the interface.
 constexpr std::array SETTINGS = {
-    Setting{"", "connection", "id", Form::WORD,
-            "ethernet Hotspot ZOR new_ethernet_connection new_wifi_connection"},
+    // Not those of the default files: a file that still has one of them did not get its values.
+    Setting{"", "connection", "id", Form::WORD, "ethernet Hotspot ZOR"},
     Setting{"", "connection", "uuid", Form::CHARACTERS, UUID},
     Setting{"", "connection", "timestamp", Form::CHARACTERS, DIGITS},
     Setting{"", "connection", "type", Form::WORD, "ethernet wifi"},

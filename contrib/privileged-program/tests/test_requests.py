@@ -158,16 +158,26 @@ class Requests(DeviceCase):
         self.assert_copy(True, ethernet=DYNAMIC, wifi=CLIENT)
 
     def test_all_that_the_window_writes_is_taken(self):
-        for kind in ("ethernet-default", "ethernet-dynamic-address-left", "ethernet-static"):
+        for kind in ("ethernet-dynamic-address-left", "ethernet-static"):
             self.request("unlock")
             self.put_into_copy(expected(kind), ETHERNET)
             self.ask("finalize_ethernet", "x")
             self.assert_installed(expected(kind), CLIENT)
-        for kind in ("access-point", "client", "wifi-default"):
+        for kind in ("access-point", "client"):
             self.request("unlock")
             self.put_into_copy(expected(kind), WIFI)
             self.request("finalize_wifi", "x")
             self.assertEqual(read(INSTALLED, WIFI), expected(kind))
+
+    def test_default_file_of_a_save_that_found_no_room_for_values_is_refused(self):
+        self.request("unlock")
+        for kind, name, words in (
+                ("ethernet-default", ETHERNET, ("finalize_ethernet", "new_ethernet_connection")),
+                ("wifi-default", WIFI, ("finalize_wifi", "new_wifi_connection"))):
+            self.put_into_copy(expected(kind), name)
+            self.refused(*words, because="line 2: a value that is not allowed")
+        self.assert_installed(DYNAMIC, CLIENT)
+        self.assertEqual(nmcli_calls(), [])
 
     def test_wifi_is_removed_when_its_file_is_gone_and_no_id_is_told(self):
         for rollback_first in (False, True):
