@@ -455,10 +455,9 @@ std::string takeOver(const Request& request, const Connection& connection) {
     return {};
   }
   const Settings settings = check(connection, *content, before);
-  // As where the window could not write yet: to activate what was there would look like success.
-  if (connection.type == ETHERNET.type && content == before &&
-      isRecordOfOthers(request.user, settings))
-    throw Refusal("it is as it was before, and the update record is not");
+  // The window could not write all of it, as before the "unlock" was done, or on a full disk.
+  if (connection.type == ETHERNET.type && isRecordOfOthers(request.user, settings))
+    throw Refusal("the update record is of other settings");
   std::string uuid = replace(connection, content, before);
   note(std::string("installed ") + connection.file + ", id " + quoted(request.id));
   if (connection.type == ETHERNET.type) publishRecord(request.user, settings);
