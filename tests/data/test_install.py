@@ -2,6 +2,7 @@
 # SPDX-License-Identifier: MIT
 """What `meson install` puts where: BUILD_DIRECTORY PROGRAM [OPTION OF APPSTREAMCLI...]."""
 import configparser
+import hashlib
 import json
 import os
 import re
@@ -17,6 +18,7 @@ from tests.support.files import source
 
 BUILD, PROGRAM, *OPTIONS = sys.argv[1:]
 del sys.argv[1:]
+(VERSION,) = re.findall(r"\n  version: '([^']+)'", source("meson.build"))
 
 FILES = {
     "bin/zor-network-manager",
@@ -89,11 +91,15 @@ class Installed(unittest.TestCase):
 class Version(unittest.TestCase):
 
     def test_is_the_same_everywhere(self):
-        (version,) = re.findall(r"\n  version: '([^']+)'", source("meson.build"))
         metainfo = xml.fromstring(source("data/org.gtkmm.example.metainfo.xml"))
         release = metainfo.find("releases/release")
         (package,) = re.findall(r"^zor-network-manager \(([^)-]+)", source("debian/changelog"))
-        self.assertEqual([release.get("version"), package], [version, version])
+        self.assertEqual([release.get("version"), package], [VERSION, VERSION])
+
+    def test_recipe_is_of_this_version_and_licence(self):
+        recipe = source("packaging/yocto/recipes-connectivity/zor-network-manager",
+                        f"zor-network-manager_{VERSION}.bb")
+        self.assertIn(hashlib.md5(source("LICENSE").encode()).hexdigest(), recipe)
 
 
 class Dependencies(unittest.TestCase):
