@@ -149,11 +149,34 @@ Descriptor lock() {
   return file;
 }
 
-/**
- * Makes the working copy anew from the installed files: the user's, or locked if that is root.
- * Returns why no new folder could take its place, if so: the old one is emptied and filled then.
- */
-std::string makeWorkingCopy(uid_t user) {
+/** What a working copy lacks; empty texts for nothing. */
+struct Lacks {
+  std::string newFolder;  // why none could take its place: the old one was emptied and filled
+  std::string file;       // which installed one could not be read: a folder has its name
+};
+
+/** By name. Nothing for one that cannot be read, which is noted as lacking. */
+using InstalledFiles = std::map<std::string, std::optional<std::string>>;
+
+InstalledFiles readInstalled(Lacks& lacks) {
+  const Descriptor folder = openTrustedFolder(INSTALLED);
+  InstalledFiles files;
+  for (const Connection& connection : CONNECTIONS) {
+    try {
+      if (auto content = take(folder, connection.file, ROOT))
+        files[connection.file] = std::move(content);
+    } catch (const Refusal& refusal) {  // no reason to lock everybody out
+      complain(std::string("not in the working copy: ") + refusal.what());
+    } catch (const std::exception& error) {  // nor is a bad block
+      files[connection.file] = std::nullopt;
+      lacks.file = std::string("not in the working copy: ") + connection.file + ", " + error.what();
+    }
+  }
+  return files;
+}
+
+/** Makes the working copy anew from the installed files: the user's, or locked if that is root. */
+Lacks makeWorkingCopy(uid_t user) {
   const gid_t readers = groupOf(openTrustedFolder(STATE));
   if (readers == ROOT_GROUP) throw Refusal(std::string(STATE) + " needs a group of its own");
   const Descriptor workingCopy = openFolder(WORKING_COPY);
@@ -163,16 +186,8 @@ std::string makeWorkingCopy(uid_t user) {
     if (isOurs) lockFolder();           // first, whatever fails
   } catch (const std::system_error&) {  // it is root's, and there may be room for the rest below
   }
-  const Descriptor installed = openTrustedFolder(INSTALLED);
-  std::map<std::string, std::string> contents;
-  for (const Connection& connection : CONNECTIONS) {
-    try {
-      if (const auto content = take(installed, connection.file, ROOT))
-        contents[connection.file] = *content;
-    } catch (const Refusal& refusal) {  // no reason to lock everybody out
-      complain(std::string("not in the working copy: ") + refusal.what());
-    }
-  }
+  Lacks lacks;
+  const InstalledFiles contents = readInstalled(lacks);
   // What a folder of another group holds may never have been moved to where NetworkManager looks.
   if (!isOurs) {
     for (const auto& entry : std::filesystem::directory_iterator(WORKING_COPY)) {
@@ -185,7 +200,11 @@ std::string makeWorkingCopy(uid_t user) {
   const auto fill = [&](int folder) {
     for (const auto& [name, content] : contents) {
       const mode_t mode = user == ROOT ? 0640 : 0600;
-      put(folder, name, content, {user, readers, mode}, Lasting::NO);
+      if (content) {
+        put(folder, name, *content, {user, readers, mode}, Lasting::NO);
+      } else {  // without it, the file would look removed, and a save would replace it
+        makeNewFolder(folder, name);
+      }
     }
     const mode_t mode = user == ROOT ? 0750 : 0700;
     give(folder, {user, readers, mode});
@@ -201,7 +220,6 @@ std::string makeWorkingCopy(uid_t user) {
     // At once: the window may be looking for its files already.
     exchange(parent, NEXT_COPY_NAME, COPY_NAME);
     moveAside(parent, NEXT_COPY_NAME, old);
-    return {};
   } catch (const std::system_error& error) {
     // Mount points, and folders of an image below another layer, cannot be renamed. Or the user has
     // taken all the room: what he leaves behind gives it back.
@@ -210,8 +228,9 @@ std::string makeWorkingCopy(uid_t user) {
     clear(workingCopy);
     lockFolder();
     fill(workingCopy);
-    return error.what();
+    lacks.newFolder = error.what();
   }
+  return lacks;
 }
 
 /** Removes old working copies, while no other request waits. What is left is the next one's. */
@@ -247,8 +266,8 @@ void setAside(const Request& request) {
     std::optional<std::string> content;
     try {
       content = take(workingCopy, connection.file, user);
-    } catch (const Refusal& refusal) {
-      complain(std::string("not set aside: ") + refusal.what());
+    } catch (const std::exception& error) {
+      complain(std::string("not set aside: ") + error.what());
       content = "";  // is refused too; with no file, the user would seem to have removed it
     }
     if (content) put(folder, connection.file, *content, {user, ROOT, 0600}, Lasting::NO);
@@ -336,7 +355,7 @@ void publishRecord(uid_t user, const Settings& settings) try {
 void unlock(const Request& request) {
   const Descriptor locked = lock();
   forgetSetAside();
-  makeWorkingCopy(request.user);
+  const std::string lackingFile = makeWorkingCopy(request.user).file;
   try {
     noteTime(openTrustedFolder(RUN), UNLOCKED_AT, now());
   } catch (const std::exception&) {  // who is told that nothing was done has nothing open
@@ -344,6 +363,7 @@ void unlock(const Request& request) {
     throw;
   }
   note("unlocked for user " + std::to_string(request.user));
+  if (!lackingFile.empty()) throw std::runtime_error(lackingFile);
 }
 
 void rollback(const Request& request) {
@@ -353,11 +373,13 @@ void rollback(const Request& request) {
   } catch (const std::exception& error) {  // the working copy is locked all the same
     complain(std::string("not set aside: ") + error.what());
   }
-  const std::string obstacle = makeWorkingCopy(ROOT);
+  const Lacks lacks = makeWorkingCopy(ROOT);
   // For those who install it, and read the log of a start.
-  if (request.user == ROOT && !obstacle.empty())
-    complain(std::string("no new folder can take the place of ") + WORKING_COPY + ": " + obstacle);
+  if (request.user == ROOT && !lacks.newFolder.empty())
+    complain(std::string("no new folder can take the place of ") + WORKING_COPY + ": " +
+             lacks.newFolder);
   note("locked");
+  if (!lacks.file.empty()) throw std::runtime_error(lacks.file);
 }
 
 /**
@@ -436,7 +458,9 @@ std::string replace(const Connection& connection, const std::optional<std::strin
 
 /** Has a locked working copy be a copy of the installed files again. */
 void renewLockedCopy() try {
-  if (ownerOf(openFolder(WORKING_COPY)) == ROOT) makeWorkingCopy(ROOT);
+  if (ownerOf(openFolder(WORKING_COPY)) != ROOT) return;
+  const std::string lackingFile = makeWorkingCopy(ROOT).file;
+  if (!lackingFile.empty()) complain(lackingFile);
 } catch (const std::exception& error) {  // the next unlock makes another one
   complain(std::string("the working copy is not a copy of what is installed: ") + error.what());
 }

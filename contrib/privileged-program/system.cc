@@ -274,9 +274,10 @@ std::optional<std::string> take(int folder, const std::string& name, uid_t owner
   const Descriptor file(
       openat(folder, name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
   if (file < 0 && errno == ENOENT) return std::nullopt;
-  if (file < 0 && (errno == EMFILE || errno == ENFILE || errno == ENOMEM))
-    fail(name);  // so would any other
-  if (file < 0) throw Refusal(name + " cannot be opened, or is a link");
+  // A link, a socket, or a file with a lease. Otherwise it may be a file like any other.
+  if (file < 0 && (errno == ELOOP || errno == ENXIO || errno == EAGAIN))
+    throw Refusal(name + " cannot be opened, or is a link");
+  if (file < 0) fail(name);
   const struct stat status = statusOf(file);
   if (!S_ISREG(status.st_mode)) throw Refusal(name + " is no plain file");
   if (status.st_uid != owner) throw Refusal(name + " has another owner");

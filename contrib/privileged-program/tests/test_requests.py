@@ -294,6 +294,49 @@ class Requests(DeviceCase):
         self.assert_installed(DYNAMIC, CLIENT)
 
 
+@unittest.skipUnless(shutil.which("strace"), "no strace")
+class Unreadable(DeviceCase):
+
+    def test_installed_file_that_cannot_be_read_is_neither_removed_nor_replaced(self):
+        copy, installed = f"{WORKING_COPY}/{WIFI}", f"{INSTALLED}/{WIFI}"
+        for call, path, error in (("read", installed, "EIO"),  # a bad block
+                                  ("openat", WIFI, "ESTALE"), ("openat", WIFI, "EINTR")):
+            def fault(number):
+                when = f":when={number}" if path == WIFI else ""
+                return {"wrapper": ("strace", "-qq", "-o", "/tmp/trace", "-P", path, "-e",
+                                    f"trace={call}", "-e", f"inject={call}:error={error}{when}")}
+
+            with self.subTest(error):
+                self.setUp()
+                self.refused("rollback", **fault(1), because="not in the working copy: " + WIFI)
+                self.refused("unlock", **fault(1), because="not in the working copy: " + WIFI)
+                self.assertEqual(sorted(os.listdir(WORKING_COPY)), [ETHERNET, WIFI])
+                self.assertTrue(os.path.isdir(copy), "the window can save there")
+                self.refused("finalize_wifi", because="no plain file")  # it looked disabled
+                self.save_static()
+                self.request("finalize_ethernet", "ethernet")
+                os.rmdir(copy)
+                self.refused("finalize_wifi", **fault(2))
+                self.put_into_copy(ACCESS_POINT, WIFI)
+                self.refused("finalize_wifi", "Hotspot", **fault(2))
+                self.assert_installed(STATIC, CLIENT)
+                self.request("unlock")
+                self.assert_copy(False, ethernet=STATIC, wifi=CLIENT)
+
+    def test_file_that_cannot_be_read_keeps_no_other_from_being_set_aside(self):
+        self.request("unlock")
+        self.save_static()
+        ethernet, wifi = self.call_sudo(), self.call_sudo()
+        status, errors = self.ask("rollback", wrapper=(
+            "strace", "-qq", "-o", "/tmp/trace", "-P", f"{WORKING_COPY}/{WIFI}", "-e",
+            "trace=read", "-e", "inject=read:error=EIO"))
+        self.assertEqual(status, 0, errors)
+        self.assertIn("not set aside: ", errors)
+        self.request("finalize_ethernet", "ethernet", sudo=ethernet)
+        self.refused("finalize_wifi", sudo=wifi)
+        self.assert_installed(STATIC, CLIENT)
+
+
 class Record(DeviceCase):
 
     def finalize(self, make):
