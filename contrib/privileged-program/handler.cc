@@ -51,8 +51,9 @@ constexpr const char* SET_ASIDE = "/run/zor-network/set-aside";  // a folder for
 constexpr const char* UNLOCKED_AT = "unlocked-at";  // in RUN
 constexpr const char* LOCKED_AT = "locked-at";      // with what was set aside
 constexpr const char* LOCK = "/run/zor-network/lock";
-constexpr const char* PLACES = "/run/zor-network/places";  // a byte for each
-constexpr const char* RECORD = "ethernet-settings";        // in RUN
+constexpr const char* PLACES = "/run/zor-network/places";          // a byte for each
+constexpr const char* RECORD = "ethernet-settings";                // in RUN
+constexpr const char* RECORD_BEFORE = "ethernet-settings.before";  // until a new file is taken
 // For everybody: how each request ended last, in a file of its name. The lock is not theirs.
 constexpr const char* ENDINGS = "/run/zor-network/outcome";
 constexpr const char* ENDINGS_LOCK = "/run/zor-network/outcome-lock";
@@ -330,24 +331,13 @@ bool isRecordOfOthers(uid_t user, const Settings& settings) try {
   return false;
 }
 
-/** The record that was handed on; nothing if none was, or it is not as we have made it. */
-std::optional<std::string> takePublished() try {
-  return take(openTrustedFolder(RUN), RECORD, ROOT);
-} catch (const Refusal&) {
-  return std::nullopt;
-}
-
-void publish(const std::string& record) {
-  put(openTrustedFolder(RUN), RECORD, record, {ROOT, ROOT, 0644}, Lasting::NO);
-}
-
 /** Hands the window's note about Ethernet on, if it is the user's own and tells the truth. */
 void publishRecord(uid_t user, const Settings& settings) try {
   const std::string expected = recordOf(settings);
   const auto record = takeRecord(user);
   if (!record) throw Refusal("it is missing");
   if (expected.empty() || *record != expected) throw Refusal("it differs from the keyfile");
-  publish(expected);
+  put(openTrustedFolder(RUN), RECORD, expected, {ROOT, ROOT, 0644}, Lasting::NO);
 } catch (const std::exception& error) {  // no reason not to activate
   complain(std::string("the update record is not handed on: ") + error.what());
 }
@@ -419,8 +409,6 @@ Settings check(const Connection& connection, const std::string& content,
 
 /** Replaces or, without a content, removes an installed file. */
 void install(const Connection& connection, const std::optional<std::string>& content) {
-  // Better no record than one that is not true any more.
-  if (connection.type == ETHERNET.type) drop(openTrustedFolder(RUN), RECORD, Lasting::NO);
   const Descriptor folder = openTrustedFolder(INSTALLED);
   if (content) {
     put(folder, connection.file, *content, {ROOT, ROOT, 0600}, Lasting::YES);
@@ -435,18 +423,23 @@ void install(const Connection& connection, const std::optional<std::string>& con
  */
 std::string replace(const Connection& connection, const std::optional<std::string>& content,
                     const std::optional<std::string>& before) {
-  const auto record = takePublished();
+  const Descriptor folder = openTrustedFolder(RUN);
+  const bool isEthernet = connection.type == ETHERNET.type;
+  // Better none than one that is not true any more. Moved, it needs no room to return.
+  const bool hadRecord = isEthernet && renameat(folder, RECORD, folder, RECORD_BEFORE) == 0;
   try {
+    if (isEthernet) drop(folder, RECORD, Lasting::NO);  // where it could not be moved
     install(connection, content);
     if (!reload()) throw std::runtime_error("NetworkManager does not answer");
     if (!content) return {};
     std::string uuid = takenAs(connection);
     if (uuid.empty()) throw Refusal("NetworkManager does not take it");
+    (void)unlinkat(folder, RECORD_BEFORE, 0);
     return uuid;
   } catch (const std::exception& error) {
     install(connection, before);
     const bool isRead = reload();
-    if (record && connection.type == ETHERNET.type) publish(*record);
+    if (hadRecord) (void)renameat(folder, RECORD_BEFORE, folder, RECORD);
     const std::string reason =
         std::string(error.what()) + ", the one before is " +
         (isRead ? "back" : "installed again, but NetworkManager has not read it");

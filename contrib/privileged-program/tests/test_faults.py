@@ -194,8 +194,8 @@ class Faults(FaultCase):
         self.save_static()
         _, trace = self.traced(("finalize_ethernet", "x"), (), "-e", "trace=fsync,renameat")
         self.assertEqual([line.partition("(")[0] for line in trace],
-                         # the last two: the record, the outcome
-                         ["fsync", "renameat", "fsync", "renameat", "renameat"])
+                         # the first: the record before; the last two: the record, the outcome
+                         ["renameat", "fsync", "renameat", "fsync", "renameat", "renameat"])
 
     def test_flush_that_is_interrupted_is_tried_again(self):
         for number in (1, 2):

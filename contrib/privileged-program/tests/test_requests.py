@@ -402,6 +402,29 @@ class Record(DeviceCase):
             self.assertEqual(status, 0, errors)
             self.assert_activated()
 
+    def test_record_of_what_stays_is_kept_where_no_new_one_can_be_made(self):
+        self.request("unlock")
+        self.save_static()
+        write(DYNAMIC_RECORD, PUBLISHED, mode=0o644)
+        os.makedirs(PUBLISHED + "~/folder")  # like a full disk
+        write(b"method=manual", NOTES, "refuses")
+        self.refused("finalize_ethernet", "ethernet",
+                     because="NetworkManager does not take it, the one before is back")
+        self.assert_installed(DYNAMIC, CLIENT)
+        self.assertEqual(read(PUBLISHED), DYNAMIC_RECORD)
+        self.assertEqual(access_of(PUBLISHED), (0, 0, "0o644"))
+
+    @unittest.skipUnless(shutil.which("strace"), "no strace")
+    def test_record_that_cannot_be_read_has_no_effect_on_wifi(self):
+        write(DYNAMIC_RECORD, PUBLISHED, mode=0o644)
+        self.request("unlock")
+        self.put_into_copy(ACCESS_POINT, WIFI)
+        self.request("finalize_wifi", "Hotspot", wrapper=(
+            "strace", "-qq", "-o", "/tmp/trace", "-P", os.path.basename(PUBLISHED), "-e",
+            "trace=openat", "-e", "inject=openat:error=EMFILE"))
+        self.assert_installed(DYNAMIC, ACCESS_POINT)
+        self.assertEqual(read(PUBLISHED), DYNAMIC_RECORD)
+
     @unittest.skipUnless(shutil.which("strace"), "no strace")
     def test_record_that_cannot_be_looked_for_keeps_nothing_from_being_activated(self):
         for content in (STATIC, DYNAMIC):  # a change, and the same again
