@@ -253,6 +253,16 @@ long timeOf(int folder, const char* name) {
   return std::strtol(take(folder, name, ROOT).value_or("").c_str(), nullptr, 10);
 }
 
+/** A file of the user's; nothing if there is none. Refused if a new form did not get its name. */
+std::optional<std::string> takeSaved(int folder, const Connection& connection, uid_t user) {
+  auto content = take(folder, connection.file, user);
+  std::string newForm = connection.file;
+  newForm.back() = '~';
+  if (!content && faccessat(folder, newForm.c_str(), F_OK, AT_SYMLINK_NOFOLLOW) == 0)
+    throw Refusal(std::string(connection.file) + " was not saved to the end");
+  return content;
+}
+
 /** Keeps the files of an open working copy, as the same user's and by the same rules. */
 void setAside(const Request& request) {
   const Descriptor workingCopy = openFolder(WORKING_COPY);
@@ -266,7 +276,7 @@ void setAside(const Request& request) {
     drop(folder, connection.file, Lasting::NO);
     std::optional<std::string> content;
     try {
-      content = take(workingCopy, connection.file, user);
+      content = takeSaved(workingCopy, connection, user);
     } catch (const std::exception& error) {
       complain(std::string("not set aside: ") + error.what());
       content = "";  // is refused too; with no file, the user would seem to have removed it
@@ -461,7 +471,7 @@ void renewLockedCopy() try {
 /** Takes a connection's file over. Returns the UUID to activate; empty after a removal. */
 std::string takeOver(const Request& request, const Connection& connection) {
   const Descriptor locked = lock();
-  const auto content = take(openSession(request), connection.file, request.user);
+  const auto content = takeSaved(openSession(request), connection, request.user);
   const auto before = take(openTrustedFolder(INSTALLED), connection.file, ROOT);
   if (!content) {
     // The window disables Wi-Fi by removing its file. Then it has no id to tell.
@@ -475,6 +485,8 @@ std::string takeOver(const Request& request, const Connection& connection) {
   // The window could not write all of it, as before the "unlock" was done, or on a full disk.
   if (connection.type == ETHERNET.type && isRecordOfOthers(request.user, settings))
     throw Refusal("the update record is of other settings");
+  // The window could not remove it, nor could it read an id there.
+  if (connection.type == WIFI.type && request.id.empty()) throw Refusal("no id was told");
   std::string uuid = replace(connection, content, before);
   note(std::string("installed ") + connection.file + ", id " + quoted(request.id));
   if (connection.type == ETHERNET.type) publishRecord(request.user, settings);

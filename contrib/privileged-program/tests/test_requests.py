@@ -196,6 +196,25 @@ class Requests(DeviceCase):
             self.request("rollback")
             self.assert_copy(True, ethernet=DYNAMIC, wifi=None)
 
+    def fail_to_disable(self, change, because):
+        for rollback_first in (False, True):
+            self.request("unlock")
+            self.put_into_copy(ACCESS_POINT, WIFI)
+            change()
+            sudo = self.call_sudo()
+            if rollback_first:
+                self.assertEqual(self.ask("rollback")[0], 0)
+            self.refused("finalize_wifi", sudo=sudo, because="" if rollback_first else because)
+            self.assert_installed(DYNAMIC, CLIENT)
+            self.assertNotIn("connection reload", nmcli_calls())
+
+    def test_wifi_that_could_not_be_disabled_stays_as_it_was(self):
+        self.fail_to_disable(lambda: None, "no id was told")
+
+    def test_wifi_of_a_save_that_was_not_finished_is_not_removed(self):
+        copy = f"{WORKING_COPY}/{WIFI}"
+        self.fail_to_disable(lambda: os.rename(copy, copy[:-1] + "~"), "was not saved to the end")
+
     def test_installed_file_that_cannot_be_copied_locks_nobody_out(self):
         installed, elsewhere = f"{INSTALLED}/{WIFI}", f"{INSTALLED}/elsewhere"
 
