@@ -243,10 +243,11 @@ class Machine:
             self.ask("input-send-event",
                      events=[{"type": "btn", "data": {"button": "left", "down": down}}])
 
-    def touch(self, x, y):
-        """A finger's tap."""
+    def touch(self, *points):
+        """A finger's tap; or its way, by several points."""
         now = self.look()
-        self.agent.send({"touch": [x * 1000 // now.width, y * 1000 // now.height]})
+        self.agent.send({"touch": [[x * 1000 // now.width, y * 1000 // now.height]
+                                   for x, y in points]})
         self.agent.receive(LIMIT)
 
     # Looking.

@@ -20,6 +20,9 @@ PLACES = {
     "Save And Exit": (156, -23), "Exit Without Saving": (349, -23),
 }
 
+# The rows of the list of channels, which begins at its top or, when it was scrolled, ends with its
+# last: the middle of one of them as seen from its button. It must not be opened at a later one.
+FIRST_ROW, LAST_ROW, HEIGHT_OF_ROW, LAST_IN_SIGHT = -282, -41, 32, 7
 HEIGHT_OF_TWO = 80  # buttons or entries, in rows of the screen
 
 
@@ -83,34 +86,38 @@ class Window:
     def touch(self, name):
         """Taps on something, which shows."""
         before = self.machine.at_rest()
-        self.machine.touch(*self.place(name))
+        self.machine.touch(self.place(name))
         return self.machine.at_rest(before, f"an effect of {name}")
 
     def fill(self, name, text):
         """Taps on an entry, and replaces what stands in it."""
         before = self.machine.at_rest()
-        self.machine.touch(*self.place(name))
+        self.machine.touch(self.place(name))
         self.machine.key("ctrl", "a")
         self.machine.key("delete")
         self.machine.type(text)
         return self.machine.at_rest(before, f"{text} in {name}")
 
     def choose_channel(self, row):
-        """The row of the list of channels; 0 is Auto."""
+        """Taps on a row of the list of channels; 0 is Auto, 11 the last."""
         before = self.machine.at_rest()
-        self.machine.touch(*self.place("Channel"))
+        x, y = self.place("Channel")
+        self.machine.touch((x, y))
         # Before it opens, its button and the entry that was filled in look different.
         self._see(lambda picture: picture.rows_unlike(before) > HEIGHT_OF_TWO, "the list to open")
-        self.machine.key("home")
-        for _ in range(row):
-            self.machine.key("down")
         opened = self.machine.at_rest()
+        if row <= LAST_IN_SIGHT:
+            y += FIRST_ROW + row * HEIGHT_OF_ROW
+        else:
+            self.machine.touch(*((x, y - 50 - way) for way in range(0, 250, 25)))
+            opened = self.machine.at_rest(opened, "the list to scroll")
+            y += LAST_ROW - (11 - row) * HEIGHT_OF_ROW
         opened.save(self.machine.picture_path("channels"))
-        self.machine.key("ret")
+        self.machine.touch((x, y))
         return self.machine.at_rest(opened, "the list to close")
 
     def leave(self, name="Save And Exit"):
         """Taps on one of the two buttons. Returns which process was left."""
         before = self.process()
-        self.machine.touch(*self.place(name))
+        self.machine.touch(self.place(name))
         return before
