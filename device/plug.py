@@ -2,14 +2,18 @@
 # SPDX-License-Identifier: MIT
 """Pulls the plug at many points of a save, and looks at what is left on the disk.
 
-The machine is kept in the moment before the save, memory and disk, and each point starts from
-there. The disk is judged from outside, after its file system was repaired as at a start; a few of
-them are started again. Killing the emulator loses what is in the machine's memory. It does not lose
-what a real disk keeps in a cache of its own and has not been told to write.
+The machine is kept in the moment before the save, memory and disk. One save from there shows how
+long it takes; in a second one the emulator is frozen at each point, and the file of its disk copied.
+That has what killing it there would leave: what is in the machine's memory is lost, and what the
+emulator itself has not written yet. It does not lose what a real disk keeps in a cache of its own.
+Each copy is judged from outside, after its file system was repaired as at a start; a few of them
+are started again.
 """
 import argparse
 import contextlib
 import os
+import shutil
+import signal
 import subprocess
 import sys
 import tempfile
@@ -17,9 +21,10 @@ import tempfile
 from tests.support.limit import wait_until
 
 from .journeys import FIRST, INSTALLED, Journeys
-from .machine import KERNEL, LIMIT, RUN, Machine, clear, new_disk
+from .machine import KERNEL, LIMIT, WORK, Machine, clear, new_disk
 from .window import WORKING_COPY, Window
 
+RUN = os.path.join(WORK, "plug")
 STATE = os.path.join(RUN, "state")
 READY = os.path.join(RUN, "disk.qcow2")
 POINT = os.path.join(RUN, "point")
@@ -27,7 +32,7 @@ POINT = os.path.join(RUN, "point")
 KINDS = {"ethernet": "ethernet.nmconnection", "wifi": "wlan0.nmconnection"}
 # What is counted: keyfiles as before, as saved, and neither; folders that were still the user's.
 COLUMNS = ("old", "new", "unlocked", "bad", "started")
-# So many of each kind are started again: that takes some minutes.
+# How many of the disks of each kind are started again, which takes minutes for each.
 STARTS = 4
 
 
@@ -106,17 +111,27 @@ def left_on(disk):
         return found, int(owner)
 
 
-def whole_save(place):
+def whole_save(kind, place):
     """Lets one save come to its end. Returns how long it took inside, and what it left."""
-    machine = again()
-    start = machine.clock()
-    machine.click(*place)
-    machine.wait_for("journalctl -t zor-network-permissions-handler | grep -q 'installed '",
-                     "the keyfile to be installed")
-    took = machine.clock() - start
-    machine.run("sync")
-    machine.pull_the_plug()
+    with again() as machine:
+        machine.click(*place)
+        start = machine.clock()
+        machine.run(f"until [ -e /run/zor-network/outcome/finalize_{kind} ]; do sleep 0.1; done")
+        took = machine.clock() - start
+        machine.run("sync")
     return took, left_on(machine.disk)[0]
+
+
+def frozen_save(place, step, points):
+    """Lets another one be frozen at points, so many seconds apart. Yields copies of its disk."""
+    with again() as machine:
+        machine.click(*place)
+        for number in range(points):
+            machine.process.send_signal(signal.SIGSTOP)
+            copy = os.path.join(RUN, f"disk-{number}.qcow2")
+            yield shutil.copyfile(machine.disk, copy)
+            machine.process.send_signal(signal.SIGCONT)
+            machine.pause(step)
 
 
 def start_again(disk, kind, is_new):
@@ -127,7 +142,8 @@ def start_again(disk, kind, is_new):
         machine.wait_for("systemctl is-active NetworkManager", "NetworkManager")
         owner = machine.run(f"stat -c %U {WORKING_COPY}").strip()
         assert owner == "root", owner
-        machine.run(f"diff -r {INSTALLED} {WORKING_COPY}")
+        # A hidden name is one that a new file had, and has not lost: nobody reads it.
+        machine.run(f"diff -r --exclude='.*' {INSTALLED} {WORKING_COPY}")
         journeys = Journeys(machine, None)
         if is_new and kind == "ethernet":
             address, _, prefix, gateway, _ = FIRST
@@ -143,17 +159,13 @@ def pull(kind, points):
     place = prepare(kind)
     path = f"{INSTALLED}/{KINDS[kind]}"
     old, _ = left_on(READY)
-    took, new = whole_save(place)
+    took, new = whole_save(kind, place)
     assert new[path] != old.get(path), "nothing was saved"
     count = dict.fromkeys(COLUMNS, 0)
-    for number in range(points):
-        # A little beyond its end: what comes after it must not take it back.
-        delay = 1.2 * took * number / max(1, points - 1)
-        machine = again()
-        machine.click(*place)
-        machine.pause(delay)
-        machine.pull_the_plug()
-        found, owner = left_on(machine.disk)
+    # A little beyond its end: what comes after it must not take it back.
+    step = 1.2 * took / max(1, points - 1)
+    for number, disk in enumerate(list(frozen_save(place, step, points))):
+        found, owner = left_on(disk)
         # What NetworkManager reads besides is as it was; hidden names it does not read.
         others = all(text == old.get(name) for name, text in found.items()
                      if name.startswith(INSTALLED) and name != path and "/." not in name)
@@ -162,11 +174,11 @@ def pull(kind, points):
             count["new" if is_new else "old"] += 1
             count["unlocked"] += owner != 0
             if number % max(1, points // STARTS) == 0:
-                start_again(machine.disk, kind, is_new)
+                start_again(disk, kind, is_new)
                 count["started"] += 1
         else:
             count["bad"] += 1
-            print(f"{kind}, {delay:.2f} s: {sorted(found)}\n{found.get(path)!r}", flush=True)
+            print(f"{kind}, {number * step:.2f} s: {sorted(found)}\n{found.get(path)!r}", flush=True)
     print(f"{kind:<10}{points:>7}{took:>8.1f} s" + "".join(
         f"{count[name]:>10}" for name in COLUMNS), flush=True)
     return count["bad"]
