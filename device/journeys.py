@@ -17,7 +17,12 @@ ACCESS_POINT = "Halvorik test"
 PASSWORD = "open-sesame 9"
 # Name, password, and how the save ends: as the guide to what is refused has it.
 ODD = (("Zoë's café, a = b", "it's = é, a  b", "done"),
-       ("a;b #c", PASSWORD, "failed"))
+       ("back\\door", PASSWORD, "done"),
+       ("a;b #c", PASSWORD, "failed"),
+       ('say "x"', PASSWORD, "failed"),
+       ("Town hall", "pass;word #1", "failed"),
+       ("Town hall", 'say "open"', "failed"),
+       ("Town hall", "back\\door 9", "failed"))
 
 
 class Journeys:
