@@ -3,7 +3,7 @@
 """Pulls the plug at many points of a save, and looks at what is left on the disk.
 
 The machine is kept in the moment before the save, memory and disk. One save from there shows how
-long it takes; in a second one the emulator is frozen at each point, and the file of its disk copied.
+long it takes; in a second one the emulator is frozen at each point, and its disk's file copied.
 That has what killing it there would leave: what is in the machine's memory is lost, and what the
 emulator itself has not written yet. It does not lose what a real disk keeps in a cache of its own.
 Each copy is judged from outside, after its file system was repaired as at a start; a few of them
@@ -178,7 +178,8 @@ def pull(kind, points):
                 count["started"] += 1
         else:
             count["bad"] += 1
-            print(f"{kind}, {number * step:.2f} s: {sorted(found)}\n{found.get(path)!r}", flush=True)
+            print(f"{kind}, {number * step:.2f} s: {sorted(found)}\n{found.get(path)!r}",
+                  flush=True)
     print(f"{kind:<10}{points:>7}{took:>8.1f} s" + "".join(
         f"{count[name]:>10}" for name in COLUMNS), flush=True)
     return count["bad"]
