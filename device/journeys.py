@@ -5,6 +5,7 @@
 One machine takes all of them, in their order; what one leaves is where the next one starts.
 """
 import hashlib
+import re
 import shlex
 
 from .window import WORKING_COPY
@@ -268,3 +269,21 @@ class Journeys:
         self.machine.run("systemctl start zor-network-manager")
         self.window.wait()
         return "locked, then unlocked"
+
+    def plug(self):
+        """Pulled in a save; after the start the network is that of the old or the new keyfile."""
+        old = self.installed("ethernet")
+        self.window.touch("Dynamic IP")
+        self.window.leave()
+        self.machine.pause(1)
+        self.machine.pull_the_plug()
+        self.machine.switch_on()
+        self.window.wait()
+        now = self.installed("ethernet")
+        if now == old:
+            address, prefix, gateway = re.search("address1=(.*)/(.*),(.*)", now).groups()
+            self.has_address(address, prefix, gateway)
+            return "old settings"
+        assert "method=auto" in now and "address1" not in now, now
+        self.has_lease()
+        return "new settings"

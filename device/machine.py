@@ -131,16 +131,9 @@ class Machine:
         os.makedirs(folder, exist_ok=True)
         self.folder = folder
         self.disk = disk or new_disk(os.path.join(folder, "disk.qcow2"))
-        for name in "lab", "qmp":
-            if os.path.exists(os.path.join(folder, name)):
-                os.remove(os.path.join(folder, name))
-        self.process = subprocess.Popen(
-            [*qemu(folder, self.disk, screen), "-display", "none",
-             "-serial", f"file:{folder}/console", *arguments], stdin=subprocess.DEVNULL)
-        self.monitor = Lines(os.path.join(folder, "qmp"))
-        self.monitor.receive(LIMIT)
-        self.ask("qmp_capabilities")
-        self.agent = Lines(os.path.join(folder, "lab"))
+        self.command = [*qemu(folder, self.disk, screen), "-display", "none",
+                        "-serial", f"file:{folder}/console", *arguments]
+        self.switch_on()
 
     def __enter__(self):
         return self
@@ -149,6 +142,17 @@ class Machine:
         self.pull_the_plug()
 
     # Power.
+
+    def switch_on(self):
+        """At first, and after its end."""
+        for name in "lab", "qmp":
+            if os.path.exists(os.path.join(self.folder, name)):
+                os.remove(os.path.join(self.folder, name))
+        self.process = subprocess.Popen(self.command, stdin=subprocess.DEVNULL)
+        self.monitor = Lines(os.path.join(self.folder, "qmp"))
+        self.monitor.receive(LIMIT)
+        self.ask("qmp_capabilities")
+        self.agent = Lines(os.path.join(self.folder, "lab"))
 
     def ask(self, command, **arguments):
         """Has the machine's monitor do something, and returns what it answers."""

@@ -14,8 +14,8 @@ from .window import WORKING_COPY, Window
 # Each is one row of the table; None: the machine is shut down and started again.
 LONG = ("boot", "static", "dynamic", "static_again", "refused", "access_point", "channels",
         "client", None, "client_after_a_restart", "odd_names", "disabled", "window_killed",
-        "screen_killed", "stopped")
-SHORT = ("boot", "static", "access_point")
+        "screen_killed", "stopped", "plug")
+SHORT = ("boot", "static", "access_point", "plug")
 
 
 class Table:
@@ -62,7 +62,7 @@ def test(names):
         for name in names:
             if name is None:
                 machine.shut_down()
-                machine = Machine(RUN, machine.disk)
+                machine.switch_on()
                 continue
             try:
                 note = getattr(Journeys(machine, Window(machine)), name)()
@@ -80,7 +80,8 @@ def test(names):
 
 def main():
     parser = argparse.ArgumentParser(prog="./dev device test")
-    parser.add_argument("--short", action="store_true", help="boot, and one save of each page")
+    parser.add_argument("--short", action="store_true",
+                        help="boot, one save of each page, one plug")
     parser.add_argument("names", nargs="*", metavar="JOURNEY", help="only these, in this order")
     arguments = parser.parse_args()
     sys.exit(test(arguments.names or (SHORT if arguments.short else LONG)))
