@@ -5,9 +5,12 @@
 One machine takes all of them, in their order; what one leaves is where the next one starts.
 """
 import hashlib
+import os
 import re
 import shlex
+import subprocess
 
+from .machine import KERNEL
 from .window import WORKING_COPY
 
 INSTALLED = "/var/lib/zor-network/connections"
@@ -24,6 +27,11 @@ ODD = (("Zoë's café, a = b", "it's = é, a  b", "done"),
        ("Town hall", "pass;word #1", "failed"),
        ("Town hall", 'say "open"', "failed"),
        ("Town hall", "back\\door 9", "failed"))
+
+
+def digest(path):
+    with open(path, "rb") as file:
+        return hashlib.file_digest(file, "sha256").digest()
 
 
 class Journeys:
@@ -287,3 +295,31 @@ class Journeys:
         assert "method=auto" in now and "address1" not in now, now
         self.has_lease()
         return "new settings"
+
+    def read_only(self):
+        """A root that forgets what is written, with the keyfiles on a partition of their own."""
+        machine = self.machine
+        partition = os.path.join(machine.folder, "partition")
+        with open(partition, "wb") as file:
+            file.truncate(64 * 1024 * 1024)
+        subprocess.run(["mkfs.ext4", "-q", "-L", "zor-network", partition], check=True)
+        arguments = ("-append", KERNEL.replace(" rw ", " ro ") + " overlay-root",
+                     "-drive", f"file={partition},if=virtio,format=raw")
+        machine.run("echo 'LABEL=zor-network /var/lib/zor-network ext4 defaults 0 2' >>/etc/fstab")
+        machine.shut_down()
+        before = digest(machine.disk)
+        machine.switch_on(*arguments)
+        self.window.wait()
+        self.has_lease()  # by the first keyfile, since there is none on the partition
+        machine.run("touch /etc/forgotten")
+        self.static()
+        machine.shut_down()
+        after = digest(machine.disk)
+        machine.switch_on(*arguments)
+        self.window.wait()
+        self.has_address(FIRST[0], FIRST[2], FIRST[3])
+        machine.run("[ ! -e /etc/forgotten ]")
+        complaints = machine.run("journalctl -q -t zor-network-permissions-handler -p err")
+        assert not complaints, complaints
+        assert after == before, "the root was written"
+        return "the saved address is in use, the root is as it was"

@@ -143,12 +143,12 @@ class Machine:
 
     # Power.
 
-    def switch_on(self):
-        """At first, and after its end."""
+    def switch_on(self, *arguments):
+        """At first, and after its end; some arguments may be others then, or more."""
         for name in "lab", "qmp":
             if os.path.exists(os.path.join(self.folder, name)):
                 os.remove(os.path.join(self.folder, name))
-        self.process = subprocess.Popen(self.command, stdin=subprocess.DEVNULL)
+        self.process = subprocess.Popen([*self.command, *arguments], stdin=subprocess.DEVNULL)
         self.monitor = Lines(os.path.join(self.folder, "qmp"))
         self.monitor.receive(LIMIT)
         self.ask("qmp_capabilities")

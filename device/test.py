@@ -14,7 +14,7 @@ from .window import WORKING_COPY, Window
 # Each is one row of the table; None: the machine is shut down and started again.
 LONG = ("boot", "static", "dynamic", "static_again", "refused", "access_point", "channels",
         "client", None, "client_after_a_restart", "odd_names", "disabled", "window_killed",
-        "screen_killed", "stopped", "plug")
+        "screen_killed", "stopped", "plug", "read_only")
 SHORT = ("boot", "static", "access_point", "plug")
 
 
