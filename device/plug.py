@@ -142,8 +142,7 @@ def start_again(disk, kind, is_new):
         machine.wait_for("systemctl is-active NetworkManager", "NetworkManager")
         owner = machine.run(f"stat -c %U {WORKING_COPY}").strip()
         assert owner == "root", owner
-        # A hidden name is one that a new file had, and has not lost: nobody reads it.
-        machine.run(f"diff -r --exclude='.*' {INSTALLED} {WORKING_COPY}")
+        machine.run(f"diff -r --exclude='*~' {INSTALLED} {WORKING_COPY}")
         journeys = Journeys(machine, None)
         if is_new and kind == "ethernet":
             address, _, prefix, gateway, _ = FIRST
@@ -166,9 +165,10 @@ def pull(kind, points):
     step = 1.2 * took / max(1, points - 1)
     for number, disk in enumerate(list(frozen_save(place, step, points))):
         found, owner = left_on(disk)
-        # What NetworkManager reads besides is as it was; hidden names it does not read.
+        # What NetworkManager reads besides is as it was. It does not read what a new file is called
+        # until it is whole.
         others = all(text == old.get(name) for name, text in found.items()
-                     if name.startswith(INSTALLED) and name != path and "/." not in name)
+                     if name.startswith(INSTALLED) and name not in (path, path + "~"))
         is_new = found.get(path) == new[path]
         if others and (is_new or found.get(path) == old.get(path)):
             count["new" if is_new else "old"] += 1
