@@ -334,9 +334,8 @@ std::optional<std::string> takeRecord(uid_t user) {
 
 /** Whether the window's note is of other settings than those that a file holds. */
 bool isRecordOfOthers(uid_t user, const Settings& settings) try {
-  const std::string expected = recordOf(settings);
   const auto record = takeRecord(user);
-  return record && record->size() == expected.size() && *record != expected;
+  return record && record->size() == RECORD_SIZE && *record != recordOf(settings);
 } catch (const std::exception&) {  // it is not the user's, or cannot be read
   return false;
 }

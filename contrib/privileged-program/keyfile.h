@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstddef>
 #include <map>
 #include <string>
 #include <string_view>
@@ -30,6 +31,7 @@ Settings readKeyfile(const Connection& connection, std::string_view content);
 /**
  * What the window notes of these Ethernet settings: the mode, "00" for static and "01" for dynamic,
  * then the octets of address, mask and gateway, each with two hexadecimal digits and a blank.
- * Empty if the settings are no static address with a gateway, nor dynamic.
+ * Empty if the settings are no static address with a gateway, nor dynamic; else of one size.
  */
+constexpr std::size_t RECORD_SIZE = 39;
 std::string recordOf(const Settings& settings);

@@ -397,10 +397,12 @@ class Record(DeviceCase):
     def test_save_that_did_not_reach_the_keyfile_is_told_as_refused(self):
         # None of it, and, on a full disk, only the values that are as long as those before.
         partly = STATIC.replace(b"dns=192.168.1.2", b"dns=192.168.1.3")
-        for content in (DYNAMIC, partly):
+        # A first keyfile that others wrote, for which the window has no record.
+        no_gateway = STATIC.replace(b",192.168.1.1\n", b"\n")
+        for content in (DYNAMIC, partly, no_gateway):
             for record in (STATIC_RECORD.replace(b"0A", b"0B"),
                            STATIC_RECORD.replace(b"FF 00", b"00 00"), STATIC_RECORD.lower(),
-                           STATIC_RECORD if content == DYNAMIC else DYNAMIC_RECORD):
+                           DYNAMIC_RECORD if content == partly else STATIC_RECORD):
                 for rollback_first in (False, True):
                     self.request("unlock")
                     self.put_into_copy(content, ETHERNET)
