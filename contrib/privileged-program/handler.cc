@@ -244,13 +244,13 @@ void removeOldCopies() try {
 std::string setAsideOf(uid_t user) { return std::string(SET_ASIDE) + "/" + std::to_string(user); }
 
 /** Notes a time in a folder of root's. */
-void noteTime(int folder, const char* name, long time) {
+void noteTime(int folder, const char* name, Ticks time) {
   put(folder, name, std::to_string(time), {ROOT, ROOT, 0600}, Lasting::NO);
 }
 
 /** A time that was noted; 0 if none was. */
-long timeOf(int folder, const char* name) {
-  return std::strtol(take(folder, name, ROOT).value_or("").c_str(), nullptr, 10);
+Ticks timeOf(int folder, const char* name) {
+  return std::strtoll(take(folder, name, ROOT).value_or("").c_str(), nullptr, 10);
 }
 
 /** A file of the user's; nothing if there is none. Refused if a new form did not get its name. */

@@ -100,7 +100,7 @@ std::vector<char*> pointersTo(std::vector<std::string>& texts) {
 struct Process {
   std::string name;
   pid_t parent = 0;
-  long start = now();
+  Ticks start = now();
 };
 
 /** What is known of a process; nothing if it is gone. */
@@ -196,14 +196,14 @@ void forgetCaller() {
   succeed(chdir("/"), "chdir");
 }
 
-long now() {
+Ticks now() {
   timespec time{};
   clock_gettime(CLOCK_BOOTTIME, &time);
   const long ticks = sysconf(_SC_CLK_TCK);
-  return time.tv_sec * ticks + time.tv_nsec / (1'000'000'000 / ticks);
+  return Ticks{time.tv_sec} * ticks + time.tv_nsec / (1'000'000'000 / ticks);
 }
 
-long calledAt() {
+Ticks calledAt() {
   Process first = process(getpid());
   for (Process parent = process(first.parent); parent.name == "sudo";
        parent = process(first.parent))

@@ -4,6 +4,7 @@
 
 #include <sys/types.h>
 
+#include <cstdint>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -49,17 +50,22 @@ enum class Lasting { NO, YES };
 /** Frees the process of all that its caller can hand down: environment, signals, limits, files. */
 void forgetCaller();
 
-/** Hundredths of a second, or whatever the kernel's ticks are, since the start of the system. */
-long now();
+/**
+ * Hundredths of a second, or whatever the kernel's ticks are, since the start of the system. In 32
+ * bits they would be used up after 248 days.
+ */
+using Ticks = std::int64_t;
+
+Ticks now();
 
 /** Who asks, and when he began to: like now(). */
 struct Caller {
   uid_t user;
-  long calledAt;
+  Ticks calledAt;
 };
 
 /** When our caller began to call us: by way of sudo, which may have taken long. */
-long calledAt();
+Ticks calledAt();
 
 /**
  * Who is at the other end of a connection, as the kernel has noted it; nothing if it is no local
