@@ -476,7 +476,11 @@ std::string takeOver(const Request& request, const Connection& connection) {
     // The window disables Wi-Fi by removing its file. Then it has no id to tell.
     if (connection.type != WIFI.type || !request.id.empty()) throw Refusal("there is no file");
     replace(connection, std::nullopt, before);
-    note(std::string("removed ") + connection.file);
+    if (before) {
+      note(std::string("removed ") + connection.file);
+    } else {  // the window asks for the same where it could not make a first file
+      complain(std::string("there was no ") + connection.file + " to remove");
+    }
     renewLockedCopy();
     return {};
   }

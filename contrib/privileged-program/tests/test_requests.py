@@ -192,7 +192,11 @@ class Requests(DeviceCase):
             self.request("finalize_wifi", sudo=second)
             self.assert_installed(DYNAMIC, None)
             self.assertEqual(nmcli_calls()[0], "connection reload")
-            self.request("finalize_wifi", sudo=third)
+            # As where the window could not make a first file: a person is told.
+            status, errors = self.ask("finalize_wifi", sudo=third)
+            self.assertEqual(status, 0, errors)
+            self.assertIn(f"there was no {WIFI} to remove", errors)
+            self.assertIn(b"\nwhy=there was no ", read(OUTCOMES, "finalize_wifi"))
             self.request("rollback")
             self.assert_copy(True, ethernet=DYNAMIC, wifi=None)
 
