@@ -51,14 +51,8 @@ struct stat statusOf(int file) {
   return status;
 }
 
-// The kernel has these two; not every C library has a function for them.
-int renameWith(unsigned flags, int folder, const std::string& name, int target,
-               const std::string& newName) {
-  return static_cast<int>(
-      syscall(SYS_renameat2, folder, name.c_str(), target, newName.c_str(), flags));
-}
-
 void closeInherited() {
+  // Not every C library has a function for it.
   if (syscall(SYS_close_range, STDERR_FILENO + 1, ~0U, 0) == 0) return;
   // Before Linux 5.9. The limit tells nothing: it may have been lowered since they were opened.
   std::vector<int> numbers;
@@ -318,14 +312,18 @@ Descriptor makeNewFolder(int folder, const std::string& name) {
 
 void moveAside(int folder, const std::string& name, int target) {
   static unsigned moved = 0;
-  std::string freeName;
+  std::string newName;
   do {
-    freeName = "moved." + std::to_string(++moved);
-  } while (renameWith(RENAME_NOREPLACE, folder, name, target, freeName) != 0 && errno == EEXIST);
+    newName = "moved." + std::to_string(++moved);
+  } while (renameat(folder, name.c_str(), target, newName.c_str()) != 0 &&
+           (errno == EEXIST || errno == ENOTEMPTY || errno == ENOTDIR || errno == EISDIR));
 }
 
 void exchange(int folder, const std::string& one, const std::string& other) {
-  succeed(renameWith(RENAME_EXCHANGE, folder, one, folder, other), other);
+  // The kernel has it; not every C library has a function for it.
+  succeed(static_cast<int>(
+              syscall(SYS_renameat2, folder, one.c_str(), folder, other.c_str(), RENAME_EXCHANGE)),
+          other);
 }
 
 void clear(int folder) {

@@ -108,7 +108,10 @@ void drop(int folder, const std::string& name, Lasting lasting);
 /** Makes a folder, for root alone, that must not be there yet. */
 Descriptor makeNewFolder(int folder, const std::string& name);
 
-/** Moves what has a name, if anything has, to a free name in another folder. */
+/**
+ * Moves what has a name, if anything has, to a name in another folder whose files are not needed:
+ * one of them, or an empty folder, may be replaced by it.
+ */
 void moveAside(int folder, const std::string& name, int target);
 
 /** Has two names in a folder change what they name, at once. */

@@ -156,6 +156,21 @@ class AccessLists(DeviceCase):
             self.assertEqual(os.listdir(OLD_COPIES), [])
 
 
+@unittest.skipUnless(shutil.which("strace"), "no strace")
+@unittest.skipUnless(os.uname().machine == "x86_64", "every rename is that call")
+class NoExchange(DeviceCase):
+    """As NFS, and some file systems of flash: two folders cannot change their names at once."""
+
+    def test_working_copy_is_emptied_and_filled(self):
+        wrapper = ("strace", "-qq", "-o", "/tmp/trace", "-e", "trace=renameat2",
+                   "-e", "inject=renameat2:error=EINVAL")
+        for action in ("unlock", "rollback", "unlock", "rollback"):
+            self.request(action, wrapper=wrapper)
+            self.assert_copy(action == "rollback", ethernet=DYNAMIC, wifi=CLIENT)
+            self.assertNotIn(".zor-network-new", os.listdir(PARENT))
+            self.assertEqual(os.listdir(OLD_COPIES), [])
+
+
 class ReadOnly(DeviceCase):
     """Nothing can be changed on the file system of the working copy."""
 
