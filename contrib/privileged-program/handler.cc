@@ -448,7 +448,12 @@ std::string replace(const Connection& connection, const std::optional<std::strin
     (void)unlinkat(folder, RECORD_BEFORE, 0);
     return uuid;
   } catch (const std::exception& error) {
-    install(connection, before);
+    try {
+      install(connection, before);
+    } catch (const std::exception& obstacle) {
+      throw std::runtime_error(std::string(connection.file) + ": " + error.what() +
+                               ", and the one before cannot be put back: " + obstacle.what());
+    }
     const bool isRead = reload();
     if (hadRecord) (void)renameat(folder, RECORD_BEFORE, folder, RECORD);
     const std::string reason =
@@ -627,7 +632,8 @@ ExitStatus answer(const Words& words, const Caller& caller) {
   }
   alarm(LONGEST_REQUEST);
   publishEnding(words[0], result, address);
-  removeOldCopies();
+  // The start of the system does not wait for what users have left.
+  if (caller.user != ROOT) removeOldCopies();
   return status;
 }
 

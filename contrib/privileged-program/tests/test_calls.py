@@ -18,7 +18,8 @@ from tests.support.files import UPDATE_RECORD, expected, read
 from tests.support.limit import wait_until
 
 from . import device, device_case
-from .device import ETHERNET, EXAMPLE, HANDLER, READERS, RUN, USER, WIFI, WORKING_COPY, write
+from .device import (ETHERNET, EXAMPLE, HANDLER, OLD_COPIES, READERS, RUN, USER, WIFI,
+                     WORKING_COPY, write)
 from .device_case import (ACCESS_POINT, CLIENT, DYNAMIC, DeviceCase, NOTES, PUBLISHED,
                           STATIC, STATIC_RECORD, locks_of)
 
@@ -62,6 +63,13 @@ class Calls(DeviceCase):
         self.request("rollback", user=None)  # as at the start of the system
         self.refused("rollback", because="only root", wrapper=(
             "setpriv", "--reuid", str(USER), "--regid", str(USER), "--clear-groups"))
+
+    def test_start_of_the_system_does_not_wait_for_the_removal_of_old_copies(self):
+        self.request("unlock")
+        self.request("rollback", user=None)
+        self.assertNotEqual(os.listdir(OLD_COPIES), [])
+        self.request("unlock")
+        self.assertEqual(os.listdir(OLD_COPIES), [])
 
     def test_session_is_its_users_own(self):
         another = {"user": USER - 1}

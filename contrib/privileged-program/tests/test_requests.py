@@ -328,7 +328,7 @@ class Requests(DeviceCase):
 
 
 @unittest.skipUnless(shutil.which("strace"), "no strace")
-class Unreadable(DeviceCase):
+class FailingCalls(DeviceCase):
 
     def test_installed_file_that_cannot_be_read_is_neither_removed_nor_replaced(self):
         copy, installed = f"{WORKING_COPY}/{WIFI}", f"{INSTALLED}/{WIFI}"
@@ -355,6 +355,15 @@ class Unreadable(DeviceCase):
                 self.assert_installed(STATIC, CLIENT)
                 self.request("unlock")
                 self.assert_copy(False, ethernet=STATIC, wifi=CLIENT)
+
+    def test_file_that_cannot_be_put_back_is_told(self):
+        self.request("unlock")
+        self.save_static()
+        self.refused("finalize_ethernet", "ethernet",
+                     because="Input/output error, and the one before cannot be put back: ",
+                     wrapper=("strace", "-qq", "-o", "/tmp/trace", "-e", "trace=fsync",
+                              "-e", "inject=fsync:error=EIO:when=2+"))  # the folder, then all
+        self.assertIn(b"result=failed", read(OUTCOMES, "finalize_ethernet"))
 
     def test_file_that_cannot_be_read_keeps_no_other_from_being_set_aside(self):
         self.request("unlock")
