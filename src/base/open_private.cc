@@ -5,6 +5,8 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include "base/retry.h"
+
 int openPrivate(const char* path, int flags) {
   constexpr mode_t PRIVATE = S_IRUSR | S_IWUSR;
   const int descriptor = open(path, flags | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, PRIVATE);
@@ -15,6 +17,6 @@ int openPrivate(const char* path, int flags) {
   struct stat status {};
   if (fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) &&
       status.st_mode != (S_IFREG | PRIVATE))
-    (void)fchmod(descriptor, PRIVATE);
+    (void)succeedsOnRetry([&] { return fchmod(descriptor, PRIVATE) == 0; });
   return descriptor;
 }

@@ -124,6 +124,13 @@ TEST_F(FailingCalls, FileIsReadFromItsBeginningAgain) {
   EXPECT_EQ(content, readFile(file));
 }
 
+TEST_F(FailingCalls, FileIsPrivateThoughOneFails) {
+  chmod(file.c_str(), 0644);
+  const FailingCall failing({"fchmod", EIO, 0, 1});
+  EXPECT_TRUE(overwriteFile(file, "new"));
+  EXPECT_EQ(0600U, modeOf(file));
+}
+
 TEST_F(FailingCalls, FileWithoutAKnownSizeIsReadAllTheSame) {
   const FailingCall failing({"fstat", EIO});
   EXPECT_EQ("old", readFile(file));

@@ -60,6 +60,11 @@ extern "C" int close(int descriptor) {
   return fails("close") ? -1 : result;
 }
 
+extern "C" int fchmod(int descriptor, mode_t mode) noexcept {
+  static const auto next = NEXT("fchmod", int (*)(int, mode_t));
+  return fails("fchmod") ? -1 : next(descriptor, mode);
+}
+
 extern "C" int fstat(int descriptor, struct stat* status) noexcept {
   static const auto next = NEXT(LARGE("fstat"), int (*)(int, struct stat*));
   return fails("fstat") ? -1 : next(descriptor, status);

@@ -5,8 +5,8 @@
 #include <climits>
 #include <string>
 
-// System calls that fail, in a program that is linked with failing_calls.cc: close, fstat, fsync,
-// ftruncate, lseek, open, pread, pwrite, read, realpath, rename, unlink and write.
+// System calls that fail, in a program that is linked with failing_calls.cc: close, fchmod, fstat,
+// fsync, ftruncate, lseek, open, pread, pwrite, read, realpath, rename, unlink and write.
 
 /** Which calls fail, and how. */
 struct Failure {
