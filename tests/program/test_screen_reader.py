@@ -60,15 +60,14 @@ class Transcript(program_case.ProgramCase):
         wait_until(has_answered, f"an answer to {step}")
         return heard
 
-    def hear(self, page, steps):
-        """Takes steps on a page, of which the last one closes the window; tells the answers."""
-        # The reader asks for places on the screen, which the toolkit warns of.
-        program = self.run_debug(environment={"G_DEBUG": ""})
+    def hear(self, program, page, steps):
+        """Takes steps on a page, of which the last one closes the window; returns what is told."""
         wait_until(lambda: program.focused() == ("group", "Ethernet"), "the focus")
         if page == "Wifi":
             self.desktop.press("Right")
             wait_until(lambda: program.focused() == ("group", "Wifi"), "the other page")
         self.service.take()  # what comes first here, and whether the page is told, is up to chance
+        lines = [f"# {page}\n"]
         for step in steps[:-1]:
             typed = step.startswith("type ")
             if typed:
@@ -77,16 +76,29 @@ class Transcript(program_case.ProgramCase):
             else:
                 self.desktop.press(step)
             program.focused()  # which takes the keyboard to a dialog, and back
-            yield step, self.answer(step, typed)
+            lines.append(f"{step}: {' '.join(self.answer(step, typed))}".rstrip() + "\n")
         self.desktop.press(steps[-1])
         self.assertEqual(program.finish(), 0)
+        return lines
+
+    def hear_in_the_end(self, page, steps):
+        """As hear(), and again from the start of the program when the reader falls silent.
+
+        When a dialog closes, GTK 4.8 tells that the program itself is gone, and a reader that had
+        looked at its windows by then believes it: one start in four.
+        """
+        for trials_left in reversed(range(5)):
+            try:
+                # The reader asks for places on the screen, which the toolkit warns of.
+                with self.run_debug(environment={"G_DEBUG": ""}) as program:
+                    return self.hear(program, page, steps)
+            except TimeoutError:
+                if not trials_left:
+                    raise
 
     def test_both_saves_are_heard_as_before(self):
-        lines = []
-        for page, steps in STEPS.items():
-            lines.append(f"# {page}\n")
-            lines += [f"{step}: {' '.join(heard)}".rstrip() + "\n"
-                      for step, heard in self.hear(page, steps)]
+        lines = [line for page, steps in STEPS.items()
+                 for line in self.hear_in_the_end(page, steps)]
         if WRITE:
             with open(TRANSCRIPT, "w", encoding="utf-8") as file:
                 file.writelines(lines)
