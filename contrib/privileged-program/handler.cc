@@ -191,7 +191,7 @@ Lacks makeWorkingCopy(uid_t user) {
   }
   Lacks lacks;
   const InstalledFiles contents = readInstalled(lacks);
-  // What a folder of another group holds may never have been moved to where NetworkManager looks.
+  // What a folder that is not ours holds may never have been moved to where NetworkManager looks.
   if (!isOurs) {
     for (const auto& entry : std::filesystem::directory_iterator(WORKING_COPY)) {
       const auto same = contents.find(entry.path().filename());
