@@ -395,6 +395,17 @@ TEST_F(Config, ReadValuesAreCutTo99Bytes) {
   EXPECT_EQ(text + "1", config.readIniString("s", "absent", text + "12", file));
 }
 
+TEST_F(Config, StoredValuesAreComparedAsTheyAreRead) {
+  const std::string file = directory.file("values");
+  const std::string text(98, 'x');
+  writeBytes(file, "[s]\na=" + text + "12\n");
+  EXPECT_FALSE(config.storesOtherThan(text + "1", "s", "a", file));
+  EXPECT_TRUE(config.storesOtherThan(text + "12", "s", "a", file));
+  EXPECT_TRUE(config.storesOtherThan(text, "s", "a", file));
+  EXPECT_TRUE(config.storesOtherThan("x", "s", "absent", file));
+  EXPECT_FALSE(config.storesOtherThan("", "s", "absent", file));
+}
+
 TEST_F(Config, ReadingFallsBackToTheDefault) {
   const std::string file = directory.file("values");
   EXPECT_EQ("default", config.readIniString("s", "k", "default", file));
