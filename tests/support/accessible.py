@@ -93,7 +93,7 @@ class Reader:
         while level:
             children.update(dict.fromkeys(level, ()))
             # What a program tells of itself is that it had no window.
-            children.update(self._ask_all(
+            children.update(self._bus.ask_all(
                 [found for found in level
                  if found == reference or found not in items or not items[found].is_leaf],
                 _ACCESSIBLE, "GetChildren"))
@@ -102,24 +102,19 @@ class Reader:
             items = self._told(reference)
         return children, {found: items[found] for found in children}
 
-    def _ask_all(self, references, *question, signature=""):
-        """The answers of objects, by reference."""
-        answers = self._bus.ask_all(references, *question, signature=signature)
-        return {reference: answers[number] for number, reference in enumerate(references)}
-
     def _states(self, references):
         """The states of objects, by reference."""
         return {reference: _state_names(bits) for reference, bits
-                in self._ask_all(references, _ACCESSIBLE, "GetState").items()}
+                in self._bus.ask_all(references, _ACCESSIBLE, "GetState").items()}
 
     def tree(self, root):
         """The node of an object, with all below it that shows."""
         children, items = self._below(root)
 
         def ask(interface, *question, signature):
-            return self._ask_all([reference for reference, item in items.items()
-                                  if interface in item.interfaces],
-                                 f"org.a11y.atspi.{interface}", *question, signature=signature)
+            able = [reference for reference, item in items.items() if interface in item.interfaces]
+            return self._bus.ask_all(able, f"org.a11y.atspi.{interface}", *question,
+                                     signature=signature)
 
         states = self._states(list(items))
         boxes = ask("Component", "GetExtents", _WINDOW_COORDINATES, signature="u")

@@ -54,18 +54,19 @@ class Bus:
 
         Raises dbus.DBusException if there is no such object, or no longer.
         """
-        return self.ask_all([reference], interface, method, *arguments, signature=signature)[0]
+        return self.ask_all([reference], interface, method, *arguments,
+                            signature=signature)[reference]
 
     def ask_all(self, references, interface, method, *arguments, signature=""):
-        """Calls the same method of many objects; returns their answers by number.
+        """Calls the same method of many objects; returns their answers by object.
 
         None is waited for before the next is asked, which is several times as fast.
         """
-        answers, errors = {}, []
+        answers, errors = dict.fromkeys(references), []
         asked = [self._accessibility.call_async(
             *reference, interface, method, signature, arguments,
-            partial(answers.__setitem__, number), errors.append,
-            timeout=LIMIT, require_main_loop=False) for number, reference in enumerate(references)]
+            partial(answers.__setitem__, reference), errors.append,
+            timeout=LIMIT, require_main_loop=False) for reference in references]
         for answer in asked:
             answer.block()
         if errors:
