@@ -20,17 +20,15 @@ namespace {
 constexpr char TEMPORARY_SUFFIX = '~';
 
 /**
- * The name with the suffix as its last byte; a name that has it already gets one more. Empty for
- * what cannot name a file, or leaves no room.
+ * Fills an array of zeros with the name, the suffix as its last byte; a name that has it already
+ * gets one more. Leaves it for what cannot name a file, or leaves no room.
  */
 const char* temporaryName(std::array<char, PATH_MAX>& name, const char* path) {
   const std::size_t length = std::strlen(path);
-  name[0] = '\0';
   if (length == 0 || length + 1 >= name.size() || path[length - 1] == '/') return name.data();
   const std::size_t last = path[length - 1] == TEMPORARY_SUFFIX ? length : length - 1;
   std::memcpy(name.data(), path, last);
   name[last] = TEMPORARY_SUFFIX;
-  name[last + 1] = '\0';
   return name.data();
 }
 
