@@ -9,10 +9,12 @@ import socket
 import subprocess
 import time
 
+from tests.support.files import SOURCES
 from tests.support.limit import wait_until
 from tests.support.png import write_png
 
-WORK = os.path.join(os.path.dirname(os.path.dirname(os.path.abspath(__file__))), "build-device")
+RELEASE = os.environ.get("DEVICE_RELEASE", "bookworm")
+WORK = os.path.join(SOURCES, "build-device" + ("" if RELEASE == "bookworm" else "-" + RELEASE))
 DISK = os.path.join(WORK, "disk.img")
 RUN = os.path.join(WORK, "run")
 # Emulated, and beside other work: what takes a second on a device may take many here.
