@@ -247,7 +247,8 @@ std::string recordOf(const Settings& settings) {
     for (int field = 0; field < 13; ++field) record += field == 0 ? "01 " : "00 ";
     return record;
   }
-  const std::string stored = valueOf(settings, "ipv4.address1");  // ADDRESS/PREFIX,GATEWAY
+  std::string stored = valueOf(settings, "ipv4.address1");  // ADDRESS/PREFIX,GATEWAY
+  stored.erase(0, stored.find_first_not_of(' '));           // nobody reads a blank in front
   const std::size_t slash = stored.find('/');
   const std::size_t comma = stored.find(',');
   if (method != "manual" || slash == std::string::npos || comma == std::string::npos ||

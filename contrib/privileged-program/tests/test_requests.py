@@ -487,7 +487,8 @@ class Record(DeviceCase):
         for make in (lambda: None, lambda: os.link(PUBLISHED, RUN + "/link")):
             self.assertEqual(self.finalize(make), "")
             self.assertEqual(read(PUBLISHED), STATIC_RECORD)
-        saves = [(DYNAMIC, DYNAMIC_RECORD)]
+        saves = [(DYNAMIC, DYNAMIC_RECORD),
+                 (STATIC.replace(b"address1=", b"address1=  "), STATIC_RECORD)]  # as it was typed
         for prefix, mask in ((0, b"00 00 00 00"), (1, b"80 00 00 00"), (20, b"FF FF F0 00"),
                              (32, b"FF FF FF FF")):
             saves.append((STATIC.replace(b"/24,", b"/%d," % prefix),
