@@ -232,11 +232,14 @@ Settings readKeyfile(const Connection& connection, std::string_view content) {
     throw Refusal("another type of connection");
   if (valueOf(reader.settings, "connection.interface-name") != connection.interface)
     throw Refusal("another interface");
-  const bool isAccessPoint = valueOf(reader.settings, "wifi.mode") == "ap";
-  if (!isAccessPoint && valueOf(reader.settings, "ipv4.method") == "shared")
+  // The window writes them after the id, and stops nowhere when there is no room left: without them
+  // the network would be open to everybody.
+  for (const char* name : {"wifi.mode", "wifi-security.key-mgmt", "wifi-security.psk"})
+    if (connection.type == WIFI.type && valueOf(reader.settings, name).empty())
+      throw Refusal(std::string("a network without ") + name);
+  if (valueOf(reader.settings, "wifi.mode") != "ap" &&
+      valueOf(reader.settings, "ipv4.method") == "shared")
     throw Refusal("a network is shared that is no access point's");
-  if (isAccessPoint && valueOf(reader.settings, "wifi-security.key-mgmt").empty())
-    throw Refusal("an access point without a password");
   return std::move(reader.settings);
 }
 

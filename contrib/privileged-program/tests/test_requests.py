@@ -4,6 +4,7 @@
 import calendar
 import fcntl
 import os
+import re
 import shutil
 import time
 import unittest
@@ -179,6 +180,18 @@ class Requests(DeviceCase):
             self.refused(*words, because="line 2: a value that is not allowed")
         self.assert_installed(DYNAMIC, CLIENT)
         self.assertEqual(nmcli_calls(), [])
+
+    def test_wifi_of_a_save_that_found_room_for_some_values_only_is_refused(self):
+        begun = expected("wifi-default").replace(b"new_wifi_connection", b"ZOR")
+        self.request("unlock")
+        self.put_into_copy(begun, WIFI)
+        self.refused("finalize_wifi", "ZOR", because="a network without wifi.mode")
+        for content in (CLIENT, ACCESS_POINT):
+            for line, name in ((b"mode=.*", "wifi.mode"), (b"psk=.*", "wifi-security.psk"),
+                               (b"key-mgmt=.*", "wifi-security.key-mgmt")):
+                self.put_into_copy(re.sub(b"\n" + line, b"", content), WIFI)
+                self.refused("finalize_wifi", "x", because="a network without " + name)
+        self.assert_installed(DYNAMIC, CLIENT)
 
     def test_wifi_is_removed_when_its_file_is_gone_and_no_id_is_told(self):
         for rollback_first in (False, True):
