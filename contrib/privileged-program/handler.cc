@@ -181,9 +181,12 @@ Lacks makeWorkingCopy(uid_t user) {
   const gid_t readers = groupOf(openTrustedFolder(STATE));
   if (readers == ROOT_GROUP) throw Refusal(std::string(STATE) + " needs a group of its own");
   const Descriptor workingCopy = openFolder(WORKING_COPY);
-  // Whoever it belongs to, one that was never made here may hold files of others.
-  const bool isOurs = std::filesystem::exists(OLD_COPIES) &&
-                      (ownerOf(workingCopy) != ROOT || groupOf(workingCopy) == readers);
+  // Whoever it belongs to, one that was never made here may hold files of others. Two of three
+  // signs do: a user can change the group, and what stands beside a mount point may be lost.
+  const bool isUsers = ownerOf(workingCopy) != ROOT;
+  const bool isReaders = groupOf(workingCopy) == readers;
+  const bool isOurs =
+      std::filesystem::exists(OLD_COPIES) ? isUsers || isReaders : isUsers && isReaders;
   const auto lockFolder = [&] { give(workingCopy, {ROOT, readers, 0750}); };
   try {
     if (isOurs) lockFolder();           // first, whatever fails

@@ -243,6 +243,19 @@ class InPlace(DeviceCase):
 
         self.on_each(check)
 
+    def test_folder_that_belongs_to_the_user_is_known_without_what_stood_beside_it(self):
+        # As after a power cut, where only the mount point is on a disk.
+        def check():
+            for is_saved in (False, True):
+                self.request("unlock")
+                if is_saved:
+                    self.save_static()
+                os.rmdir(OLD_COPIES)
+                self.request("rollback")
+                self.assert_copy(True, ethernet=DYNAMIC, wifi=CLIENT)
+
+        self.on_each(check)
+
     def test_leftovers_are_removed(self):
         def check():
             self.request("unlock")
