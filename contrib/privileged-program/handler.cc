@@ -452,7 +452,9 @@ std::string replace(const Connection& connection, const std::optional<std::strin
     return uuid;
   } catch (const std::exception& error) {
     try {
-      install(connection, before);
+      // Where it was never replaced, there may be no room to write it once more.
+      if (take(openTrustedFolder(INSTALLED), connection.file, ROOT) != before)
+        install(connection, before);
     } catch (const std::exception& obstacle) {
       throw std::runtime_error(std::string(connection.file) + ": " + error.what() +
                                ", and the one before cannot be put back: " + obstacle.what());

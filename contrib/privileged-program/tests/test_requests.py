@@ -378,6 +378,17 @@ class FailingCalls(DeviceCase):
                               "-e", "inject=fsync:error=EIO:when=2+"))  # the folder, then all
         self.assertIn(b"result=failed", read(OUTCOMES, "finalize_ethernet"))
 
+    def test_file_that_was_never_replaced_is_not_put_back(self):
+        write(DYNAMIC_RECORD, PUBLISHED, mode=0o644)
+        self.request("unlock")
+        self.save_static()
+        self.refused("finalize_ethernet", "ethernet",
+                     because="Input/output error, the one before is back",
+                     wrapper=("strace", "-qq", "-o", "/tmp/trace", "-e", "trace=fsync",
+                              "-e", "inject=fsync:error=EIO"))  # of the new file already
+        self.assert_installed(DYNAMIC, CLIENT)
+        self.assertEqual(read(PUBLISHED), DYNAMIC_RECORD)
+
     def test_file_that_cannot_be_read_keeps_no_other_from_being_set_aside(self):
         self.request("unlock")
         self.save_static()
