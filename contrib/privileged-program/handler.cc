@@ -305,9 +305,13 @@ bool succeeded(const Outcome& outcome) {
 
 /** Whether NetworkManager's own parser takes a file. */
 bool isKeyfile(std::string_view content) {
-  return succeeded(
+  const Outcome parsed =
       run({NMCLI, "--offline", "connection", "modify", "connection.autoconnect", "yes"}, content,
-          LONGEST_QUESTION));
+          LONGEST_QUESTION);
+  // No fault of the file's.
+  if (!WIFEXITED(parsed.status) || WEXITSTATUS(parsed.status) == NOT_RUN)
+    throw std::runtime_error("nmcli does not answer");
+  return succeeded(parsed);
 }
 
 /** Has NetworkManager read the installed files. Returns whether it answers. */

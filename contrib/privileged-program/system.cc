@@ -357,7 +357,7 @@ Outcome run(std::vector<std::string> arguments, std::string_view input, unsigned
       alarm(seconds);  // goes on in the new program
       execve(argumentList.front(), argumentList.data(), environmentList.data());
     }
-    _exit(127);
+    _exit(NOT_RUN);
   }
   int status = 0;
   while (waitpid(child, &status, 0) < 0) {

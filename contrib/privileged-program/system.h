@@ -123,7 +123,10 @@ void exchange(int folder, const std::string& one, const std::string& other);
  */
 void clear(int folder);
 
-/** How a program ended, 0 for well, and what it printed. */
+/** What a program ends with that could not be run. */
+inline constexpr int NOT_RUN = 127;
+
+/** How a program ended, as waitpid() tells it, and what it printed. */
 struct Outcome {
   int status;
   std::string output;

@@ -6,13 +6,14 @@ import fcntl
 import os
 import re
 import shutil
+import subprocess
 import time
 import unittest
 
 from tests.support.files import UPDATE_RECORD, expected, read
 from tests.support.limit import wait_until
 
-from . import device_case
+from . import device, device_case
 from .device import (ETHERNET, INSTALLED, OLD_COPIES, READERS, RUN, SET_ASIDE, USER, WIFI,
                      WORKING_COPY, write)
 from .device_case import (ACCESS_POINT, CLIENT, DYNAMIC, DYNAMIC_RECORD, DeviceCase, NOTES,
@@ -336,7 +337,19 @@ class Requests(DeviceCase):
         self.request("unlock")
         self.save_static()
         write(b"", NOTES, "hangs")
-        self.refused("finalize_ethernet", "ethernet", because="cannot read it")
+        self.refused("finalize_ethernet", "ethernet", because="nmcli does not answer")
+        self.assertIn(b"result=failed", read(OUTCOMES, "finalize_ethernet"))
+        self.assert_installed(DYNAMIC, CLIENT)
+
+    def test_program_that_is_missing_refuses_nothing(self):
+        self.request("unlock")
+        self.save_static()
+        device.cover("/usr/bin/nmcli", "/dev/null")
+        try:
+            self.refused("finalize_ethernet", "ethernet", because="nmcli does not answer")
+        finally:
+            device.uncover("/usr/bin/nmcli")
+        self.assertIn(b"result=failed", read(OUTCOMES, "finalize_ethernet"))
         self.assert_installed(DYNAMIC, CLIENT)
 
 
