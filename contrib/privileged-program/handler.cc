@@ -336,9 +336,9 @@ std::string takenAs(const Connection& connection) {
   return list.output.substr(start, end - start);
 }
 
-/** The window's note about Ethernet; nothing if there is none. */
+/** The window's note about Ethernet; nothing if there is none. Root may have made /tmp a link. */
 std::optional<std::string> takeRecord(uid_t user) {
-  return take(openFolder("/tmp"), "ethernetUpdateSettings", user);
+  return take(openFolder("/tmp/."), "ethernetUpdateSettings", user);
 }
 
 /** Whether the window's note is of other settings than those that a file holds. */

@@ -513,12 +513,31 @@ class Record(DeviceCase):
             self.request("unlock")
             self.put_into_copy(content, ETHERNET)
             status, errors = self.ask("finalize_ethernet", "ethernet", wrapper=(
-                "strace", "-qq", "-o", "/tmp/trace", "-P", "/tmp", "-e", "trace=openat",
+                "strace", "-qq", "-o", "/tmp/trace", "-P", "/tmp/.", "-e", "trace=openat",
                 "-e", "inject=openat:error=ENOTDIR"))
+            self.assertIn(b"INJECTED", read("/tmp/trace"))
             self.assertEqual(status, 0, errors)
             self.assertIn("the update record is not handed on", errors)
             self.assert_installed(content, CLIENT)
             self.assert_activated()
+
+    def test_record_is_found_where_tmp_is_a_link(self):
+        root = "/opt/root"
+        os.makedirs(root)
+        subprocess.run(["mount", "-t", "tmpfs", "tmpfs", root], check=True)
+        self.addCleanup(subprocess.run, ["umount", "--recursive", "--lazy", root], check=True)
+        for name in os.listdir("/"):
+            if os.path.islink("/" + name):
+                os.symlink(os.readlink("/" + name), f"{root}/{name}")
+            elif os.path.isdir("/" + name):
+                place = f"{root}/linked" if name == "tmp" else f"{root}/{name}"
+                os.mkdir(place)
+                subprocess.run(["mount", "--rbind", "/" + name, place], check=True)
+        os.symlink("linked", f"{root}/tmp")
+        self.request("unlock")
+        self.save_static()
+        self.request("finalize_ethernet", "ethernet", wrapper=("chroot", root))
+        self.assertEqual(read(PUBLISHED), STATIC_RECORD)
 
     def test_true_record_is_handed_on(self):
         for make in (lambda: None, lambda: os.link(PUBLISHED, RUN + "/link")):
