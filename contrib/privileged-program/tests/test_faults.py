@@ -74,7 +74,7 @@ class FaultCase(DeviceCase):
             name = line.partition("(")[0]
             counts[name] += 1
             is_ours |= line.startswith(FIRST_CALL)
-            if is_ours and name.isalnum() and name not in CANNOT_FAIL:
+            if is_ours and name.isidentifier() and name not in CANNOT_FAIL:
                 calls.append((name, counts[name]))
         return calls
 
