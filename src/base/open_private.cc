@@ -14,9 +14,11 @@ int openPrivate(const char* path, int flags) {
 
   // Only a file's mode, not that of a device that a link leads to. Who may write a file without
   // owning it cannot change its mode: then it stays as it is.
-  struct stat status {};
-  if (fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) &&
-      status.st_mode != (S_IFREG | PRIVATE))
-    (void)succeedsOnRetry([&] { return fchmod(descriptor, PRIVATE) == 0; });
+  (void)succeedsOnRetry([&] {
+    struct stat status {};
+    if (fstat(descriptor, &status) != 0) return false;
+    const bool isDone = !S_ISREG(status.st_mode) || status.st_mode == (S_IFREG | PRIVATE);
+    return isDone || fchmod(descriptor, PRIVATE) == 0;
+  });
   return descriptor;
 }

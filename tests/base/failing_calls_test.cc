@@ -125,10 +125,12 @@ TEST_F(FailingCalls, FileIsReadFromItsBeginningAgain) {
 }
 
 TEST_F(FailingCalls, FileIsPrivateThoughOneFails) {
-  chmod(file.c_str(), 0644);
-  const FailingCall failing({"fchmod", EIO, 0, 1});
-  EXPECT_TRUE(overwriteFile(file, "new"));
-  EXPECT_EQ(0600U, modeOf(file));
+  for (const char* call : {"fchmod", "fstat"}) {
+    chmod(file.c_str(), 0644);
+    const FailingCall failing({call, EIO, 0, 1});
+    EXPECT_TRUE(overwriteFile(file, "new")) << call;
+    EXPECT_EQ(0600U, modeOf(file)) << call;
+  }
 }
 
 TEST_F(FailingCalls, FileWithoutAKnownSizeIsReadAllTheSame) {
