@@ -22,14 +22,14 @@ constexpr const char* SYSTEM_DIRECTORY = "/etc/NetworkManager/system-connections
 
 /**
  * Appends the names; throws where the directory cannot be opened, or not be read on. Returns false,
- * with errno set, if what one of its entries is cannot be told for a reason that may pass.
+ * with errno set, if what one of its entries is cannot be told: errno may pass if one of them may.
  */
 bool listRegularFiles(const std::string& directory, std::vector<std::string>& names) {
   int doubt = 0;
   for (const auto& entry : std::filesystem::directory_iterator(directory)) {
-    std::error_code error;  // a link that leads nowhere is not a file
+    std::error_code error;
     if (entry.is_regular_file(error)) names.push_back(entry.path().filename().string());
-    if (mayPass(error.value())) doubt = error.value();
+    if (error && !mayPass(doubt)) doubt = error.value();  // a link to nothing, or a moment
   }
   errno = doubt;
   return doubt == 0;
