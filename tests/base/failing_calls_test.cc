@@ -12,6 +12,7 @@
 #include <cerrno>
 #include <climits>
 #include <filesystem>
+#include <iterator>
 #include <limits>
 #include <optional>
 #include <string>
@@ -156,9 +157,20 @@ TEST_F(FailingCalls, FileSystemNeedNotKnowHowToFlush) {
 TEST_F(FailingCalls, WhatCannotBeMovedIsCopied) {
   const std::string content(2000, 'x');
   const FailingCall failing({"rename", EXDEV});
+  const std::filesystem::directory_iterator none;
+  const auto descriptors = [&] {
+    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), none);
+  };
+  const auto before = descriptors();
   EXPECT_TRUE(replaceFile(file, content));
+  EXPECT_EQ(before, descriptors());
   expectOnly(content);
   EXPECT_EQ(0600U, modeOf(file));
+  {
+    const FailingCall once({"open", EIO, 1, 1});  // the file that is to be the copy
+    EXPECT_TRUE(replaceFile(file, "old"));
+    expectOnly("old");
+  }
   EXPECT_EQ(0, inChild([&] {
               close(STDIN_FILENO);  // whose place the new file takes
               EXPECT_TRUE(replaceFile(file, "new"));
@@ -207,6 +219,14 @@ TEST_F(FailingCalls, NamesThatLeaveNoRoomForATemporaryOneAreRefused) {
        {std::string(), directory.path + "/", directory.path + "/missing/", longest})
     EXPECT_FALSE(replaceFile(path, "new")) << path;
   expectOnly("old");
+
+  std::string path = directory.path + "/";
+  while (path.size() + 100 < PATH_MAX) path += std::string(49, 'd') + "/";
+  std::filesystem::create_directories(path);
+  path.append(PATH_MAX - 2 - path.size(), 'x');  // one of its bytes is the NUL at its end
+  EXPECT_TRUE(replaceFile(path, "new"));
+  EXPECT_BYTES_EQ("new", readBytes(path));
+  EXPECT_FALSE(replaceFile(path + "x", "new"));  // it could have no "~" of its own
 }
 
 TEST_F(FailingCalls, WhatIsWrittenOverIsNotEmptyInBetween) {
@@ -217,6 +237,8 @@ TEST_F(FailingCalls, WhatIsWrittenOverIsNotEmptyInBetween) {
   const FailingCall too({"write", EIO});
   EXPECT_FALSE(overwriteFile(file, "n"));
   expectOnly("new\n\n\n\n\n\n\n\n\n\n\n");
+  EXPECT_FALSE(overwriteFile(file, "new, and longer"));
+  expectOnly("new\n\n\n\n\n\n\n\n\n\n\n\n");
 }
 
 TEST_F(FailingCalls, InterruptedWriteGoesOn) {

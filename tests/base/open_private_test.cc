@@ -61,6 +61,7 @@ TEST_F(OpenedFiles, MayTakeThePlaceOfStandardInput) {
   EXPECT_EQ("cut", readFile(file));
   EXPECT_TRUE(writeSharedFile(file, "shared"));
   EXPECT_EQ("shared", readFile(file));
+  EXPECT_FALSE(isUnreadable(file));
   flushToDisk(file);
   EXPECT_EQ(-1, fcntl(STDIN_FILENO, F_GETFD)) << "left open";
   dup2(before, STDIN_FILENO);

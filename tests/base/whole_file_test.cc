@@ -161,6 +161,11 @@ TEST_F(Files, OverwrittenOnesNeedNoRoomAndStayWithoutIt) {
   EXPECT_BYTES_EQ("old bytes!", readBytes(file));
   EXPECT_TRUE(overwriteFile(file, "new bytes\n"));
   EXPECT_BYTES_EQ("new bytes\n", readBytes(file));
+  writeBytes(file, "shorter");
+  EXPECT_FALSE(overwriteFile(file, "new bytes!!"));  // there is room for some of them
+  EXPECT_BYTES_EQ("shorter", readBytes(file));
+  EXPECT_TRUE(overwriteFile(file, "new bytes\n"));
+  EXPECT_BYTES_EQ("new bytes\n", readBytes(file));
 }
 
 TEST_F(Files, DescriptorsAreClosedAgain) {
