@@ -5,7 +5,8 @@
   python3 -m tests.mutants.mutants [--quick] [PATH...]
 
 What was found is kept in build-mutants, so that an interrupted run goes on: a killed mutant until
-its source changes, a survivor until anything does. Remove the folder to begin anew.
+its source changes, a survivor until any source or any of these tests does. Remove the folder to
+begin anew.
 """
 import argparse
 import concurrent.futures
@@ -45,6 +46,9 @@ LONG = {
                  "program-wifi", "faults"),
     "app": ("load-discovery", "program-handler", "program-production", "program-debug", "faults"),
 }
+# Where all of these come from.
+JUDGES = ("meson.build", "src", *(f"tests/{suite}" for suite in
+                                  (*SUITES, "faults", "keyfiles", "load", "program", "support")))
 LATER = ("ini-stack", "ini-system-calls")  # with every source compiled once more, and optimised
 # What eats memory or disk, or does not come to an end, is killed. No short test takes 15 seconds,
 # and the one that makes a larger file, which is hollow, asks for that.
@@ -156,7 +160,7 @@ class Results:
     """What is known of mutants."""
 
     def __init__(self, quick):
-        self.everything = digest(*tracked("src", "tests", "meson.build")) + str(quick)
+        self.everything = digest(*tracked(*JUDGES)) + str(quick)
         self.known = {}
         self.lock = threading.Lock()
         if RESULTS.exists():
