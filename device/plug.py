@@ -59,14 +59,17 @@ def prepare(kind):
     return place
 
 
-def again():
-    """The machine as it was kept, on a disk of its own."""
+def again(writes):
+    """The machine as it was kept, on a disk of its own. writes: how many of them the disk takes in
+    a second of the clock outside; 0: as many as it can."""
     clear(POINT)
     os.makedirs(POINT)
     machine = Machine(POINT, new_disk(os.path.join(POINT, "disk.qcow2"), READY),
                       arguments=["-incoming", f"exec:cat {STATE}"])
     wait_until(lambda: machine.ask("query-status")["status"] == "paused", "the machine to be back",
                limit=LIMIT, interval=0.05)
+    machine.ask("block_set_io_throttle", device="virtio0", iops=0, iops_rd=0, iops_wr=writes, bps=0,
+                bps_rd=0, bps_wr=0)
     machine.ask("cont")
     return machine
 
@@ -111,9 +114,9 @@ def left_on(disk):
         return found, int(owner)
 
 
-def whole_save(kind, place):
+def whole_save(kind, place, writes):
     """Lets one save come to its end. Returns how long it took inside, and what it left."""
-    with again() as machine:
+    with again(writes) as machine:
         machine.click(*place)
         start = machine.clock()
         machine.run(f"until [ -e /run/zor-network/outcome/finalize_{kind} ]; do sleep 0.1; done")
@@ -122,9 +125,9 @@ def whole_save(kind, place):
     return took, left_on(machine.disk)[0]
 
 
-def frozen_save(place, step, points):
+def frozen_save(place, step, points, writes):
     """Lets another one be frozen at points, so many seconds apart. Yields copies of its disk."""
-    with again() as machine:
+    with again(writes) as machine:
         machine.click(*place)
         for number in range(points):
             machine.process.send_signal(signal.SIGSTOP)
@@ -153,17 +156,17 @@ def start_again(disk, kind, is_new):
             journeys.has_access_point()
 
 
-def pull(kind, points):
+def pull(kind, points, writes):
     """The table of one kind of save. Returns how many points were bad."""
     place = prepare(kind)
     path = f"{INSTALLED}/{KINDS[kind]}"
     old, _ = left_on(READY)
-    took, new = whole_save(kind, place)
+    took, new = whole_save(kind, place, writes)
     assert new[path] != old.get(path), "nothing was saved"
     count = dict.fromkeys(COLUMNS, 0)
     # A little beyond its end: what comes after it must not take it back.
     step = 1.2 * took / max(1, points - 1)
-    for number, disk in enumerate(list(frozen_save(place, step, points))):
+    for number, disk in enumerate(list(frozen_save(place, step, points, writes))):
         found, owner = left_on(disk)
         # What NetworkManager reads besides is as it was. It does not read what a new file is called
         # until it is whole.
@@ -188,12 +191,15 @@ def pull(kind, points):
 def main():
     parser = argparse.ArgumentParser(prog="./dev device plug")
     parser.add_argument("--points", type=int, default=100, help="of each kind of save; 100")
+    parser.add_argument("--writes", type=int, default=0, metavar="N",
+                        help="which the disk takes in a second; as many as it can")
     parser.add_argument("kinds", nargs="*", choices=[*KINDS, []], metavar="KIND",
                         help=" and ".join(KINDS))
     arguments = parser.parse_args()
     print(f"{'save':<10}{'points':>7}{'installs':>10}"
           + "".join(f"{name:>10}" for name in COLUMNS))
-    bad = [pull(kind, arguments.points) for kind in arguments.kinds or KINDS]
+    bad = [pull(kind, arguments.points, arguments.writes)
+           for kind in arguments.kinds or KINDS]
     sys.exit(1 if any(bad) else 0)
 
 
