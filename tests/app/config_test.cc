@@ -404,6 +404,8 @@ TEST_F(Config, StoredValuesAreComparedAsTheyAreRead) {
   EXPECT_TRUE(config.storesOtherThan(text, "s", "a", file));
   EXPECT_TRUE(config.storesOtherThan("x", "s", "absent", file));
   EXPECT_FALSE(config.storesOtherThan("", "s", "absent", file));
+  EXPECT_TRUE(config.storesOtherThan("x", "s", "a", directory.path)) << "nothing is lost with it";
+  EXPECT_FALSE(config.storesOtherThan("x", "s", "a", "/proc/self/mem")) << "who knows?";
 }
 
 TEST_F(Config, ReadingFallsBackToTheDefault) {

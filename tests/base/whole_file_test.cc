@@ -140,6 +140,10 @@ TEST_F(Files, LinkDoesNotTakeThePlaceOfWhatItLeadsTo) {
     EXPECT_EQ(std::vector<std::string>{"file"}, directory.names()) << target;
     EXPECT_BYTES_EQ("kept", readBytes(file));
   }
+  std::filesystem::create_symlink("other", directory.file("link"));
+  moveFile(directory.file("link"), file);
+  EXPECT_EQ(std::vector<std::string>{"file"}, directory.names());
+  EXPECT_EQ("other", std::filesystem::read_symlink(file));
 }
 
 TEST_F(Files, OverwrittenOnesAreWhole) {
