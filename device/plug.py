@@ -32,6 +32,8 @@ POINT = os.path.join(RUN, "point")
 KINDS = {"ethernet": "ethernet.nmconnection", "wifi": "wlan0.nmconnection"}
 # What is counted: keyfiles as before, as saved, and neither; folders that were still the user's.
 COLUMNS = ("old", "new", "unlocked", "bad", "started")
+# The size of one that holds the installed keyfiles alone.
+PARTITION = 64 * 1024 * 1024
 # How many of the disks of each kind are started again, which takes minutes for each.
 STARTS = 4
 
@@ -59,7 +61,7 @@ def prepare(kind):
     return place
 
 
-def again(writes):
+def again(writes=0):
     """The machine as it was kept, on a disk of its own. writes: how many of them the disk takes in
     a second of the clock outside; 0: as many as it can."""
     clear(POINT)
@@ -114,27 +116,40 @@ def left_on(disk):
         return found, int(owner)
 
 
+def save(machine, kind, place):
+    """Lets a save come to its end. Returns how long it took inside."""
+    machine.click(*place)
+    start = machine.clock()
+    machine.run(f"until [ -e /run/zor-network/outcome/finalize_{kind} ]; do sleep 0.1; done")
+    return machine.clock() - start
+
+
 def whole_save(kind, place, writes):
-    """Lets one save come to its end. Returns how long it took inside, and what it left."""
+    """Returns how long it took, and what it left."""
     with again(writes) as machine:
-        machine.click(*place)
-        start = machine.clock()
-        machine.run(f"until [ -e /run/zor-network/outcome/finalize_{kind} ]; do sleep 0.1; done")
-        took = machine.clock() - start
+        took = save(machine, kind, place)
         machine.run("sync")
     return took, left_on(machine.disk)[0]
 
 
-def frozen_save(place, step, points, writes):
-    """Lets another one be frozen at points, so many seconds apart. Yields copies of its disk."""
+def frozen(machine, place, took, points):
+    """Freezes a save at points, the last a little beyond its end: what comes after it must not take
+    it back. Yields the time of each."""
+    step = 1.2 * took / max(1, points - 1)
+    machine.click(*place)
+    for number in range(points):
+        machine.process.send_signal(signal.SIGSTOP)
+        yield number * step
+        machine.process.send_signal(signal.SIGCONT)
+        machine.pause(step)
+
+
+def frozen_save(place, took, points, writes):
+    """Yields times, and copies of the disk."""
     with again(writes) as machine:
-        machine.click(*place)
-        for number in range(points):
-            machine.process.send_signal(signal.SIGSTOP)
+        for number, time in enumerate(frozen(machine, place, took, points)):
             copy = os.path.join(RUN, f"disk-{number}.qcow2")
-            yield shutil.copyfile(machine.disk, copy)
-            machine.process.send_signal(signal.SIGCONT)
-            machine.pause(step)
+            yield time, shutil.copyfile(machine.disk, copy)
 
 
 def start_again(disk, kind, is_new):
@@ -164,9 +179,7 @@ def pull(kind, points, writes):
     took, new = whole_save(kind, place, writes)
     assert new[path] != old.get(path), "nothing was saved"
     count = dict.fromkeys(COLUMNS, 0)
-    # A little beyond its end: what comes after it must not take it back.
-    step = 1.2 * took / max(1, points - 1)
-    for number, disk in enumerate(list(frozen_save(place, step, points, writes))):
+    for number, (time, disk) in enumerate(list(frozen_save(place, took, points, writes))):
         found, owner = left_on(disk)
         # What NetworkManager reads besides is as it was. It does not read what a new file is called
         # until it is whole.
@@ -181,25 +194,82 @@ def pull(kind, points, writes):
                 count["started"] += 1
         else:
             count["bad"] += 1
-            print(f"{kind}, {number * step:.2f} s: {sorted(found)}\n{found.get(path)!r}",
+            print(f"{kind}, {time:.2f} s: {sorted(found)}\n{found.get(path)!r}",
                   flush=True)
     print(f"{kind:<10}{points:>7}{took:>8.1f} s" + "".join(
         f"{count[name]:>10}" for name in COLUMNS), flush=True)
     return count["bad"]
 
 
+def second_disk(machine, path):
+    """Gives it to a machine that runs."""
+    machine.ask("blockdev-add", **{"node-name": "second", "driver": "raw",
+                                   "file": {"driver": "file", "filename": path}})
+    machine.ask("device_add", driver="virtio-blk-pci", drive="second", id="second")
+    machine.wait_for("test -b /dev/vdb", "the second disk")
+
+
+def on_f2fs(machine):
+    """Moves what is installed to a new partition of this kind. Returns its file."""
+    path = os.path.join(RUN, "partition")
+    with open(path, "wb") as file:
+        file.truncate(PARTITION)
+    subprocess.run(["mkfs.f2fs", "-q", path], stdout=subprocess.DEVNULL, check=True)
+    second_disk(machine, path)
+    place = os.path.dirname(INSTALLED)
+    machine.run(f"mount -t f2fs /dev/vdb /mnt && cp -a {place}/. /mnt && umount /mnt && "
+                f"mount -t f2fs /dev/vdb {place} && sync")
+    return path
+
+
+def pull_on_f2fs(kind, points):
+    """As above. The copies are judged inside: nothing but a kernel repairs such a file system."""
+    place = prepare(kind)
+    show = f"cat {INSTALLED}/{KINDS[kind]}"
+    with again() as machine:
+        on_f2fs(machine)
+        old = machine.attempt(show)
+        took = save(machine, kind, place)
+        new = machine.attempt(show)
+    assert new != old and new[0] == 0, "nothing was saved"
+    copies = os.path.join(RUN, "partitions")
+    with again() as machine, open(copies, "wb") as file:
+        partition = on_f2fs(machine)
+        for _ in frozen(machine, place, took, points):
+            with open(partition, "rb") as now:
+                shutil.copyfileobj(now, file)
+    count = dict.fromkeys(COLUMNS[:2] + ("bad",), 0)
+    with again() as machine:
+        second_disk(machine, copies)
+        for number in range(points):
+            machine.run("umount -q /var/lib/zor-network; mount -t f2fs -o "
+                        f"loop,offset={number * PARTITION},sizelimit={PARTITION} "
+                        "/dev/vdb /var/lib/zor-network")
+            found = machine.attempt(show)
+            count["new" if found == new else "old" if found == old else "bad"] += 1
+    os.remove(copies)
+    print(f"{kind} on f2fs: {points} points of {took:.1f} s: {count}", flush=True)
+    return count["bad"]
+
+
 def main():
     parser = argparse.ArgumentParser(prog="./dev device plug")
     parser.add_argument("--points", type=int, default=100, help="of each kind of save; 100")
-    parser.add_argument("--writes", type=int, default=0, metavar="N",
-                        help="which the disk takes in a second; as many as it can")
+    disk = parser.add_mutually_exclusive_group()
+    disk.add_argument("--writes", type=int, default=0, metavar="N",
+                      help="which the disk takes in a second; as many as it can")
+    disk.add_argument("--f2fs", action="store_true",
+                      help="have the installed keyfiles on such a file system")
     parser.add_argument("kinds", nargs="*", choices=[*KINDS, []], metavar="KIND",
                         help=" and ".join(KINDS))
     arguments = parser.parse_args()
-    print(f"{'save':<10}{'points':>7}{'installs':>10}"
-          + "".join(f"{name:>10}" for name in COLUMNS))
-    bad = [pull(kind, arguments.points, arguments.writes)
-           for kind in arguments.kinds or KINDS]
+    kinds = arguments.kinds or KINDS
+    if arguments.f2fs:
+        bad = [pull_on_f2fs(kind, arguments.points) for kind in kinds]
+    else:
+        print(f"{'save':<10}{'points':>7}{'installs':>10}"
+              + "".join(f"{name:>10}" for name in COLUMNS))
+        bad = [pull(kind, arguments.points, arguments.writes) for kind in kinds]
     sys.exit(1 if any(bad) else 0)
 
 
