@@ -515,9 +515,16 @@ std::string takeOver(const Request& request, const Connection& connection) {
 
 /** The first address that an active connection has, with its prefix; empty if none is told. */
 std::string addressOf(const std::string& uuid) try {
-  const Outcome told =
-      run({NMCLI, "-g", "IP4.ADDRESS", "connection", "show", "uuid", uuid}, "", LONGEST_QUESTION);
-  return succeeded(told) ? told.output.substr(0, told.output.find_first_of(" \n")) : "";
+  std::string address;
+  // A newer NetworkManager knows it a moment after the activation only.
+  for (int question = 0; question < 5 && address.empty(); ++question) {
+    if (question > 0) usleep(200'000);
+    const Outcome told =
+        run({NMCLI, "-g", "IP4.ADDRESS", "connection", "show", "uuid", uuid}, "", LONGEST_QUESTION);
+    if (!succeeded(told)) break;
+    address = told.output.substr(0, told.output.find_first_of(" \n"));
+  }
+  return address;
 } catch (const std::exception&) {  // it is active all the same
   return {};
 }

@@ -589,6 +589,13 @@ class Outcomes(DeviceCase):
         self.request("finalize_ethernet", "ethernet")
         self.assert_told("finalize_ethernet", "result=done")
 
+    def test_address_that_is_known_a_moment_later_is_told(self):
+        write(b"", NOTES, "knows-no-address-yet")
+        self.request("unlock")
+        self.save_static()
+        self.request("finalize_ethernet", "ethernet")
+        self.assert_told("finalize_ethernet", "result=done", "address=192.168.1.10/24")
+
     def test_done_with_a_complaint(self):
         self.request("unlock")
         self.put_into_copy(STATIC, ETHERNET)
