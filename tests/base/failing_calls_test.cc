@@ -296,6 +296,8 @@ TEST_F(FailingCalls, CopyIsFlushedBeforeTheTemporaryFileGoes) {
 }
 
 TEST_F(FailingCalls, FileWhoseBytesCannotBeReadIsUnreadable) {
+  writeBytes(directory.file("empty"), "");
+  EXPECT_FALSE(isUnreadable(directory.file("empty")));
   for (const char* call : {"open", "pread"}) {
     for (const int error : {EPERM, EUCLEAN, EIO}) {
       const FailingCall failing({call, error});
