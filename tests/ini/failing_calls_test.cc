@@ -87,6 +87,12 @@ TEST_F(FailingWrites, LeaveNothingOfAFileThatWasMissing) {
   }
 }
 
+TEST_F(FailingWrites, ReplaceAFileThatWasMissingBefore) {
+  const FailingCall missing({"open", ENOENT, 0, 1});
+  EXPECT_EQ(1, put("s", "k", "n"));
+  expectOnly("[s]\nk=n\n");
+}
+
 TEST_F(FailingWrites, LeaveAFileWhoseNameIsNotKnown) {
   std::filesystem::remove(file);
   const FailingCall failing({"write", EIO});
