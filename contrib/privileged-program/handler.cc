@@ -176,6 +176,16 @@ InstalledFiles readInstalled(Lacks& lacks) {
   return files;
 }
 
+/** What there was no time to remove must not have a name that is needed. */
+void freeNames(int folder) {
+  for (const Connection& connection : CONNECTIONS) {
+    for (const char* end : {"", "~"}) {
+      const std::string name = std::string(connection.file) + end;
+      if (unlinkat(folder, name.c_str(), 0) != 0) moveAside(folder, name, folder);
+    }
+  }
+}
+
 /** Makes the working copy anew from the installed files: the user's, or locked if that is root. */
 Lacks makeWorkingCopy(uid_t user) {
   const gid_t readers = groupOf(openTrustedFolder(STATE));
@@ -233,6 +243,7 @@ Lacks makeWorkingCopy(uid_t user) {
     clear(old);
     clear(workingCopy);
     lockFolder();
+    freeNames(workingCopy);
     fill(workingCopy);
     lacks.newFolder = error.what();
   }

@@ -271,6 +271,31 @@ class InPlace(DeviceCase):
 
         self.on_each(check)
 
+    def unmount_within(self):
+        for line in reversed(read("/proc/mounts").decode().splitlines()):
+            path = line.split()[1]
+            if path.startswith(WORKING_COPY + "/"):
+                device.uncover(path)
+
+    def test_what_stays_there_keeps_no_name(self):
+        # As what ten seconds do not suffice for.
+        def check():
+            self.request("unlock")
+            self.addCleanup(self.unmount_within)
+            for name in (ETHERNET, WIFI):
+                os.remove(os.path.join(WORKING_COPY, name))
+                for end in ("", "~"):
+                    within = os.path.join(WORKING_COPY, name + end, "within")
+                    os.makedirs(within)
+                    subprocess.run(["mount", "-t", "tmpfs", "tmpfs", within], check=True)
+            for action in ("rollback", "unlock"):
+                status, errors = self.ask(action)
+                self.assertEqual(status, 0, errors)
+                self.assertEqual((read(WORKING_COPY, ETHERNET), read(WORKING_COPY, WIFI)),
+                                 (DYNAMIC, CLIENT))
+
+        self.on_each(check)
+
     def test_folder_that_is_held_open_is_of_no_use(self):
         def check():
             self.request("unlock")
