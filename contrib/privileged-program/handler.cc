@@ -314,15 +314,15 @@ bool succeeded(const Outcome& outcome) {
   return WIFEXITED(outcome.status) && WEXITSTATUS(outcome.status) == 0;
 }
 
-/** Whether NetworkManager's own parser takes a file. */
-bool isKeyfile(std::string_view content) {
+/** A file as NetworkManager's own parser writes it again; empty if that does not take it. */
+std::string asParsed(std::string_view content) {
   const Outcome parsed =
       run({NMCLI, "--offline", "connection", "modify", "connection.autoconnect", "yes"}, content,
           LONGEST_QUESTION);
   // No fault of the file's.
   if (!WIFEXITED(parsed.status) || WEXITSTATUS(parsed.status) == NOT_RUN)
     throw std::runtime_error("nmcli does not answer");
-  return succeeded(parsed);
+  return succeeded(parsed) ? parsed.output : "";
 }
 
 /** Has NetworkManager read the installed files. Returns whether it answers. */
@@ -432,7 +432,15 @@ Settings check(const Connection& connection, const std::string& content,
       ("\n" + installed.value_or("") + "\n").find("\nuuid=" + uuid->second + "\n") ==
           std::string::npos)
     throw Refusal("a UUID that the installed file does not have");
-  if (!isKeyfile(content)) throw Refusal("NetworkManager cannot read it");
+  const std::string parsed = asParsed(content);
+  if (parsed.empty()) throw Refusal("NetworkManager cannot read it");
+  // What it cannot read of these it leaves out, and an access point gets another address.
+  for (const std::string key : {"address1", "dns"}) {
+    const auto found = settings.find("ipv4." + key);
+    if (found != settings.end() && found->second.find_first_not_of(" ;,") != std::string::npos &&
+        parsed.find("\n" + key + "=") == std::string::npos)
+      throw Refusal("NetworkManager cannot read its " + key);
+  }
   return settings;
 }
 

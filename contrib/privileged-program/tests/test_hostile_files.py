@@ -112,6 +112,8 @@ class HostileFiles(DeviceCase):
             "UUID of another": replace(b"id=ethernet", b"id=ethernet\nuuid=" + 4 * b"11111111-"),
             "address missing": replace(b"address1=192.168.1.10/24,192.168.1.1\n", b""),
             "address with zeros": replace(b"192.168.1.10/", b"192.168.01.10/"),
+            "address of a name server with zeros": replace(b"dns=192.168.1.2", b"dns=192.168.01.2"),
+            "address beside the method": DYNAMIC.replace(b"auto\n", b"auto\naddress1=1.2.3.4./8\n", 1),
             "empty address": DYNAMIC.replace(b"method=auto\n", b"method=auto\naddress1=\n", 1),
             "empty UUID": replace(b"id=ethernet", b"id=ethernet\nuuid="),
             "nothing": b"",
@@ -148,6 +150,9 @@ class HostileFiles(DeviceCase):
             "end of a line in the password": replace(b"psk=", b"psk=\\\\\\n"),
             "empty address": re.sub(b"address1=.*", b"address1=", ACCESS_POINT),
             "blank address": re.sub(b"address1=.*", b"address1= ", ACCESS_POINT),
+            # It would get another one, NetworkManager's own choice.
+            "address with zeros": replace(b"192.168.4.20/", b"192.168.04.20/"),
+            "address with a dot": replace(b"192.168.4.20/", b"192.168.4.20./"),
         }
         for name, content in cases.items():
             with self.subTest(name):
@@ -165,6 +170,14 @@ class HostileFiles(DeviceCase):
             if typed == b"x\\" and "NetworkManager cannot read it" in errors:
                 continue  # a newer one refuses a backslash that nothing follows
             self.assertEqual((status, read(INSTALLED, WIFI)), (0, content), errors)
+
+    def test_name_servers_that_can_be_read_are_taken(self):
+        for typed in (b"", b" ", b";", b" 1.1.1.1", b"1.1.1.1;8.8.8.8;"):
+            content = STATIC.replace(b"dns=192.168.1.2", b"dns=" + typed)
+            self.request("unlock")
+            self.put_into_copy(content, ETHERNET)
+            self.ask("finalize_ethernet", "ethernet")
+            self.assert_installed(content, CLIENT)
 
     def test_installed_uuid_may_stay(self):
         uuid = b"uuid=1b4e28ba-2fa1-11d2-883f-0016d3cca427\n"
