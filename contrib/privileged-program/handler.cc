@@ -284,6 +284,11 @@ void setAside(const Request& request) {
   const Descriptor workingCopy = openFolder(WORKING_COPY);
   const uid_t user = ownerOf(workingCopy);
   if (user == ROOT) return;  // locked already; what is set aside stays
+  // A call from before the session, as one that waited for sudo, locks it only now.
+  const bool isOlder = request.calledAt < timeOf(openTrustedFolder(RUN), UNLOCKED_AT);
+  Ticks lockedAt = isOlder ? now() : request.calledAt;
+  // Of the same tick, the user's own follows a save. Another's may come before it.
+  if (request.user != user) --lockedAt;
   makeFolder(SET_ASIDE, 0700);
   makeFolder(setAsideOf(user), 0700);
   const Descriptor folder = openTrustedFolder(setAsideOf(user));
@@ -299,10 +304,8 @@ void setAside(const Request& request) {
     }
     if (content) put(folder, connection.file, *content, {user, ROOT, 0600}, Lasting::NO);
   }
-  // A call from before the session, as one that waited for sudo, has locked it only now.
-  const bool isOlder = request.calledAt < timeOf(openTrustedFolder(RUN), UNLOCKED_AT);
   // Last: half of what was there would say that the user has removed the other half.
-  noteTime(folder, LOCKED_AT, isOlder ? now() : request.calledAt);
+  noteTime(folder, LOCKED_AT, lockedAt);
 }
 
 void forgetSetAside() {

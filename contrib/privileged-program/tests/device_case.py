@@ -121,12 +121,12 @@ class DeviceCase(unittest.TestCase):
             environment["SUDO_UID"] = str(user)
         return environment
 
-    def call_sudo(self, user=USER):
+    def call_sudo(self, user=USER, pause=0.03):
         """Calls a sudo that will pass a request on later, so that others can overtake it."""
         process = subprocess.Popen(
             [SLOW_SUDO], env=self.environment(user), text=True, stdin=subprocess.PIPE,
             stdout=subprocess.PIPE, stderr=subprocess.PIPE)
-        time.sleep(0.03)  # the time at which a process began is told in hundredths of a second
+        time.sleep(pause)  # the time at which a process began is told in hundredths of a second
         return process
 
     def start(self, *arguments, user=USER, wrapper=(), sudo=None, **options):

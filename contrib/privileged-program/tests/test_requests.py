@@ -124,6 +124,30 @@ class Requests(DeviceCase):
         self.request("finalize_ethernet", "ethernet", sudo=finalize)
         self.assert_installed(STATIC, CLIENT)
 
+    def called_at_once(self, *users):
+        """Calls that began in the same hundredth of a second."""
+        while True:
+            calls = [self.call_sudo(user, pause=0) for user in users]
+            times = {read(f"/proc/{call.pid}/stat").rsplit(b")", 1)[1].split()[19]
+                     for call in calls}
+            if len(times) == 1:
+                return calls
+            for call in calls:
+                call.communicate("true\n")
+
+    def test_rollback_of_another_user_at_the_same_time_is_taken_for_an_earlier_one(self):
+        for user in USER, USER - 1:
+            self.request("unlock")
+            self.save_static()
+            rollback, finalize = self.called_at_once(user, USER)
+            self.request("rollback", sudo=rollback)
+            # Whether the file was set aside before that save, or after it, cannot be told.
+            if user == USER:
+                self.request("finalize_ethernet", "ethernet", sudo=finalize)
+            else:
+                self.refused("finalize_ethernet", "ethernet", sudo=finalize,
+                             because="after the working copy was locked")
+
     def test_unlock_that_fails_leaves_nothing_open(self):
         for name in ("unlocked-at", "set-aside"):
             with self.subTest(name):

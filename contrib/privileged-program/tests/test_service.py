@@ -36,10 +36,10 @@ class ByService(DeviceCase):
         cls.service.wait()
         os.remove(SOCKET)
 
-    def call_sudo(self, user=USER):
+    def call_sudo(self, user=USER, pause=0.03):
         """A process that will become the client later."""
         process = subprocess.Popen(as_user(user, SLOW_SUDO), stdin=subprocess.PIPE, **STREAMS)
-        time.sleep(0.03)
+        time.sleep(pause)
         return process
 
     def start(self, *arguments, user=USER, sudo=None, **options):
