@@ -256,6 +256,7 @@ TEST_F(Reading, FloatingNumbersAreThoseOfTheCLibrary) {
       {"3.5e38", HUGE_VALF},
       {"-1e400", -HUGE_VALF},
       {"inf", HUGE_VALF},
+      {"1.0000000596046448", 1.0F},  // rounded to a double before
   };
   for (const auto& [written, expected] : values) {
     writeBytes(file, "[s]\nk=" + written + "\n");
