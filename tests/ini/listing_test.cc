@@ -147,8 +147,9 @@ TEST_F(Walk, NeedsAFileAndACallback) {
   EXPECT_EQ(0, walk());
   writeBytes(file, "");
   EXPECT_EQ(1, walk());
-  EXPECT_EQ(0, ini_browse(nullptr, nullptr, file.c_str()));
   EXPECT_TRUE(lines.empty());
+  writeBytes(file, "a=1\n");
+  EXPECT_EQ(0, ini_browse(nullptr, nullptr, file.c_str()));
 }
 
 TEST_F(Walk, SharesItsBufferBetweenSectionAndLine) {
