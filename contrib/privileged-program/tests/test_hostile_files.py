@@ -113,7 +113,7 @@ class HostileFiles(DeviceCase):
             "address missing": replace(b"address1=192.168.1.10/24,192.168.1.1\n", b""),
             "address with zeros": replace(b"192.168.1.10/", b"192.168.01.10/"),
             "address of a name server with zeros": replace(b"dns=192.168.1.2", b"dns=192.168.01.2"),
-            "address beside the method": DYNAMIC.replace(b"auto\n", b"auto\naddress1=1.2.3.4./8\n", 1),
+            "address beside the method": DYNAMIC.replace(b"auto\n", b"auto\naddress1=1.2.3/8\n", 1),
             "empty address": DYNAMIC.replace(b"method=auto\n", b"method=auto\naddress1=\n", 1),
             "empty UUID": replace(b"id=ethernet", b"id=ethernet\nuuid="),
             "nothing": b"",
