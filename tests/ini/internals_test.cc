@@ -146,6 +146,7 @@ TEST(Copy, QuotesAreForNotesQuotesAndTrailingBlanks) {
     EXPECT_EQ(QUOTE_ENQUOTE, check_enquote(value)) << value;
   for (const char* value : {"", "a", " a", "a b", "a\t", "a'b", "a=b", "[a]", "\\"})
     EXPECT_EQ(QUOTE_NONE, check_enquote(value)) << value;
+  EXPECT_EQ(QUOTE_NONE, check_enquote(&" "[1])) << "what is in front of it does not count";
 }
 
 }  // namespace

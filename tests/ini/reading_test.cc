@@ -113,6 +113,14 @@ TEST_F(Reading, BytesAbove127AreNeverWhitespace) {
 
 // ---- Values
 
+TEST_F(Reading, EveryByteMayStandInsideAValue) {
+  for (int byte = 1; byte <= 255; ++byte) {
+    const std::string b(1, static_cast<char>(byte));
+    if (b == "\n" || b == ";" || b == "#") continue;
+    EXPECT_BYTES_EQ("a" + b + "z", valueIn("[s]\nk=a" + b + "z\n"));
+  }
+}
+
 TEST_F(Reading, ValuesAreCleaned) {
   const std::vector<std::pair<std::string, std::string>> values = {
       {"", ""},
