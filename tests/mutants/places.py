@@ -25,7 +25,7 @@ NO_CODE = re.compile(
     re.VERBOSE | re.DOTALL | re.MULTILINE)
 # A call, an assignment or a step; neither a declaration nor a way out of the function.
 STATEMENT = re.compile(
-    r"(?!(if|for|while|switch|return|else)\b)"
+    r"(?!(if|for|while|switch|return|else)\b|.*= delete$)"
     r"(\(void\)|\[\[maybe_unused\]\] [^=]*= )?"
     r"([-+]{2}|(break|continue)$|[\w.:\[\]*>-]+(\(| \S*= ))")
 
