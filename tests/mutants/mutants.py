@@ -43,7 +43,7 @@ LONG = {
     "base": ("ini-model", "load-saves", "keyfiles", "program-ethernet", "program-wifi", "faults"),
     "ini": ("ini-model", "load-saves", "load-ini", "keyfiles", "program-wifi", "faults"),
     "settings": ("settings-exhaustive", "load-saves", "keyfiles", "program-ethernet",
-                 "program-wifi", "faults"),
+                 "program-wifi", "program-odd-keyfiles", "faults"),
     "app": ("load-discovery", "program-handler", "program-production", "program-debug", "faults"),
 }
 # Where all of these come from.
