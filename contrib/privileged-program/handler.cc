@@ -176,6 +176,20 @@ InstalledFiles readInstalled(Lacks& lacks) {
   return files;
 }
 
+/**
+ * Refuses a folder that was not made here if it holds anything else than what is installed: it may
+ * never have been moved to where NetworkManager looks.
+ */
+void requireInstalled(int folder, const InstalledFiles& contents, bool isReaders) {
+  for (const auto& entry : std::filesystem::directory_iterator(WORKING_COPY)) {
+    // NetworkManager takes no file of this mode: it is of a locked copy that was not renewed.
+    if (isReaders && entry.symlink_status().permissions() == std::filesystem::perms{0640}) continue;
+    const auto same = contents.find(entry.path().filename());
+    if (same == contents.end() || take(folder, same->first, ROOT) != same->second)
+      throw Refusal(std::string("there are files that are not installed in ") + WORKING_COPY);
+  }
+}
+
 /** What there was no time to remove must not have a name that is needed. */
 void freeNames(int folder) {
   for (const Connection& connection : CONNECTIONS) {
@@ -204,14 +218,7 @@ Lacks makeWorkingCopy(uid_t user) {
   }
   Lacks lacks;
   const InstalledFiles contents = readInstalled(lacks);
-  // What a folder that is not ours holds may never have been moved to where NetworkManager looks.
-  if (!isOurs) {
-    for (const auto& entry : std::filesystem::directory_iterator(WORKING_COPY)) {
-      const auto same = contents.find(entry.path().filename());
-      if (same == contents.end() || take(workingCopy, same->first, ROOT) != same->second)
-        throw Refusal(std::string("there are files that are not installed in ") + WORKING_COPY);
-    }
-  }
+  if (!isOurs) requireInstalled(workingCopy, contents, isReaders);
 
   const auto fill = [&](int folder) {
     for (const auto& [name, content] : contents) {

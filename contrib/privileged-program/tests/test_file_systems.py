@@ -256,6 +256,19 @@ class InPlace(DeviceCase):
 
         self.on_each(check)
 
+    def test_locked_folder_is_known_without_what_stood_beside_it(self):
+        # As after a restart, once an administrator has changed an installed file. Or a request was
+        # killed before it had renewed the copy.
+        def check():
+            self.request("rollback")
+            write(STATIC, INSTALLED, ETHERNET)
+            os.remove(os.path.join(INSTALLED, WIFI))
+            os.rmdir(OLD_COPIES)
+            self.request("unlock")
+            self.assert_copy(False, ethernet=STATIC)
+
+        self.on_each(check)
+
     def test_leftovers_are_removed(self):
         def check():
             self.request("unlock")
