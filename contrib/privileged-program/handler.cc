@@ -444,10 +444,12 @@ Settings check(const Connection& connection, const std::string& content,
     throw Refusal("a UUID that the installed file does not have");
   const std::string parsed = asParsed(content);
   if (parsed.empty()) throw Refusal("NetworkManager cannot read it");
-  // What it cannot read of these it leaves out, and an access point gets another address.
+  // What it cannot read of these it leaves out, and an access point gets another address. There may
+  // be no name server.
   for (const std::string key : {"address1", "dns"}) {
     const auto found = settings.find("ipv4." + key);
-    if (found != settings.end() && found->second.find_first_not_of(" ;,") != std::string::npos &&
+    if (found != settings.end() &&
+        (key != "dns" || found->second.find_first_not_of(" ;,") != std::string::npos) &&
         parsed.find("\n" + key + "=") == std::string::npos)
       throw Refusal("NetworkManager cannot read its " + key);
   }

@@ -153,6 +153,7 @@ class HostileFiles(DeviceCase):
             # It would get another one, NetworkManager's own choice.
             "address with zeros": replace(b"192.168.4.20/", b"192.168.04.20/"),
             "address with a dot": replace(b"192.168.4.20/", b"192.168.4.20./"),
+            "separator alone": re.sub(b"address1=.*", b"address1=,", ACCESS_POINT),
         }
         for name, content in cases.items():
             with self.subTest(name):
