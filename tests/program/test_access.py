@@ -121,7 +121,8 @@ class Names(AccessCase):
             self.open_channels(program, chosen, key="Return")
             for key in keys:
                 self.desktop.press(*key.split("+"))
-            _, row = program.focused()  # which one that is after the last keys is up to the toolkit
+            # Which one that is after the last keys is up to the toolkit.
+            _, row = wait_until(program.focused, "a row with the focus")
             self.assertNotEqual(row, chosen)
             self.choose_channel(program, row, "Return")
 
