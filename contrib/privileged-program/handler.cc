@@ -176,16 +176,25 @@ InstalledFiles readInstalled(Lacks& lacks) {
   return files;
 }
 
+/** Whether NetworkManager can take what has a name: a file of root's alone, or a link of root's. */
+bool canBeTaken(int folder, const std::string& name) {
+  struct stat status {};
+  if (fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) return true;
+  const bool isForRoot = S_ISREG(status.st_mode) && (status.st_mode & (S_IRWXG | S_IRWXO)) == 0;
+  return status.st_uid == ROOT && name.back() != '~' && (isForRoot || S_ISLNK(status.st_mode));
+}
+
 /**
  * Refuses a folder that was not made here if it holds anything else than what is installed: it may
  * never have been moved to where NetworkManager looks.
  */
 void requireInstalled(int folder, const InstalledFiles& contents, bool isReaders) {
   for (const auto& entry : std::filesystem::directory_iterator(WORKING_COPY)) {
-    // NetworkManager takes no file of this mode: it is of a locked copy that was not renewed.
-    if (isReaders && entry.symlink_status().permissions() == std::filesystem::perms{0640}) continue;
-    const auto same = contents.find(entry.path().filename());
-    if (same == contents.end() || take(folder, same->first, ROOT) != same->second)
+    const std::string name = entry.path().filename();
+    // It is of a copy that was locked, but not renewed.
+    if (isReaders && !canBeTaken(folder, name)) continue;
+    const auto same = contents.find(name);
+    if (same == contents.end() || take(folder, name, ROOT) != same->second)
       throw Refusal(std::string("there are files that are not installed in ") + WORKING_COPY);
   }
 }

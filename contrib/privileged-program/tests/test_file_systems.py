@@ -257,8 +257,8 @@ class InPlace(DeviceCase):
         self.on_each(check)
 
     def test_locked_folder_is_known_without_what_stood_beside_it(self):
-        # As after a restart, once an administrator has changed an installed file. Or a request was
-        # killed before it had renewed the copy.
+        # As after a restart, once an administrator has changed an installed file, or when the last
+        # request was killed.
         def check():
             self.request("rollback")
             write(STATIC, INSTALLED, ETHERNET)
@@ -266,6 +266,12 @@ class InPlace(DeviceCase):
             os.rmdir(OLD_COPIES)
             self.request("unlock")
             self.assert_copy(False, ethernet=STATIC)
+            os.chown(WORKING_COPY, 0, READERS)
+            write(DYNAMIC, WORKING_COPY, WIFI + "~")
+            os.makedirs(WORKING_COPY + "/folder/within")
+            os.rmdir(OLD_COPIES)
+            self.request("rollback")
+            self.assert_copy(True, ethernet=STATIC)
 
         self.on_each(check)
 

@@ -16,9 +16,9 @@ from tests.support.limit import wait_until
 from . import device, device_case
 from .device import (ETHERNET, INSTALLED, OLD_COPIES, READERS, RUN, SET_ASIDE, USER, WIFI,
                      WORKING_COPY, write)
-from .device_case import (ACCESS_POINT, CLIENT, DYNAMIC, DYNAMIC_RECORD, DeviceCase, NOTES,
-                          OUTCOMES, PUBLISHED, STATIC, STATIC_RECORD, access_of, is_waited_for,
-                          nmcli_calls)
+from .device_case import (ACCESS_POINT, CLIENT, DYNAMIC, DYNAMIC_RECORD, DeviceCase, NEIGHBOUR,
+                          NOTES, OUTCOMES, PUBLISHED, STATIC, STATIC_RECORD, access_of,
+                          is_waited_for, nmcli_calls)
 
 
 class Requests(DeviceCase):
@@ -300,11 +300,13 @@ class Requests(DeviceCase):
     def test_folder_that_it_has_not_made_keeps_the_files_of_others(self):
         shutil.rmtree(OLD_COPIES, ignore_errors=True)  # it was never here
         stranger = os.path.join(WORKING_COPY, "office.nmconnection")
-        write(b"", stranger)
-        for user, group in ((USER, 0), (0, READERS), (0, 0)):
-            os.chown(WORKING_COPY, user, group)
-            self.refused("rollback", because="there are files that are not installed")
-            self.assertTrue(os.path.exists(stranger))
+        for make in (lambda: write(b"", stranger), lambda: os.symlink(NEIGHBOUR, stranger)):
+            make()
+            for user, group in ((USER, 0), (0, READERS), (0, 0)):
+                os.chown(WORKING_COPY, user, group)
+                self.refused("rollback", because="there are files that are not installed")
+                self.assertTrue(os.path.exists(stranger))
+            os.remove(stranger)
 
     def test_ethernet_is_never_removed(self):
         self.request("unlock")
