@@ -25,8 +25,8 @@ ODD = (("Zoë's café, a = b", "it's = é, a  b", "done"),
        ("a;b #c", PASSWORD, "failed"),
        ('say "x"', PASSWORD, "failed"),
        ("Town hall", "pass;word #1", "failed"),
-       ("Town hall", 'say "open"', "failed"),
-       ("Town hall", "back\\door 9", "failed"))
+       ("Town hall", 'say "open"', "refused"),
+       ("Town hall", "back\\door 9", "refused"))
 
 
 def digest(path):

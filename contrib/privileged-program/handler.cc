@@ -453,10 +453,11 @@ Settings check(const Connection& connection, const std::string& content,
     throw Refusal("a UUID that the installed file does not have");
   const std::string parsed = asParsed(content);
   if (parsed.empty()) throw Refusal("NetworkManager cannot read it");
-  // What it cannot read of these it leaves out, and an access point gets another address. There may
-  // be no name server.
-  for (const std::string key : {"address1", "dns"}) {
-    const auto found = settings.find("ipv4." + key);
+  // What it cannot read of these it leaves out: an access point gets another address, a client asks
+  // for the password. There may be no name server.
+  for (const std::string name : {"ipv4.address1", "ipv4.dns", "wifi-security.psk"}) {
+    const auto found = settings.find(name);
+    const std::string key = name.substr(name.find('.') + 1);
     if (found != settings.end() &&
         (key != "dns" || found->second.find_first_not_of(" ;,") != std::string::npos) &&
         parsed.find("\n" + key + "=") == std::string::npos)

@@ -154,6 +154,9 @@ class HostileFiles(DeviceCase):
             "address with zeros": replace(b"192.168.4.20/", b"192.168.04.20/"),
             "address with a dot": replace(b"192.168.4.20/", b"192.168.4.20./"),
             "separator alone": re.sub(b"address1=.*", b"address1=,", ACCESS_POINT),
+            # It would have none.
+            "password with quotes": re.sub(b"psk=.*", rb'psk="say \\"open\\""', ACCESS_POINT),
+            "password with a backslash": re.sub(b"psk=.*", rb"psk=back\\door 9", ACCESS_POINT),
         }
         for name, content in cases.items():
             with self.subTest(name):
