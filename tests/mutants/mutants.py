@@ -219,11 +219,10 @@ def report(outcomes):
     as_listed = compare(SURVIVORS, survivors, {name.split(":")[0] for name in outcomes})
     listed = reasons(SURVIVORS)
     equal = [name for name in survivors if listed.get(name, "").startswith("Equal")]
-    killed = len(valid) - len(survivors)
-    score = killed / max(len(valid) - len(equal), 1)
-    print(f"\n{len(valid)} mutants, {killed} killed: {killed / max(len(valid), 1):.1%}, or "
-          f"{score:.1%} without the {len(equal)} that do the same as the source")
-    return as_listed and score >= LEAST_KILLED
+    killed = 1 - len(survivors) / max(len(valid), 1)
+    print(f"\n{len(valid)} mutants, {len(survivors)} survivors: {killed:.1%} killed; "
+          f"{len(equal)} of the survivors do the same as the source")
+    return as_listed and killed >= LEAST_KILLED
 
 
 def main():
