@@ -4,8 +4,6 @@
 
 #include <cassert>
 #include <cctype>
-#include <cfloat>
-#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -26,14 +24,15 @@ using ini::reading;
  */
 template <typename Search>
 reading look(const char* Filename, Search search) {
-  bool found = false;
-  const bool read = succeedsOnRetry([&] {
+  reading outcome = reading::FAILED;
+  succeedsOnRetry([&] {
     ini::line_reader reader(Filename);
-    found = reader.is_open() && search(reader);
-    return !reader.failed();
+    const bool found = reader.is_open() && search(reader);
+    outcome = found ? reading::FOUND : reading::ABSENT;
+    if (reader.failed()) outcome = reading::FAILED;
+    return outcome != reading::FAILED;
   });
-  if (!read) return reading::FAILED;
-  return found ? reading::FOUND : reading::ABSENT;
+  return outcome;
 }
 
 bool has_value(const char* Section, const char* Key, char* Buffer, int BufferSize,
@@ -41,19 +40,25 @@ bool has_value(const char* Section, const char* Key, char* Buffer, int BufferSiz
   return ini::read_value(Section, Key, Buffer, BufferSize, Filename) == reading::FOUND;
 }
 
+/** The length of a name that a search has copied, or has not found. */
+int length_of_name(reading outcome, char* Buffer) {
+  if (outcome != reading::FOUND) *Buffer = '\0';
+  return static_cast<int>(std::strlen(Buffer));
+}
+
 /** Calls a callback for each key line but the first ones: told says how many it has had already. */
 void browse(ini::line_reader& reader, ini_callback Callback, void* UserData, long* told) {
   char section[INI_BUFFERSIZE] = "";
   char key[INI_BUFFERSIZE];
   char value[INI_BUFFERSIZE];
-  long seen = 0;
+  long known = *told;
   // The section's name and the line, each with its NUL, have the room of one buffer: a long name
   // leaves less for the line.
   while (reader.next(INI_BUFFERSIZE - (std::strlen(section) + 1) - 1)) {
     if (const auto name = ini::header_name(reader.line())) {
       ini::copy_name(*name, section, sizeof section);
-    } else if (const auto parts = ini::split(reader.line()); parts && ++seen > *told) {
-      *told = seen;
+    } else if (const auto parts = ini::split(reader.line()); parts && known-- <= 0) {
+      ++*told;
       ini::copy_name(parts->name, key, sizeof key);
       ini::copy_value(parts->value, value, sizeof value);
       if (Callback(section, key, value, UserData) == 0) return;
@@ -90,14 +95,12 @@ long ini_getl(const char* Section, const char* Key, long DefValue, const char* F
 float ini_getf(const char* Section, const char* Key, float DefValue, const char* Filename) {
   char text[64];
   if (Key == NULL || !has_value(Section, Key, text, sizeof text, Filename)) return DefValue;
-  const double number = std::strtod(text, NULL);
-  // The conversion of a number beyond float would be undefined.
-  return std::fabs(number) <= FLT_MAX ? static_cast<float>(number) : std::strtof(text, NULL);
+  return static_cast<float>(std::strtod(text, NULL));  // infinity for what is beyond float
 }
 
 int ini_getbool(const char* Section, const char* Key, int DefValue, const char* Filename) {
-  char text[2] = "";
-  ini_gets(Section, Key, "", text, sizeof text, Filename);
+  char text[2];
+  if (Key == NULL || !has_value(Section, Key, text, sizeof text, Filename)) return DefValue;
   switch (std::toupper(static_cast<unsigned char>(text[0]))) {
     case '1':
     case 'Y':
@@ -114,22 +117,20 @@ int ini_getbool(const char* Section, const char* Key, int DefValue, const char* 
 
 int ini_getsection(int idx, char* Buffer, int BufferSize, const char* Filename) {
   if (Buffer == NULL || BufferSize < 1 || idx < 0) return 0;
-  *Buffer = '\0';
-  look(Filename, [&](ini::line_reader& reader) {
-    if (!ini::find_section_at(reader, idx)) return false;
-    ini::copy_name(*ini::header_name(reader.line()), Buffer, BufferSize);
-    return true;
-  });
-  return static_cast<int>(std::strlen(Buffer));
+  const auto search = [&](ini::line_reader& reader) {
+    const bool found = ini::find_section_at(reader, idx);
+    if (found) ini::copy_name(*ini::header_name(reader.line()), Buffer, BufferSize);
+    return found;
+  };
+  return length_of_name(look(Filename, search), Buffer);
 }
 
 int ini_getkey(const char* Section, int idx, char* Buffer, int BufferSize, const char* Filename) {
   if (Buffer == NULL || BufferSize < 1 || idx < 0) return 0;
-  *Buffer = '\0';
-  look(Filename, [&](ini::line_reader& reader) {
+  const auto search = [&](ini::line_reader& reader) {
     return ini::getkeystring(reader, Section, NULL, idx, Buffer, BufferSize);
-  });
-  return static_cast<int>(std::strlen(Buffer));
+  };
+  return length_of_name(look(Filename, search), Buffer);
 }
 
 int ini_hassection(const char* Section, const char* Filename) {
