@@ -72,15 +72,10 @@ void ini_strncpy(char* dest, const char* source, std::size_t maxlen, quote_optio
   assert(source != NULL && dest != NULL);
   assert((dest < source || (dest == source && option != QUOTE_ENQUOTE)) || dest > source + strlen(source));
   // clang-format on
-  std::size_t length = 0;
-  if (option == QUOTE_DEQUOTE) {
-    length = copy_dequoted(dest, source, maxlen);
-  } else if (option == QUOTE_ENQUOTE && maxlen >= 3) {
-    length = copy_enquoted(dest, source, maxlen);
-  } else {
-    length = copy_plain(dest, source, maxlen);
-  }
-  dest[length] = '\0';
+  auto* copy = copy_plain;
+  if (option == QUOTE_DEQUOTE) copy = copy_dequoted;
+  if (option == QUOTE_ENQUOTE && maxlen >= 3) copy = copy_enquoted;
+  dest[copy(dest, source, maxlen)] = '\0';
 }
 
 quote_option check_enquote(const char* Value) {
@@ -93,12 +88,12 @@ quote_option check_enquote(const char* Value) {
 char* cleanstring(char* string, quote_option* quotes) {
   assert(string != NULL);
   auto length = static_cast<std::size_t>(skip_trailing(end_of_value(string), string) - string);
-  const bool quoted = length > 0 && string[0] == '"' && string[length - 1] == '"';
+  // A value does not end before its first quote; a lone one is the last byte, too, and goes.
+  const bool quoted = string[0] == '"' && string[length - 1] == '"';
   *quotes = quoted ? QUOTE_DEQUOTE : QUOTE_NONE;
   if (quoted) --length;
   string[length] = '\0';
-  // A lone quote was both the first and the last: nothing is left of it.
-  return quoted && length > 0 ? string + 1 : string;
+  return quoted ? string + 1 : string;
 }
 
 }  // namespace ini

@@ -56,8 +56,8 @@ void ini_strncpy(char* dest, const char* source, std::size_t maxlen, quote_optio
 quote_option check_enquote(const char* Value);
 
 /**
- * Cuts the note, the whitespace before it and the outer quotes off a value. Returns where the value
- * begins, and tells in quotes how it is to be copied.
+ * Cuts the note, the whitespace before it and the outer quotes off a trimmed value. Returns where
+ * the value begins, and tells in quotes how it is to be copied.
  */
 char* cleanstring(char* string, quote_option* quotes);
 
