@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <cassert>
 #include <cerrno>
-#include <cstring>
 
 #include "base/open_private.h"
 #include "base/write_all.h"
@@ -37,12 +36,15 @@ bool line_reader::restart() {
 /** Moves what is there of the line to the front and reads on behind it. */
 bool line_reader::fill() {
   if (progress == READING) {
+    std::copy(buffer + begin, buffer + filled, buffer);
     filled -= begin;
-    std::memmove(buffer, buffer + begin, filled);
     begin = 0;
     const ssize_t got = read(descriptor, buffer + filled, sizeof buffer - filled);
-    if (got <= 0) progress = got == 0 ? ENDED : FAILED;
-    if (got > 0) filled += static_cast<std::size_t>(got);
+    if (got > 0) {
+      filled += static_cast<std::size_t>(got);
+    } else {
+      progress = got == 0 ? ENDED : FAILED;
+    }
   }
   if (failed()) length = 0;
   return progress == READING;
