@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <map>
 #include <optional>
 #include <vector>
 
@@ -12,9 +13,8 @@ namespace {
 
 struct Inherited {
   sigset_t blocked{};
-  struct sigaction onBrokenPipe {};
-  struct sigaction onFileTooLarge {};
-  std::vector<char*> environment;  // the strings themselves stay where they are
+  std::map<int, struct sigaction> actions;  // by the signal
+  std::vector<char*> environment;           // the strings themselves stay where they are
 };
 
 // Process-wide, as signals are.
@@ -26,8 +26,7 @@ std::optional<Inherited> inherited;
 void keepInherited() {
   Inherited& now = inherited.emplace();
   pthread_sigmask(SIG_SETMASK, nullptr, &now.blocked);
-  sigaction(SIGPIPE, nullptr, &now.onBrokenPipe);
-  sigaction(SIGXFSZ, nullptr, &now.onFileTooLarge);
+  for (const int signal : {SIGPIPE, SIGXFSZ}) sigaction(signal, nullptr, &now.actions[signal]);
   for (char** variable = environ; *variable != nullptr; ++variable)
     now.environment.push_back(*variable);
   now.environment.push_back(nullptr);
@@ -35,8 +34,7 @@ void keepInherited() {
 
 void restoreInherited() {
   if (!inherited) return;
-  sigaction(SIGPIPE, &inherited->onBrokenPipe, nullptr);
-  sigaction(SIGXFSZ, &inherited->onFileTooLarge, nullptr);
   environ = inherited->environment.data();
+  for (const auto& [signal, action] : inherited->actions) sigaction(signal, &action, nullptr);
   pthread_sigmask(SIG_SETMASK, &inherited->blocked, nullptr);
 }
