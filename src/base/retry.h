@@ -36,7 +36,6 @@ bool succeedsOnRetry(Operation operation) {
        {milliseconds(0), milliseconds(1), milliseconds(4), milliseconds(15), milliseconds(80)}) {
     if (pause.count() > 0 && !mayPass(errno)) break;
     std::this_thread::sleep_for(pause);
-    errno = 0;
     if (operation()) return true;
   }
   return false;
