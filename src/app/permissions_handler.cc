@@ -17,7 +17,7 @@ constexpr const char* PERMISSIONS_HANDLER = "zor-network-permissions-handler";
 
 void NetworkManagerConfig::runPermissionsHandler(const std::string& action,
                                                  const std::string& argument) const {
-  pid_t child = -1;
+  pid_t child{};
   (void)succeedsOnRetry([&] { return (child = fork()) >= 0; });
   if (child != 0) return;
 

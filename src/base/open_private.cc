@@ -10,7 +10,7 @@
 int openPrivate(const char* path, int flags) {
   constexpr mode_t PRIVATE = S_IRUSR | S_IWUSR;
   const int descriptor = open(path, flags | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, PRIVATE);
-  if (descriptor < 0 || (flags & O_ACCMODE) == O_RDONLY) return descriptor;
+  if (descriptor == -1 || (flags & O_ACCMODE) == O_RDONLY) return descriptor;
 
   // Only a file's mode, not that of a device that a link leads to. Who may write a file without
   // owning it cannot change its mode: then it stays as it is.

@@ -25,7 +25,7 @@ bool writeSharedFile(const std::string& path, std::string_view content) {
   constexpr mode_t READABLE = 0666;
   return succeedsOnRetry([&] {
     const int descriptor = open(path.c_str(), FLAGS, READABLE);
-    if (descriptor < 0) return false;
+    if (descriptor == -1) return false;
     // Not truncated before it is known whose file it is.
     const bool written =
         isOwnFile(descriptor) && ftruncate(descriptor, 0) == 0 && writeAll(descriptor, content);

@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -27,8 +28,7 @@ const char* temporaryName(std::array<char, PATH_MAX>& name, const char* path) {
   const std::size_t length = std::strlen(path);
   if (length == 0 || length + 1 >= name.size() || path[length - 1] == '/') return name.data();
   const std::size_t last = path[length - 1] == TEMPORARY_SUFFIX ? length : length - 1;
-  std::memcpy(name.data(), path, last);
-  name[last] = TEMPORARY_SUFFIX;
+  *std::copy_n(path, last, name.begin()) = TEMPORARY_SUFFIX;
   return name.data();
 }
 
@@ -38,23 +38,24 @@ int createNew(const char* path) { return openPrivate(path, O_WRONLY | O_CREAT | 
 /** The same in place of a leftover, perhaps one that others can read, or a link. */
 int createAnew(const char* path) {
   const int descriptor = createNew(path);
-  if (descriptor >= 0 || errno != EEXIST || unlink(path) != 0) return descriptor;
+  if (descriptor != -1 || errno != EEXIST || unlink(path) != 0) return descriptor;
   return createNew(path);
 }
 
 bool copyBytes(int source, int target) {
   std::array<char, 512> block{};
-  ssize_t length = 0;
-  while ((length = read(source, block.data(), block.size())) > 0)
+  for (;;) {
+    const ssize_t length = read(source, block.data(), block.size());
+    if (length <= 0) return length == 0;
     if (!writeAll(target, {block.data(), static_cast<std::size_t>(length)})) return false;
-  return length == 0;
+  }
 }
 
 /** Copies a file into one that was created for it, and that does not stay if this fails. */
 bool copy(const char* path, int target, const char* place) {
   const int source = openPrivate(path, O_RDONLY);
-  bool copied = source >= 0 && copyBytes(source, target) && flush(target);
-  if (source >= 0) close(source);
+  bool copied = copyBytes(source, target) && flush(target);  // fails where source is -1
+  close(source);
   copied = close(target) == 0 && copied;
   if (!copied) (void)unlink(place);
   return copied;
@@ -80,12 +81,12 @@ bool TemporaryFile::takePlace() {
   // Not given up for a failure of a moment: the next change would begin with a missing file.
   discarded = !succeedsOnRetry([&] { return std::rename(name.data(), place) == 0; });
   if (!discarded) return true;
-  int target = -1;
+  int target{};
   (void)succeedsOnRetry([&] {
     target = createNew(place);
-    return target >= 0 || errno == EEXIST;
+    return target != -1 || errno == EEXIST;
   });
-  if (target < 0 && errno == EEXIST) return false;  // the old file could not be removed
-  discarded = target >= 0 && copy(name.data(), target, place);
+  if (target == -1 && errno == EEXIST) return false;  // the old file could not be removed
+  discarded = target != -1 && copy(name.data(), target, place);
   return discarded;
 }

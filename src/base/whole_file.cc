@@ -26,18 +26,18 @@ namespace {
 bool readAll(int descriptor, std::string& content) {
   struct stat status {};
   constexpr std::size_t LAST_LF = 1;  // which the caller may have to add
-  std::array<char, 4096> block{};
-  ssize_t length = 0;
+  std::array<char, BUFSIZ> block{};
   try {
     if (fstat(descriptor, &status) == 0)
       content.reserve(static_cast<std::size_t>(status.st_size) + LAST_LF);
-    while ((length = read(descriptor, block.data(), block.size())) > 0)
+    for (;;) {
+      const ssize_t length = read(descriptor, block.data(), block.size());
+      if (length <= 0) return length == 0;
       content.append(block.data(), static_cast<std::size_t>(length));
+    }
   } catch (const std::exception&) {  // no memory, or more than any text can hold
-    errno = ENOMEM;
     return false;
   }
-  return length == 0;
 }
 
 /** Whether a file can take a name: nobody has it, or a file or link that goes then. */
@@ -73,7 +73,7 @@ std::optional<std::string> readFile(const std::string& path) {
   const bool complete = succeedsOnRetry([&] {
     content.clear();
     const int descriptor = openPrivate(path.c_str(), O_RDONLY);
-    if (descriptor < 0) return false;
+    if (descriptor == -1) return false;
     const bool read = readAll(descriptor, content);
     close(descriptor);
     return read;
@@ -87,7 +87,7 @@ bool replaceFile(const std::string& path, std::string_view content) {
   bool replaced = false;
   (void)succeedsOnRetry([&] {
     TemporaryFile file(path.c_str());
-    if (file.descriptor() < 0 || !writeAll(file.descriptor(), content) || !file.close())
+    if (file.descriptor() == -1 || !writeAll(file.descriptor(), content) || !file.close())
       return false;
     replaced = file.takePlace();
     return true;  // the next try would begin with the removal of what may be all there is
@@ -98,8 +98,8 @@ bool replaceFile(const std::string& path, std::string_view content) {
 bool isUnreadable(const std::string& path) {
   return !succeedsOnRetry([&] {
     const int descriptor = openPrivate(path.c_str(), O_RDONLY);
-    if (descriptor < 0) return errno == ENOENT || errno == ELOOP;
-    char first = 0;
+    if (descriptor == -1) return errno == ENOENT || errno == ELOOP;
+    char first{};
     // Folders and FIFOs hold nothing that could be lost.
     const bool readable =
         pread(descriptor, &first, sizeof first, 0) >= 0 || errno == EISDIR || errno == ESPIPE;
@@ -112,7 +112,7 @@ bool overwriteFile(const std::string& path, std::string content) {
   const std::size_t length = content.size();
   return succeedsOnRetry([&] {
     const int descriptor = openPrivate(path.c_str(), O_WRONLY | O_CREAT);
-    if (descriptor < 0) return false;
+    if (descriptor == -1) return false;
     const bool written = overwrite(descriptor, content, length);
     return close(descriptor) == 0 && written;
   });
@@ -136,7 +136,7 @@ void flushToDisk(const std::string& path) {
   for (const std::string& name : {path, path.substr(0, path.rfind('/') + 1)}) {
     (void)succeedsOnRetry([&] {
       const int descriptor = openPrivate(name.c_str(), O_RDONLY);
-      if (descriptor < 0) return errno == ENOENT;
+      if (descriptor == -1) return errno == ENOENT;
       const bool flushed = flush(descriptor);
       close(descriptor);
       return flushed;

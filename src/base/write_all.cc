@@ -9,7 +9,7 @@
 bool writeAll(int descriptor, std::string_view bytes) {
   while (!bytes.empty()) {
     const ssize_t length = write(descriptor, bytes.data(), bytes.size());
-    if (length < 0 && errno == EINTR) continue;
+    if (length == -1 && errno == EINTR) continue;
     if (length <= 0) return false;
     bytes.remove_prefix(static_cast<std::size_t>(length));
   }

@@ -125,7 +125,7 @@ bool copy_changed(line_reader& reader, writer& target, const setting& wanted) {
 
 bool create(const setting& wanted, const char* Filename) {
   const int descriptor = openPrivate(Filename, O_WRONLY | O_CREAT | O_TRUNC);
-  if (descriptor < 0) return false;
+  if (descriptor == -1) return false;
   writer target(descriptor);
   put_header(target, wanted.section);
   put_key(target, wanted);
@@ -140,7 +140,7 @@ bool create(const setting& wanted, const char* Filename) {
 /** Overwrites the key's line in place; when that fails, the old line is put back. */
 bool patch(const setting& wanted, const char* Filename, off_t start) {
   const int descriptor = openPrivate(Filename, O_RDWR);
-  if (descriptor < 0) return false;
+  if (descriptor == -1) return false;
   const new_line line(wanted.key, wanted.value);
   char old[INI_BUFFERSIZE];
   const std::size_t size = line.bytes().size();
@@ -155,7 +155,7 @@ bool patch(const setting& wanted, const char* Filename, off_t start) {
 
 bool rewrite(line_reader& reader, const setting& wanted, const char* Filename) {
   TemporaryFile file(Filename);
-  if (file.descriptor() < 0) return false;
+  if (file.descriptor() == -1) return false;
   writer target(file.descriptor());
   if (!copy_changed(reader, target, wanted) || !target.finish() || !file.close()) return false;
   (void)file.takePlace();  // what becomes of it is not told
@@ -166,7 +166,7 @@ bool rewrite(line_reader& reader, const setting& wanted, const char* Filename) {
 
 bool apply(const setting& wanted, const char* Filename) {
   line_reader reader(Filename);
-  off_t start = 0;
+  off_t start{};
   switch (find_step(reader, wanted, &start)) {
     case step::NOTHING:
       return true;

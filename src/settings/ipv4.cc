@@ -49,7 +49,7 @@ bool parseIpv4Octets(std::string_view text, Ipv4Octets& octets) {
   while (!text.empty()) {
     if (count == octets.size()) return false;
     const std::size_t dot = std::min(text.find('.'), text.size());
-    int number = 0;
+    int number{};
     if (!parseDigits(trim(text.substr(0, dot)), number) || number > OCTET_MAX) return false;
     octets[count++] = static_cast<std::uint8_t>(number);
     text.remove_prefix(std::min(dot + 1, text.size()));
@@ -58,7 +58,7 @@ bool parseIpv4Octets(std::string_view text, Ipv4Octets& octets) {
 }
 
 bool parseCidrPrefix(std::string_view text, std::uint32_t& prefix) {
-  int number = 0;
+  int number{};
   if (!parseDigits(trim(text), number)) return false;
   prefix = static_cast<std::uint32_t>(number);
   return prefix <= ADDRESS_BITS;
@@ -118,7 +118,7 @@ void splitEthernetAddress(std::string_view fullEthernetAddress, std::string& add
   mask.clear();
   gateway.clear();
   StoredAddress pieces;
-  std::uint32_t prefix = 0;
+  std::uint32_t prefix{};
   if (!cutStoredAddress(fullEthernetAddress, pieces))
     return logError("Invalid Ethernet address format: ", fullEthernetAddress);
   if (!parseCidrPrefix(pieces.prefix, prefix))
@@ -132,7 +132,7 @@ void splitApAddress(std::string_view fullApAddress, std::string& address, std::s
   address.clear();
   mask.clear();
   StoredAddress pieces;
-  std::uint32_t prefix = 0;
+  std::uint32_t prefix{};
   if (!cutStoredAddress(fullApAddress, pieces)) return logError("Invalid Format");
   if (!parseCidrPrefix(pieces.prefix, prefix))
     return logError("Invalid CIDR prefix in address: ", fullApAddress);
