@@ -26,7 +26,7 @@ namespace {
 bool readAll(int descriptor, std::string& content) {
   struct stat status {};
   constexpr std::size_t LAST_LF = 1;  // which the caller may have to add
-  std::array<char, BUFSIZ> block{};
+  std::array<char, 4096> block{};
   try {
     if (fstat(descriptor, &status) == 0)
       content.reserve(static_cast<std::size_t>(status.st_size) + LAST_LF);
