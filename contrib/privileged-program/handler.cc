@@ -65,6 +65,7 @@ constexpr unsigned LONGEST_REQUEST = 60;
 constexpr const char* LONGEST_ACTIVATION = "60";
 
 constexpr std::array<Connection, 2> CONNECTIONS = {ETHERNET, WIFI};
+constexpr std::size_t KEY_LENGTH = 64;     // hexadecimal, in the place of a password
 constexpr std::size_t LONGEST_ID = 99;     // the window cuts it there
 constexpr std::size_t LONGEST_CALL = 128;  // action, id and their ends
 constexpr unsigned LONGEST_SILENCE = 5;
@@ -344,6 +345,15 @@ std::string asParsed(std::string_view content) {
   return succeeded(parsed) ? parsed.output : "";
 }
 
+/** Whether a network can have a password, which is told as NetworkManager writes it. */
+bool isPassword(std::string_view text) {
+  std::size_t length = 0;
+  for (std::size_t at = 0; at < text.size(); at += text[at] == '\\' ? 2 : 1) ++length;
+  constexpr std::string_view HEXADECIMAL = "0123456789abcdefABCDEF";
+  return (length >= 8 && length < KEY_LENGTH) ||
+         (length == KEY_LENGTH && text.find_first_not_of(HEXADECIMAL) == std::string_view::npos);
+}
+
 /** Has NetworkManager read the installed files. Returns whether it answers. */
 bool reload() try {
   return succeeded(run({NMCLI, "connection", "reload"}, "", LONGEST_QUESTION));
@@ -462,6 +472,14 @@ Settings check(const Connection& connection, const std::string& content,
         (key != "dns" || found->second.find_first_not_of(" ;,") != std::string::npos) &&
         parsed.find("\n" + key + "=") == std::string::npos)
       throw Refusal("NetworkManager cannot read its " + key);
+  }
+  // It would take the file, but could not activate it.
+  const std::string start = "\npsk=";
+  const std::size_t psk = parsed.find(start);
+  if (psk != std::string::npos) {
+    const std::size_t end = psk + start.size();
+    if (!isPassword(std::string_view(parsed).substr(end, parsed.find('\n', end) - end)))
+      throw Refusal("no network can have such a password");
   }
   return settings;
 }

@@ -14,7 +14,7 @@ import subprocess
 import time
 import unittest
 
-from tests.support.files import UPDATE_RECORD, expected, read
+from tests.support.files import UPDATE_RECORD, read
 from tests.support.limit import wait_until
 
 from . import device, device_case
@@ -42,15 +42,16 @@ class Calls(DeviceCase):
         # Both programs have this limit, and neither could ask the other one.
         taken = []
         for length in range(97, 103):
-            text = length * "x"
+            text = length * "0"
             self.request("unlock")
-            self.put_into_copy(expected("client", psk=text), WIFI)
+            self.put_into_copy(STATIC.replace(b"-999", text.encode()), ETHERNET)
             window = subprocess.run(
-                [self.write_keyfile, "read", f"{WORKING_COPY}/{WIFI}", "wifi-security", "psk"],
+                [self.write_keyfile, "read", f"{WORKING_COPY}/{ETHERNET}", "connection",
+                 "autoconnect-priority"],
                 capture_output=True, text=True, check=True,
                 env={"ZOR_NETWORKMANAGER_DEBUG_PATH": WORKING_COPY})
-            as_value, _ = self.ask("finalize_wifi", "ZOR")
-            as_id, _ = self.ask("finalize_wifi", text)
+            as_value, _ = self.ask("finalize_ethernet", "ethernet")
+            as_id, _ = self.ask("finalize_ethernet", text)
             taken.append((window.stdout.endswith(f"\n{text}\n"), as_value == 0, as_id != 2))
         self.assertEqual(taken, [(whole, whole, whole) for whole, _, _ in taken])
         self.assertEqual([whole for whole, _, _ in (taken[0], taken[-1])], [True, False])

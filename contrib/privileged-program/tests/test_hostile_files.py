@@ -157,6 +157,10 @@ class HostileFiles(DeviceCase):
             # It would have none.
             "password with quotes": re.sub(b"psk=.*", rb'psk="say \\"open\\""', ACCESS_POINT),
             "password with a backslash": re.sub(b"psk=.*", rb"psk=back\\door 9", ACCESS_POINT),
+            # No network has such a one.
+            **{f"password {typed}": re.sub(b"psk=.*", lambda _, typed=typed: b"psk=" + typed,
+                                           ACCESS_POINT)
+               for typed in (b" ", b" 1234567", rb"\s\s12345", 64 * b"x", 65 * b"f")},
         }
         for name, content in cases.items():
             with self.subTest(name):
@@ -174,6 +178,14 @@ class HostileFiles(DeviceCase):
             if typed == b"x\\" and "NetworkManager cannot read it" in errors:
                 continue  # a newer one refuses a backslash that nothing follows
             self.assertEqual((status, read(INSTALLED, WIFI)), (0, content), errors)
+
+    def test_passwords_of_any_length_that_there_is_are_taken(self):
+        for typed in (b" 12345678", rb"\s\\34567\t", 63 * b"x", 32 * b"fA"):
+            content = re.sub(b"psk=.*", lambda _, typed=typed: b"psk=" + typed, ACCESS_POINT)
+            self.request("unlock")
+            self.put_into_copy(content, WIFI)
+            self.request("finalize_wifi", "Hotspot")
+            self.assert_installed(DYNAMIC, content)
 
     def test_name_servers_that_can_be_read_are_taken(self):
         for typed in (b"", b" ", b";", b" 1.1.1.1", b"1.1.1.1;8.8.8.8;"):
