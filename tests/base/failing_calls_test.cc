@@ -213,6 +213,19 @@ TEST_F(FailingCalls, WhatCannotBeMovedNorCopiedStays) {
   EXPECT_BYTES_EQ("new", readBytes(temporary));
 }
 
+TEST_F(FailingCalls, WhatCannotBeMovedIsGivenUpWhereTheOldFileStays) {
+  const FailingCall unremovable({"unlink", EPERM, 0, 1});
+  const FailingCall unmovable({"rename", EXDEV});
+  EXPECT_FALSE(replaceFile(file, "new"));
+  expectOnly("old");
+}
+
+TEST_F(FailingCalls, SharedFileIsWrittenOnceThereIsADescriptorAgain) {
+  const FailingCall failing({"open", EMFILE, 0, 3});
+  EXPECT_TRUE(writeSharedFile(file, "new"));
+  expectOnly("new");
+}
+
 TEST_F(FailingCalls, NamesThatLeaveNoRoomForATemporaryOneAreRefused) {
   const std::string longest = directory.path + "/" + std::string(PATH_MAX, 'x');
   for (const std::string& path :
