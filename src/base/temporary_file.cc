@@ -86,7 +86,10 @@ bool TemporaryFile::takePlace() {
     target = createNew(place);
     return target != -1 || errno == EEXIST;
   });
-  if (target == -1 && errno == EEXIST) return false;  // the old file could not be removed
-  discarded = target != -1 && copy(name.data(), target, place);
+  if (target == -1) {
+    discarded = errno == EEXIST;  // the old file could not be removed
+    return false;
+  }
+  discarded = copy(name.data(), target, place);
   return discarded;
 }
