@@ -50,6 +50,19 @@ TEST_F(FailingWrites, OnceAreDoneAgain) {
   }
 }
 
+TEST_F(FailingWrites, WaitForADescriptor) {
+  for (const char* value : {"longer", "new"}) {
+    writeBytes(file, UNTOUCHED);
+    const FailingCall failing({"open to write", EMFILE, 0, 3});
+    EXPECT_EQ(1, put("s", "k", value));
+    expectOnly(std::string("[s]\nk=") + value + "\n");
+  }
+  std::filesystem::remove(file);
+  const FailingCall failing({"open to write", EMFILE, 0, 3});
+  EXPECT_EQ(1, put("s", "k", "new"));
+  expectOnly("[s]\nk=new\n");
+}
+
 TEST_F(FailingWrites, ForGoodLeaveTheFileAsItWas) {
   for (const char* call : {"close", "fsync", "lseek", "write"}) {
     const FailingCall failing({call, EIO});

@@ -91,7 +91,8 @@ extern "C" int open(const char* path, int flags, ...) {
   va_start(arguments, flags);
   const auto mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
   va_end(arguments);
-  return fails("open") ? -1 : next(path, flags, mode);
+  const bool toWrite = (flags & O_ACCMODE) != O_RDONLY;
+  return fails("open") || (toWrite && fails("open to write")) ? -1 : next(path, flags, mode);
 }
 
 extern "C" ssize_t pread(int descriptor, void* bytes, size_t size, off_t offset) {

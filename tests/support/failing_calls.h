@@ -6,7 +6,8 @@
 #include <string>
 
 // System calls that fail, in a program that is linked with failing_calls.cc: close, fchmod, fstat,
-// fsync, ftruncate, lseek, open, pread, pwrite, read, realpath, rename, unlink and write.
+// fsync, ftruncate, lseek, open, pread, pwrite, read, realpath, rename, unlink and write;
+// "open to write" is about some of the calls of open.
 
 /** Which calls fail, and how. */
 struct Failure {
