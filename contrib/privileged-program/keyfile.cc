@@ -21,6 +21,8 @@ constexpr std::string_view UUID = "-0123456789abcdefABCDEF";
 constexpr std::string_view ADDRESSES = "0123456789./,; ";
 // The window reads no more of a value.
 constexpr std::size_t LONGEST_VALUE = 99;
+// It takes what is behind that for the next line, a comment's as well.
+constexpr std::size_t LONGEST_LINE = 511;
 
 enum class Form {
   WORD,          // one of some words
@@ -150,6 +152,7 @@ class Reader {
   void read(std::string_view line) {
     ++number;
     if (!std::all_of(line.begin(), line.end(), isPrintable)) refuse(number, "a control character");
+    if (line.size() > LONGEST_LINE) refuse(number, "a line that is too long");
     if (line.empty() || line.front() == '#') return;
     if (line.front() == '[') {
       readSection(line);

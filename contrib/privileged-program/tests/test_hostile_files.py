@@ -101,6 +101,9 @@ class HostileFiles(DeviceCase):
             "semicolon comment": STATIC + b"; a comment\n",
             "translated key": replace(b"id=ethernet", b"id=ethernet\nid[de]=x"),
             "second key": replace(b"method=manual", b"method=manual\nmethod=auto"),
+            # The window reads no more of a line at once, and takes the rest for another line.
+            "second key behind a comment":
+                replace(b"method=manual", b"#" + 510 * b"x" + b"method=auto\nmethod=manual"),
             "key before any section": b"id=x\n" + STATIC,
             "shared network": replace(b"method=manual", b"method=shared"),
             "other type": replace(b"type=ethernet", b"type=vpn"),
@@ -194,6 +197,13 @@ class HostileFiles(DeviceCase):
             self.put_into_copy(content, ETHERNET)
             self.ask("finalize_ethernet", "ethernet")
             self.assert_installed(content, CLIENT)
+
+    def test_comment_that_the_window_reads_at_once_is_taken(self):
+        content = STATIC.replace(b"method=", b"#" + 510 * b"x" + b"\nmethod=")
+        self.request("unlock")
+        self.put_into_copy(content, ETHERNET)
+        self.ask("finalize_ethernet", "ethernet")
+        self.assert_installed(content, CLIENT)
 
     def test_installed_uuid_may_stay(self):
         uuid = b"uuid=1b4e28ba-2fa1-11d2-883f-0016d3cca427\n"
