@@ -67,6 +67,16 @@ TEST_F(InternalsDeathTest, CopyDoesNotOverwriteWhatItHasYetToRead) {
   EXPECT_DEATH(ini_strncpy(text, text, sizeof text, QUOTE_ENQUOTE), expected);
 }
 
+TEST_F(Internals, CopyEndsWithTheText) {
+  const char source[] = "text\0more";
+  for (const quote_option option : {QUOTE_NONE, QUOTE_DEQUOTE, QUOTE_ENQUOTE}) {
+    char target[] = "untouched text";
+    ini_strncpy(target, source, sizeof target, option);
+    EXPECT_STREQ(option == QUOTE_ENQUOTE ? "\"text\"" : "text", target);
+    EXPECT_STREQ("ed text", target + 7) << option;
+  }
+}
+
 TEST_F(Internals, CopyMayMoveTextDownInPlaceOrBehindItself) {
   ini_strncpy(text, text + 1, 8, QUOTE_NONE);
   EXPECT_STREQ("ext", text);
