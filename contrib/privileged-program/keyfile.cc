@@ -23,6 +23,8 @@ constexpr std::string_view ADDRESSES = "0123456789./,; ";
 constexpr std::size_t LONGEST_VALUE = 99;
 // It takes what is behind that for the next line, a comment's as well.
 constexpr std::size_t LONGEST_LINE = 511;
+// Of comments and empty lines. All else is a few kilobytes: so the next save is not too large.
+constexpr std::size_t MOST_COMMENTS = 32768;
 
 enum class Form {
   WORD,          // one of some words
@@ -153,8 +155,10 @@ class Reader {
     ++number;
     if (!std::all_of(line.begin(), line.end(), isPrintable)) refuse(number, "a control character");
     if (line.size() > LONGEST_LINE) refuse(number, "a line that is too long");
-    if (line.empty() || line.front() == '#') return;
-    if (line.front() == '[') {
+    if (line.empty() || line.front() == '#') {
+      comments += line.size() + 1;
+      if (comments > MOST_COMMENTS) refuse(number, "too many comments");
+    } else if (line.front() == '[') {
       readSection(line);
     } else {
       readSetting(line);
@@ -189,6 +193,7 @@ class Reader {
 
   const Connection& connection;
   int number = 0;
+  std::size_t comments = 0;
   std::string section;
   std::set<std::string> sections;
 };

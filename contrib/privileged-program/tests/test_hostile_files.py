@@ -119,6 +119,7 @@ class HostileFiles(DeviceCase):
             "address beside the method": DYNAMIC.replace(b"auto\n", b"auto\naddress1=1.2.3/8\n", 1),
             "empty address": DYNAMIC.replace(b"method=auto\n", b"method=auto\naddress1=\n", 1),
             "empty UUID": replace(b"id=ethernet", b"id=ethernet\nuuid="),
+            "no room for a longer value": STATIC + (65536 - len(STATIC)) * b"\n",
             "nothing": b"",
         }
         for name, content in cases.items():
@@ -198,12 +199,13 @@ class HostileFiles(DeviceCase):
             self.ask("finalize_ethernet", "ethernet")
             self.assert_installed(content, CLIENT)
 
-    def test_comment_that_the_window_reads_at_once_is_taken(self):
-        content = STATIC.replace(b"method=", b"#" + 510 * b"x" + b"\nmethod=")
-        self.request("unlock")
-        self.put_into_copy(content, ETHERNET)
-        self.ask("finalize_ethernet", "ethernet")
-        self.assert_installed(content, CLIENT)
+    def test_comments_are_taken(self):
+        for comments in (b"#" + 510 * b"x" + b"\n", 16000 * b"#\n"):
+            content = STATIC.replace(b"method=", comments + b"method=", 1)
+            self.request("unlock")
+            self.put_into_copy(content, ETHERNET)
+            self.ask("finalize_ethernet", "ethernet")
+            self.assert_installed(content, CLIENT)
 
     def test_installed_uuid_may_stay(self):
         uuid = b"uuid=1b4e28ba-2fa1-11d2-883f-0016d3cca427\n"
