@@ -367,13 +367,15 @@ bool reload() try {
  */
 std::string takenAs(const Connection& connection) {
   const Outcome list =
-      run({NMCLI, "-t", "-f", "UUID,FILENAME", "connection", "show"}, "", LONGEST_QUESTION);
+      run({NMCLI, "-t", "-f", "FILENAME,UUID", "connection", "show"}, "", LONGEST_QUESTION);
   if (!succeeded(list)) throw std::runtime_error("NetworkManager does not tell what it has read");
-  const std::size_t end =
-      list.output.find(std::string(":") + INSTALLED + "/" + connection.file + "\n");
-  if (end == std::string::npos) return {};
-  const std::size_t start = list.output.rfind('\n', end) + 1;
-  return list.output.substr(start, end - start);
+  // Users give other files their names, with ends of lines in them. "/" becomes another character
+  // there, and ":" gets a backslash in front.
+  const std::string name = std::string(INSTALLED) + "/" + connection.file + ":";
+  const std::size_t found = list.output.find(name);
+  if (found == std::string::npos) return {};
+  const std::size_t start = found + name.size();
+  return list.output.substr(start, list.output.find('\n', start) - start);
 }
 
 /** The window's note about Ethernet; nothing if there is none. Root may have made /tmp a link. */

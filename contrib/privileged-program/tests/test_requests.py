@@ -49,7 +49,7 @@ class Requests(DeviceCase):
         self.assert_installed(STATIC, CLIENT)
         self.assertEqual(nmcli_calls(), [
             "--offline connection modify connection.autoconnect yes",
-            "connection reload", "-t -f UUID,FILENAME connection show",
+            "connection reload", "-t -f FILENAME,UUID connection show",
             "--wait 60 connection up uuid 11111111-2222-3333-4444-ethernet",
             "-g IP4.ADDRESS connection show uuid 11111111-2222-3333-4444-ethernet"])
         self.assertEqual(read(PUBLISHED), STATIC_RECORD)
@@ -313,6 +313,16 @@ class Requests(DeviceCase):
         os.remove(f"{WORKING_COPY}/{ETHERNET}")
         self.refused("finalize_ethernet", because="there is no file")
         self.assert_installed(DYNAMIC, CLIENT)
+
+    def test_file_of_another_connection_is_not_taken_for_ours(self):
+        # NetworkManager names it after the connection's id, which any user may choose.
+        other = write(DYNAMIC, INSTALLED, ETHERNET + "\nother.nmconnection")
+        self.addCleanup(os.remove, other)
+        write(b"method=manual", NOTES, "refuses")
+        self.request("unlock")
+        self.save_static()
+        self.refused("finalize_ethernet", "ethernet", because="NetworkManager does not take it")
+        self.assertEqual(read(INSTALLED, ETHERNET), DYNAMIC)
 
     def test_what_the_daemon_refuses_is_taken_back(self):
         for before in (DYNAMIC, None):
