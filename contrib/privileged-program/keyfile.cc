@@ -25,6 +25,8 @@ constexpr std::size_t LONGEST_VALUE = 99;
 constexpr std::size_t LONGEST_LINE = 511;
 // Of comments and empty lines. All else is a few kilobytes: so the next save is not too large.
 constexpr std::size_t MOST_COMMENTS = 32768;
+// The default file has it, until the window writes another one.
+constexpr std::string_view DEFAULT_SSID = "my_new_wifi";
 
 enum class Form {
   WORD,          // one of some words
@@ -241,12 +243,27 @@ Settings readKeyfile(const Connection& connection, std::string_view content) {
   if (valueOf(reader.settings, "connection.interface-name") != connection.interface)
     throw Refusal("another interface");
   // The window writes them after the id, and stops nowhere when there is no room left: without them
-  // the network would be open to everybody.
-  for (const char* name : {"wifi.mode", "wifi-security.key-mgmt", "wifi-security.psk"})
-    if (connection.type == WIFI.type && valueOf(reader.settings, name).empty())
+  // the network would be open to everybody, or another one than was saved.
+  const auto require = [&](const char* name) {
+    if (valueOf(reader.settings, name).empty())
       throw Refusal(std::string("a network without ") + name);
-  if (valueOf(reader.settings, "wifi.mode") != "ap" &&
-      valueOf(reader.settings, "ipv4.method") == "shared")
+  };
+  if (connection.type == WIFI.type)
+    for (const char* name : {"wifi.mode", "wifi-security.key-mgmt", "wifi-security.psk"})
+      require(name);
+  const bool isAccessPoint = valueOf(reader.settings, "wifi.mode") == "ap";
+  if (isAccessPoint)
+    for (const char* name : {"wifi.channel", "wifi-security.group", "wifi-security.pairwise",
+                             "wifi-security.proto", "ipv4.address1"})
+      require(name);
+  if (valueOf(reader.settings, "wifi.ssid") == DEFAULT_SSID)
+    throw Refusal("a network without a name of its own");
+  const std::string method = valueOf(reader.settings, "ipv4.method");
+  if (method == "manual" && reader.settings.count("ipv4.dns") == 0)  // which may be empty
+    throw Refusal("a static address without ipv4.dns");
+  if (isAccessPoint && method != "shared")
+    throw Refusal("an access point whose network is not shared");
+  if (!isAccessPoint && method == "shared")
     throw Refusal("a network is shared that is no access point's");
   return std::move(reader.settings);
 }

@@ -216,7 +216,26 @@ class Requests(DeviceCase):
                                (b"key-mgmt=.*", "wifi-security.key-mgmt")):
                 self.put_into_copy(re.sub(b"\n" + line, b"", content), WIFI)
                 self.refused("finalize_wifi", "x", because="a network without " + name)
+        for name in ("wifi.channel", "wifi-security.group", "wifi-security.pairwise",
+                     "wifi-security.proto", "ipv4.address1"):
+            key = name.split(".")[1].encode()
+            self.put_into_copy(re.sub(b"\n" + key + b"=.*", b"", ACCESS_POINT), WIFI)
+            self.refused("finalize_wifi", "x", because="a network without " + name)
+        self.put_into_copy(ACCESS_POINT.replace(b"=shared", b"=auto"), WIFI)
+        self.refused("finalize_wifi", "x", because="an access point whose network is not shared")
+        for content in (CLIENT, ACCESS_POINT):
+            self.put_into_copy(re.sub(b"ssid=.*", b"ssid=my_new_wifi", content), WIFI)
+            self.refused("finalize_wifi", "x", because="a network without a name of its own")
         self.assert_installed(DYNAMIC, CLIENT)
+
+    def test_static_address_of_a_save_that_found_no_room_for_the_name_server_is_refused(self):
+        self.request("unlock")
+        self.save_static()
+        self.put_into_copy(STATIC.replace(b"dns=192.168.1.2\n", b""), ETHERNET)
+        self.refused("finalize_ethernet", "ethernet", because="a static address without ipv4.dns")
+        self.assert_installed(DYNAMIC, CLIENT)
+        self.put_into_copy(STATIC.replace(b"dns=192.168.1.2", b"dns="), ETHERNET)  # none is wanted
+        self.request("finalize_ethernet", "ethernet")
 
     def test_wifi_is_removed_when_its_file_is_gone_and_no_id_is_told(self):
         for rollback_first in (False, True):
