@@ -196,18 +196,6 @@ class Requests(DeviceCase):
             self.request("finalize_wifi", "x")
             self.assertEqual(read(INSTALLED, WIFI), expected(kind))
 
-    @unittest.skipUnless(shutil.which("strace"), "no strace")
-    def test_installed_file_that_is_replaced_while_it_is_read_is_not_missing(self):
-        process = self.start("unlock", wrapper=(
-            "strace", "-qq", "-o", "/tmp/trace", "-P", WIFI, "-e", "trace=openat",
-            "-e", "inject=openat:delay_exit=200000"))
-        while process.poll() is None:  # as NetworkManager does it
-            os.rename(write(CLIENT, INSTALLED, WIFI + "~"), f"{INSTALLED}/{WIFI}")
-            time.sleep(0.01)
-        self.assertIn(b"DELAYED", read("/tmp/trace"))
-        self.assertEqual(self.finish(process), (0, ""))
-        self.assert_copy(locked=False, ethernet=DYNAMIC, wifi=CLIENT)
-
     def test_default_file_of_a_save_that_found_no_room_for_values_is_refused(self):
         self.request("unlock")
         for kind, name, words in (
@@ -422,6 +410,17 @@ class Requests(DeviceCase):
 
 @unittest.skipUnless(shutil.which("strace"), "no strace")
 class FailingCalls(DeviceCase):
+
+    def test_installed_file_that_is_replaced_while_it_is_read_is_not_missing(self):
+        process = self.start("unlock", wrapper=(
+            "strace", "-qq", "-o", "/tmp/trace", "-P", WIFI, "-e", "trace=openat",
+            "-e", "inject=openat:delay_exit=200000"))
+        while process.poll() is None:  # as NetworkManager does it
+            os.rename(write(CLIENT, INSTALLED, WIFI + "~"), f"{INSTALLED}/{WIFI}")
+            time.sleep(0.01)
+        self.assertIn(b"DELAYED", read("/tmp/trace"))
+        self.assertEqual(self.finish(process), (0, ""))
+        self.assert_copy(locked=False, ethernet=DYNAMIC, wifi=CLIENT)
 
     def test_installed_file_that_cannot_be_read_is_neither_removed_nor_replaced(self):
         copy, installed = f"{WORKING_COPY}/{WIFI}", f"{INSTALLED}/{WIFI}"
