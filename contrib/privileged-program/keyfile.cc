@@ -259,7 +259,7 @@ Settings readKeyfile(const Connection& connection, std::string_view content) {
   if (valueOf(reader.settings, "wifi.ssid") == DEFAULT_SSID)
     throw Refusal("a network without a name of its own");
   const std::string method = valueOf(reader.settings, "ipv4.method");
-  if (method == "manual" && reader.settings.count("ipv4.dns") == 0)  // which may be empty
+  if (method == "manual" && !reader.settings.contains("ipv4.dns"))  // which may be empty
     throw Refusal("a static address without ipv4.dns");
   if (isAccessPoint && method != "shared")
     throw Refusal("an access point whose network is not shared");
