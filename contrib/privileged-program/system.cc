@@ -136,7 +136,8 @@ std::string nextName(DIR* list, Clock::time_point end) {
 
 /**
  * Removes a folder with the files in it. The folders in it move up beside it: so it does not matter
- * how deep they are. Returns whether it is gone.
+ * how deep they are. Where there are too many others beside it, those in them move up into it.
+ * Returns whether a folder is gone.
  */
 bool dissolve(int parent, const std::string& name, Clock::time_point end) {
   const Descriptor folder(
@@ -147,10 +148,12 @@ bool dissolve(int parent, const std::string& name, Clock::time_point end) {
     give(folder, {0, 0, S_IRWXU});      // nobody adds to it from here on
   } catch (const std::system_error&) {  // there may be room for that when it is empty
   }
+  bool isLess = false;
   const auto list = listOf(folder);
   for (auto inner = nextName(list.get(), end); !inner.empty(); inner = nextName(list.get(), end))
-    if (unlinkat(folder, inner.c_str(), 0) != 0) moveAside(folder, inner, parent);
-  return unlinkat(parent, name.c_str(), AT_REMOVEDIR) == 0;
+    if (unlinkat(folder, inner.c_str(), 0) != 0 && moveAside(folder, inner, parent) == EMLINK)
+      isLess |= dissolve(folder, inner, end);
+  return unlinkat(parent, name.c_str(), AT_REMOVEDIR) == 0 || isLess;
 }
 
 }  // namespace
@@ -311,13 +314,13 @@ Descriptor makeNewFolder(int folder, const std::string& name) {
       succeed(openat(folder, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC), name));
 }
 
-void moveAside(int folder, const std::string& name, int target) {
+int moveAside(int folder, const std::string& name, int target) {
   static unsigned moved = 0;
-  std::string newName;
-  do {
-    newName = "moved." + std::to_string(++moved);
-  } while (renameat(folder, name.c_str(), target, newName.c_str()) != 0 &&
-           (errno == EEXIST || errno == ENOTEMPTY || errno == ENOTDIR || errno == EISDIR));
+  for (;;) {
+    const std::string newName = "moved." + std::to_string(++moved);
+    if (renameat(folder, name.c_str(), target, newName.c_str()) == 0) return 0;
+    if (errno != EEXIST && errno != ENOTEMPTY && errno != ENOTDIR && errno != EISDIR) return errno;
+  }
 }
 
 void exchange(int folder, const std::string& one, const std::string& other) {

@@ -110,9 +110,9 @@ Descriptor makeNewFolder(int folder, const std::string& name);
 
 /**
  * Moves what has a name, if anything has, to a name in another folder whose files are not needed:
- * one of them, or an empty folder, may be replaced by it.
+ * one of them, or an empty folder, may be replaced by it. Returns why not, as an errno; else 0.
  */
-void moveAside(int folder, const std::string& name, int target);
+int moveAside(int folder, const std::string& name, int target);
 
 /** Has two names in a folder change what they name, at once. */
 void exchange(int folder, const std::string& one, const std::string& other);

@@ -171,6 +171,24 @@ class NoExchange(DeviceCase):
             self.assertEqual(os.listdir(OLD_COPIES), [])
 
 
+@unittest.skipUnless(shutil.which("strace"), "no strace")
+@unittest.skipUnless(os.uname().machine == "x86_64", "every rename is that call")
+class FullOfFolders(DeviceCase):
+    """As on ext3, or one made like it: a folder can hold 65,000 others and no more."""
+
+    def test_folders_that_cannot_move_up_are_removed_where_they_are(self):
+        # The first two are the working copy itself, before and after it is replaced.
+        wrapper = ("strace", "-qq", "-o", "/tmp/trace", "-P", OLD_COPIES, "-e", "trace=renameat",
+                   "-e", "inject=renameat:error=EMLINK:when=3+")
+        self.request("unlock")
+        for name in ("one", "other"):
+            os.makedirs(f"{WORKING_COPY}/{name}/1/2/3/4/5")
+            write(b"", WORKING_COPY, name, "1/2/3/file", owner=USER)
+        self.request("rollback", wrapper=wrapper)
+        self.assert_copy(True, ethernet=DYNAMIC, wifi=CLIENT)
+        self.assertEqual(os.listdir(OLD_COPIES), [])
+
+
 class ReadOnly(DeviceCase):
     """Nothing can be changed on the file system of the working copy."""
 
