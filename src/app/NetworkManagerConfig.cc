@@ -20,19 +20,16 @@ namespace {
 
 constexpr const char* SYSTEM_DIRECTORY = "/etc/NetworkManager/system-connections";
 
-/**
- * Appends the names; throws where the directory cannot be opened, or not be read on. Returns false,
- * with errno set, if what one of its entries is cannot be told: errno may pass if one of them may.
- */
-bool listRegularFiles(const std::string& directory, std::vector<std::string>& names) {
-  int doubt = 0;
-  for (const auto& entry : std::filesystem::directory_iterator(directory)) {
+/** Whether an entry is a file, or leads to one: not only for this moment. */
+bool isRegularFile(const std::filesystem::directory_entry& entry) {
+  bool isOne = false;
+  (void)succeedsOnRetry([&] {
     std::error_code error;
-    if (entry.is_regular_file(error)) names.push_back(entry.path().filename().string());
-    if (error && !mayPass(doubt)) doubt = error.value();  // a link to nothing, or a moment
-  }
-  errno = doubt;
-  return doubt == 0;
+    isOne = entry.is_regular_file(error);
+    errno = error.value();
+    return !error;
+  });
+  return isOne;
 }
 
 void createDefaultFile(const std::string& path, std::string_view content, std::string_view type) {
@@ -83,16 +80,17 @@ std::vector<std::string> NetworkManagerConfig::listConnectionFiles() const {
   std::vector<std::string> names;
   std::string failure;
   // A keyfile that is not seen for a moment would be replaced by a default one.
-  succeedsOnRetry([&] {
+  (void)succeedsOnRetry([&] {
     names.clear();
     failure.clear();
     try {
-      return listRegularFiles(networkManagerDirectoryPath, names);
+      for (const auto& entry : std::filesystem::directory_iterator(networkManagerDirectoryPath))
+        if (isRegularFile(entry)) names.push_back(entry.path().filename().string());
     } catch (const std::filesystem::filesystem_error& error) {
       failure = error.what();
       errno = error.code().value();
-      return false;
     }
+    return failure.empty();
   });
   if (!failure.empty()) logError("Error: ", failure);
   return names;

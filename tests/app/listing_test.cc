@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <filesystem>
@@ -22,12 +23,13 @@ namespace {
 int readableEntries = 0;
 int entriesRead = 0;
 int failures = 0;  // that are left, each in a reading of its own
+int readingError = EIO;
 
 void* readEntry(DIR* directory, const char* function) {
   if (failures > 0 && entriesRead++ == readableEntries) {
     entriesRead = 0;
     --failures;
-    errno = EIO;
+    errno = readingError;
     return nullptr;
   }
   return reinterpret_cast<void* (*)(DIR*)>(dlsym(RTLD_NEXT, function))(directory);
@@ -136,6 +138,18 @@ TEST(Listing, LinkThatCannotBeFollowedForAMomentIsStillAFile) {
   EXPECT_EQ("", printedBy([&] { names = config.listConnectionFiles(); }));
   EXPECT_EQ(std::vector<std::string>{"file"}, names);
   strangers = 0;
+
+  // Nor does one more failure, wherever it is.
+  readingError = EACCES;
+  for (readableEntries = 0; readableEntries < 30; ++readableEntries) {
+    entriesRead = 0;
+    failures = 1;
+    EXPECT_EQ("", printedBy([&] { names = config.listConnectionFiles(); }));
+    std::sort(names.begin(), names.end());
+    EXPECT_EQ((std::vector<std::string>{"file", "link"}), names) << readableEntries;
+  }
+  failures = 0;
+  readingError = EIO;
 }
 
 }  // namespace
