@@ -36,6 +36,7 @@ bool readAll(int descriptor, std::string& content) {
       content.append(block.data(), static_cast<std::size_t>(length));
     }
   } catch (const std::exception&) {  // no memory, or more than any text can hold
+    errno = ENOMEM;
     return false;
   }
 }

@@ -9,8 +9,8 @@
 // What fails is tried again (base/retry.h) before it counts as failed.
 
 /**
- * The bytes of a file. Nothing when it cannot be opened or not be read to the end. A FIFO is not
- * waited for: it is empty while nobody writes to it.
+ * The bytes of a file. Nothing, with errno set, when it cannot be opened or not be read to the end.
+ * A FIFO is not waited for: it is empty while nobody writes to it.
  */
 std::optional<std::string> readFile(const std::string& path);
 
