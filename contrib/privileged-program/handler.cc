@@ -22,6 +22,7 @@
 #include <string>
 #include <string_view>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #include "keyfile.h"
@@ -210,11 +211,27 @@ void freeNames(int folder) {
   }
 }
 
+/**
+ * Puts a new folder in the place of an emptied working copy, if it can: the old one may keep the
+ * room of all names that it ever held until it is removed.
+ */
+void replaceEmptied(int parent, gid_t readers) {
+  if (!std::filesystem::is_empty(WORKING_COPY)) return;
+  if (rmdir(OLD_COPIES) != 0) return;  // it has the room that the new one needs
+  try {
+    give(makeNewFolder(parent, NEXT_COPY_NAME), {ROOT, readers, 0750});
+    exchange(parent, NEXT_COPY_NAME, COPY_NAME);
+  } catch (const std::system_error&) {  // a mount point: the old one will do
+  }
+  (void)unlinkat(parent, NEXT_COPY_NAME, AT_REMOVEDIR);
+  makeFolder(OLD_COPIES, 0700);
+}
+
 /** Makes the working copy anew from the installed files: the user's, or locked if that is root. */
 Lacks makeWorkingCopy(uid_t user) {
   const gid_t readers = groupOf(openTrustedFolder(STATE));
   if (readers == ROOT_GROUP) throw Refusal(std::string(STATE) + " needs a group of its own");
-  const Descriptor workingCopy = openFolder(WORKING_COPY);
+  Descriptor workingCopy = openFolder(WORKING_COPY);
   // Whoever it belongs to, one that was never made here may hold files of others. Two of three
   // signs do: a user can change the group, and what stands beside a mount point may be lost.
   const bool isUsers = ownerOf(workingCopy) != ROOT;
@@ -243,8 +260,10 @@ Lacks makeWorkingCopy(uid_t user) {
     give(folder, {user, readers, mode});
   };
   const Descriptor parent = openTrustedFolder(PARENT);
+  // A replaced one that was emptied, and not removed: there may be no room beside it.
+  (void)unlinkat(parent, NEXT_COPY_NAME, AT_REMOVEDIR);
   makeFolder(OLD_COPIES, 0700);
-  const Descriptor old = openFolder(OLD_COPIES);
+  Descriptor old = openFolder(OLD_COPIES);
   try {
     give(old, {ROOT, ROOT_GROUP, 0700});  // whatever it was
     lockFolder();
@@ -261,7 +280,10 @@ Lacks makeWorkingCopy(uid_t user) {
     clear(workingCopy);
     lockFolder();
     freeNames(workingCopy);
-    fill(workingCopy);
+    for (Descriptor* folder : {&old, &workingCopy})  // what is open keeps its room
+      (void)Descriptor(std::move(*folder));
+    if (error.code() == std::errc::no_space_on_device) replaceEmptied(parent, readers);
+    fill(openFolder(WORKING_COPY));
     lacks.newFolder = error.what();
   }
   return lacks;

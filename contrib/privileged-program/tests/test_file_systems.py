@@ -86,6 +86,18 @@ class Full(DeviceCase):
                 self.assert_copy(True, ethernet=DYNAMIC, wifi=CLIENT)
                 self.assert_nothing_left()
 
+    def test_room_of_names_is_had_with_their_folder(self):
+        # As on ext4, where it is not had before.
+        for action in ("rollback", "unlock"):
+            self.request("unlock")
+            fill_with_bytes(WORKING_COPY)
+            held = os.open(WORKING_COPY, os.O_RDONLY)
+            self.addCleanup(os.close, held)
+            self.request(action)
+            self.assert_copy(action == "rollback", ethernet=DYNAMIC, wifi=CLIENT)
+            self.assertNotEqual(os.stat(WORKING_COPY).st_ino, os.stat(held).st_ino)
+            self.assert_nothing_left()
+
     def test_room_of_files_that_are_held_open_is_had_when_their_process_ends(self):
         self.request("unlock")
         for name in (ETHERNET, WIFI):
