@@ -22,7 +22,7 @@ constexpr const char* SYSTEM_DIRECTORY = "/etc/NetworkManager/system-connections
 
 /** Whether an entry is a file, or leads to one: not only for this moment. */
 bool isRegularFile(const std::filesystem::directory_entry& entry) {
-  bool isOne = false;
+  bool isOne{};
   (void)succeedsOnRetry([&] {
     std::error_code error;
     isOne = entry.is_regular_file(error);
