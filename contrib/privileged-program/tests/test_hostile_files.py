@@ -22,12 +22,15 @@ from .device_case import (ACCESS_POINT, CLIENT, DYNAMIC, DeviceCase, NOTES, STAT
 MAKE_FOLDERS = """
 import os, sys, time
 os.chdir(sys.argv[1])
-while True:
-    for number in range(20):
-        os.mkdir(str(number))
-    os.chdir("19")
-    while (status := os.statvfs(".")).f_files - status.f_ffree > 20000:
-        time.sleep(0.0005)
+try:
+    while True:
+        for number in range(20):
+            os.mkdir(str(number))
+        os.chdir("19")
+        while (status := os.statvfs(".")).f_files - status.f_ffree > 20000:
+            time.sleep(0.0005)
+except (PermissionError, FileNotFoundError):  # it was slower than who removes them
+    time.sleep(3600)
 """
 
 
