@@ -136,8 +136,8 @@ std::string nextName(DIR* list, Clock::time_point end) {
 
 /**
  * Removes a folder with the files in it. The folders in it move up beside it: so it does not matter
- * how deep they are. Where there are too many others beside it, those in them move up into it.
- * Returns whether a folder is gone.
+ * how deep they are. Where there are too many others beside it, or no room for one more name, those
+ * in them move up into it. Returns whether a folder is gone.
  */
 bool dissolve(int parent, const std::string& name, Clock::time_point end) {
   const Descriptor folder(
@@ -150,9 +150,11 @@ bool dissolve(int parent, const std::string& name, Clock::time_point end) {
   }
   bool isLess = false;
   const auto list = listOf(folder);
-  for (auto inner = nextName(list.get(), end); !inner.empty(); inner = nextName(list.get(), end))
-    if (unlinkat(folder, inner.c_str(), 0) != 0 && moveAside(folder, inner, parent) == EMLINK)
-      isLess |= dissolve(folder, inner, end);
+  for (auto inner = nextName(list.get(), end); !inner.empty(); inner = nextName(list.get(), end)) {
+    if (unlinkat(folder, inner.c_str(), 0) == 0) continue;
+    const int error = moveAside(folder, inner, parent);
+    if (error == EMLINK || error == ENOSPC) isLess |= dissolve(folder, inner, end);
+  }
   return unlinkat(parent, name.c_str(), AT_REMOVEDIR) == 0 || isLess;
 }
 
