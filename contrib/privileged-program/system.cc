@@ -102,7 +102,7 @@ Process process(pid_t id) {
   Process found;
   std::ifstream file("/proc/" + std::to_string(id) + "/stat");
   std::string line;
-  std::getline(file, line);  // 12 (name) state parent ...
+  std::getline(file, line, '\0');  // 12 (name) state parent ...; a name may hold ends of lines
   const std::size_t name = line.find('(') + 1;
   const std::size_t end = line.rfind(')');
   if (end == std::string::npos) return found;

@@ -11,6 +11,7 @@ import shutil
 import signal
 import socket
 import subprocess
+import sys
 import time
 import unittest
 
@@ -21,7 +22,7 @@ from . import device, device_case
 from .device import (ETHERNET, EXAMPLE, HANDLER, OLD_COPIES, READERS, RUN, USER, WIFI,
                      WORKING_COPY, write)
 from .device_case import (ACCESS_POINT, CLIENT, DYNAMIC, DeviceCase, NOTES, PUBLISHED,
-                          STATIC, STATIC_RECORD, locks_of)
+                          SLOW_SUDO, STATIC, STATIC_RECORD, locks_of)
 
 
 class Calls(DeviceCase):
@@ -87,6 +88,16 @@ class Calls(DeviceCase):
         self.assert_installed(DYNAMIC, CLIENT)
         self.request("finalize_wifi", sudo=sudo)
         self.assert_installed(DYNAMIC, None)
+
+    def test_caller_whose_name_holds_an_end_of_line_is_no_parent_of_itself(self):
+        caller = ("import ctypes, os, subprocess, sys\n"
+                  "ctypes.CDLL(None).prctl(15, b'sudo) S %d\\n' % os.getpid())\n"
+                  "sys.exit(subprocess.call(sys.argv[1:]))")
+        with subprocess.Popen(
+                [shutil.which("timeout"), "20", sys.executable, "-c", caller, SLOW_SUDO],
+                env=self.environment(USER), text=True, stdin=subprocess.PIPE,
+                stdout=subprocess.PIPE, stderr=subprocess.PIPE) as sudo:
+            self.request("rollback", sudo=sudo)
 
     def test_what_a_caller_hands_down_has_no_effect(self):
         def be_nasty():
