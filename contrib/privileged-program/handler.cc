@@ -161,13 +161,23 @@ struct Lacks {
 /** By name. Nothing for one that cannot be read, which is noted as lacking. */
 using InstalledFiles = std::map<std::string, std::optional<std::string>>;
 
+/** Whether a file is of the other connection's type, by which the window would take it for that. */
+bool isOfOther(const Connection& connection, const std::string& content) {
+  const Connection& other = connection.type == WIFI.type ? ETHERNET : WIFI;
+  const std::string line = "\ntype=" + std::string(other.type) + "\n";
+  return ("\n" + content + "\n").find(line) != std::string::npos;
+}
+
 InstalledFiles readInstalled(Lacks& lacks) {
   const Descriptor folder = openTrustedFolder(INSTALLED);
   InstalledFiles files;
   for (const Connection& connection : CONNECTIONS) {
     try {
-      if (auto content = take(folder, connection.file, ROOT))
-        files[connection.file] = std::move(content);
+      auto content = take(folder, connection.file, ROOT);
+      if (!content) continue;
+      if (isOfOther(connection, *content))
+        throw Refusal(std::string(connection.file) + " is of another type");
+      files[connection.file] = std::move(content);
     } catch (const Refusal& refusal) {  // no reason to lock everybody out
       complain(std::string("not in the working copy: ") + refusal.what());
     } catch (const std::exception& error) {  // nor is a bad block

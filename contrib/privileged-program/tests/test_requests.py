@@ -277,6 +277,19 @@ class Requests(DeviceCase):
         copy = f"{WORKING_COPY}/{WIFI}"
         self.fail_to_disable(lambda: os.rename(copy, copy[:-1] + "~"), "was not saved to the end")
 
+    def test_installed_file_of_the_other_type_is_not_handed_out(self):
+        # As a user may add one through NetworkManager. The window goes by the types, not the names.
+        for name, content in ((WIFI, STATIC), (ETHERNET, ACCESS_POINT)):
+            self.setUp()
+            write(content, INSTALLED, name)
+            status, errors = self.ask("unlock")
+            self.assertEqual(status, 0)
+            self.assertIn(name + " is of another type", errors)
+            self.assertNotIn(name, os.listdir(WORKING_COPY))
+        self.save_static()
+        self.request("finalize_ethernet", "x")
+        self.assert_installed(STATIC, CLIENT)
+
     def test_installed_file_that_cannot_be_copied_locks_nobody_out(self):
         installed, elsewhere = f"{INSTALLED}/{WIFI}", f"{INSTALLED}/elsewhere"
 
