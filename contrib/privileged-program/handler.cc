@@ -161,11 +161,14 @@ struct Lacks {
 /** By name. Nothing for one that cannot be read, which is noted as lacking. */
 using InstalledFiles = std::map<std::string, std::optional<std::string>>;
 
+bool hasLine(const std::string& content, const std::string& line) {
+  return ("\n" + content + "\n").find("\n" + line + "\n") != std::string::npos;
+}
+
 /** Whether a file is of the other connection's type, by which the window would take it for that. */
 bool isOfOther(const Connection& connection, const std::string& content) {
   const Connection& other = connection.type == WIFI.type ? ETHERNET : WIFI;
-  const std::string line = "\ntype=" + std::string(other.type) + "\n";
-  return ("\n" + content + "\n").find(line) != std::string::npos;
+  return hasLine(content, "type=" + std::string(other.type));
 }
 
 InstalledFiles readInstalled(Lacks& lacks) {
@@ -491,9 +494,7 @@ Settings check(const Connection& connection, const std::string& content,
   Settings settings = readKeyfile(connection, content);
   // Of two files with one UUID, NetworkManager drops one: it could be an administrator's.
   const auto uuid = settings.find("connection.uuid");
-  if (uuid != settings.end() &&
-      ("\n" + installed.value_or("") + "\n").find("\nuuid=" + uuid->second + "\n") ==
-          std::string::npos)
+  if (uuid != settings.end() && !hasLine(installed.value_or(""), "uuid=" + uuid->second))
     throw Refusal("a UUID that the installed file does not have");
   const std::string parsed = asParsed(content);
   if (parsed.empty()) throw Refusal("NetworkManager cannot read it");
