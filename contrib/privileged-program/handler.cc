@@ -326,7 +326,7 @@ std::optional<std::string> takeSaved(int folder, const Connection& connection, u
   auto content = take(folder, connection.file, user);
   std::string newForm = connection.file;
   newForm.back() = '~';
-  if (!content && faccessat(folder, newForm.c_str(), F_OK, AT_SYMLINK_NOFOLLOW) == 0)
+  if (faccessat(folder, newForm.c_str(), F_OK, AT_SYMLINK_NOFOLLOW) == 0)
     throw Refusal(std::string(connection.file) + " was not saved to the end");
   return content;
 }

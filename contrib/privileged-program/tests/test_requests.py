@@ -277,6 +277,13 @@ class Requests(DeviceCase):
         copy = f"{WORKING_COPY}/{WIFI}"
         self.fail_to_disable(lambda: os.rename(copy, copy[:-1] + "~"), "was not saved to the end")
 
+    def test_save_into_what_a_killed_window_has_left_is_not_told_as_done(self):
+        # Of two files of a type the window takes the first one, in the order of the folder.
+        self.request("unlock")
+        self.put_into_copy(ACCESS_POINT, WIFI[:-1] + "~")
+        self.refused("finalize_wifi", "Hotspot", because="was not saved to the end")
+        self.assert_installed(DYNAMIC, CLIENT)
+
     def test_installed_file_of_the_other_type_is_not_handed_out(self):
         # As a user may add one through NetworkManager. The window goes by the types, not the names.
         for name, content in ((WIFI, STATIC), (ETHERNET, ACCESS_POINT)):
