@@ -119,12 +119,12 @@ void resetSignals() {
   for (int signal = 1; signal < NSIG; ++signal) (void)std::signal(signal, SIG_DFL);
 }
 
+/** What is in a folder; nothing if there is no descriptor for that. */
 std::unique_ptr<DIR, int (*)(DIR*)> listOf(int folder) {
-  const int copy = succeed(openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC), "openat");
-  return {fdopendir(copy), closedir};
+  return {fdopendir(openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC)), closedir};
 }
 
-/** The next name in a folder; empty after the last one, and when the time is over. */
+/** The next name in a list; empty after the last one, and when the time is over. */
 std::string nextName(DIR* list, Clock::time_point end) {
   if (list == nullptr || Clock::now() > end) return {};
   while (const dirent* entry = readdir(list)) {
@@ -139,6 +139,7 @@ std::string nextName(DIR* list, Clock::time_point end) {
  * how deep they are. Where there are too many others beside it, or no room for one more name, those
  * in them move up into it. Returns whether a folder is gone.
  */
+// NOLINTNEXTLINE(misc-no-recursion): it ends where there are no more descriptors
 bool dissolve(int parent, const std::string& name, Clock::time_point end) {
   const Descriptor folder(
       openat(parent, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
