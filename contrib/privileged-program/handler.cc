@@ -214,11 +214,18 @@ void requireInstalled(int folder, const InstalledFiles& contents, bool isReaders
   }
 }
 
+/** The name under which the window makes a new form of a file. */
+std::string newFormOf(const Connection& connection) {
+  std::string name = connection.file;
+  name.back() = '~';
+  return name;
+}
+
 /** What there was no time to remove must not have a name that is needed. */
 void freeNames(int folder) {
   for (const Connection& connection : CONNECTIONS) {
-    for (const char* end : {"", "~"}) {
-      const std::string name = std::string(connection.file) + end;
+    const std::string file = connection.file;
+    for (const std::string& name : {file, file + "~", newFormOf(connection)}) {
       if (unlinkat(folder, name.c_str(), 0) != 0) moveAside(folder, name, folder);
     }
   }
@@ -324,9 +331,7 @@ Ticks timeOf(int folder, const char* name) {
 /** A file of the user's; nothing if there is none. Refused if a new form did not get its name. */
 std::optional<std::string> takeSaved(int folder, const Connection& connection, uid_t user) {
   auto content = take(folder, connection.file, user);
-  std::string newForm = connection.file;
-  newForm.back() = '~';
-  if (faccessat(folder, newForm.c_str(), F_OK, AT_SYMLINK_NOFOLLOW) == 0)
+  if (faccessat(folder, newFormOf(connection).c_str(), F_OK, AT_SYMLINK_NOFOLLOW) == 0)
     throw Refusal(std::string(connection.file) + " was not saved to the end");
   return content;
 }

@@ -334,8 +334,9 @@ class InPlace(DeviceCase):
             self.addCleanup(self.unmount_within)
             for name in (ETHERNET, WIFI):
                 os.remove(os.path.join(WORKING_COPY, name))
-                for end in ("", "~"):
-                    within = os.path.join(WORKING_COPY, name + end, "within")
+                # The last one is what the window writes to before it has a keyfile's name.
+                for taken in (name, name + "~", name[:-1] + "~"):
+                    within = os.path.join(WORKING_COPY, taken, "within")
                     os.makedirs(within)
                     subprocess.run(["mount", "-t", "tmpfs", "tmpfs", within], check=True)
             for action in ("rollback", "unlock"):
@@ -343,6 +344,8 @@ class InPlace(DeviceCase):
                 self.assertEqual(status, 0, errors)
                 self.assertEqual((read(WORKING_COPY, ETHERNET), read(WORKING_COPY, WIFI)),
                                  (DYNAMIC, CLIENT))
+            self.save_static()
+            self.request("finalize_ethernet", "ethernet")
 
         self.on_each(check)
 
