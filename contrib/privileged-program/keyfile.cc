@@ -277,6 +277,7 @@ std::string recordOf(const Settings& settings) {
   }
   std::string stored = valueOf(settings, "ipv4.address1");  // ADDRESS/PREFIX,GATEWAY
   stored.erase(0, stored.find_first_not_of(' '));           // nobody reads a blank in front
+  stored = stored.substr(0, stored.find(';'));              // the window reads no further
   const std::size_t slash = stored.find('/');
   const std::size_t comma = stored.find(',');
   if (method != "manual" || slash == std::string::npos || comma == std::string::npos ||

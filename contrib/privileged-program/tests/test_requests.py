@@ -630,7 +630,9 @@ class Record(DeviceCase):
             self.assertEqual(self.finalize(make), "")
             self.assertEqual(read(PUBLISHED), STATIC_RECORD)
         saves = [(DYNAMIC, DYNAMIC_RECORD),
-                 (STATIC.replace(b"address1=", b"address1=  "), STATIC_RECORD)]  # as it was typed
+                 (STATIC.replace(b"address1=", b"address1=  "), STATIC_RECORD),  # as it was typed
+                 # A first file may have it, and a save of the same address leaves it.
+                 (STATIC.replace(b"192.168.1.1\n", b"192.168.1.1;\n"), STATIC_RECORD)]
         for prefix, mask in ((0, b"00 00 00 00"), (1, b"80 00 00 00"), (20, b"FF FF F0 00"),
                              (32, b"FF FF FF FF")):
             saves.append((STATIC.replace(b"/24,", b"/%d," % prefix),
