@@ -300,8 +300,8 @@ Lacks makeWorkingCopy(uid_t user) {
     clear(workingCopy);
     lockFolder();
     freeNames(workingCopy);
-    for (Descriptor* folder : {&old, &workingCopy})  // what is open keeps its room
-      (void)Descriptor(std::move(*folder));
+    old.close();
+    workingCopy.close();
     if (error.code() == std::errc::no_space_on_device) replaceEmptied(parent, readers);
     fill(openFolder(WORKING_COPY));
     lacks.newFolder = error.what();

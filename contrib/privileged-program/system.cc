@@ -161,8 +161,8 @@ bool dissolve(int parent, const std::string& name, Clock::time_point end) {
 
 }  // namespace
 
-Descriptor::~Descriptor() {
-  if (number >= 0) close(number);
+void Descriptor::close() {
+  if (number >= 0) ::close(std::exchange(number, -1));
 }
 
 void forgetCaller() {

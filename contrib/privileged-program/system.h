@@ -29,7 +29,10 @@ class Descriptor {
   Descriptor(const Descriptor&) = delete;
   Descriptor& operator=(const Descriptor&) = delete;
   Descriptor& operator=(Descriptor&&) = delete;
-  ~Descriptor();
+  ~Descriptor() { close(); }
+
+  /** Before its owner goes: what is open keeps its room. */
+  void close();
 
   operator int() const { return number; }  // NOLINT(google-explicit-constructor)
 
