@@ -759,13 +759,14 @@ int main(int argc, char** argv) {
   // Whoever calls sudo chooses the connection, and could take one that has another user at its end.
   const bool isService = argc < 2 && std::getenv("SUDO_UID") == nullptr;
   std::optional<Caller> peer;
+  std::optional<Descriptor> place;  // to the end: the log may have to wait for its reader
   ExitStatus status = NOT_DONE;
   try {
     forgetCaller();
     openlog("zor-network-permissions-handler", LOG_PID, LOG_AUTHPRIV);
     if (isService) peer = callerOf(STDIN_FILENO);
     if (peer) {
-      const Descriptor place = takePlace(peer->user);
+      place.emplace(takePlace(peer->user));
       status = answer(wordsFrom(STDIN_FILENO), *peer);
     } else {
       status = answer(Words(argv + std::min(argc, 1), argv + argc), {user, calledAt()});
@@ -778,7 +779,7 @@ int main(int argc, char** argv) {
     const std::string text = std::to_string(status) + complaintsAfter(SPEAKER);
     (void)send(STDIN_FILENO, text.data(), text.size(), MSG_DONTWAIT);
   }
-  writeLog();
+  if (!peer || place) writeLog();  // who has no place would be one too many there
   if (!peer) std::fputs(complaintsAfter(SPEAKER).c_str(), stderr);
   return status;
 }

@@ -8,6 +8,7 @@ import contextlib
 import os
 import shlex
 import shutil
+import socket
 import stat
 import struct
 import subprocess
@@ -71,6 +72,26 @@ def access_of(*path):
 
 def nmcli_calls():
     return (read(NOTES, "calls") or b"").decode().splitlines()
+
+
+@contextlib.contextmanager
+def unread_log():
+    """The system's log, with no room for one more message."""
+    with socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM) as log:
+        log.bind("/dev/log")
+        count = -1
+        while count:  # each socket can send so much
+            with socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM) as other:
+                other.connect("/dev/log")
+                other.setblocking(False)
+                count = 0
+                with contextlib.suppress(BlockingIOError):
+                    while True:
+                        count += other.send(b"x")
+        try:
+            yield log
+        finally:
+            os.remove("/dev/log")
 
 
 def locks_of(name, kind=": "):

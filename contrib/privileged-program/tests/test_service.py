@@ -16,7 +16,7 @@ from tests.support.limit import wait_until
 from . import device, device_case, test_requests
 from .device import CLIENT, HANDLER, READERS, RUN, SOCKET, USER, WORKING_COPY, as_user, write
 from .device_case import (CLIENT as CLIENT_KEYFILE, DYNAMIC, DeviceCase, SLOW_SUDO, STATIC,
-                          is_waited_for, locks_of)
+                          is_waited_for, locks_of, unread_log)
 
 ANOTHER = USER - 1
 STREAMS = {"text": True, "stdout": subprocess.PIPE, "stderr": subprocess.PIPE}
@@ -194,6 +194,14 @@ class Peers(ByService):
             self.request("unlock", user=ANOTHER)
         wait_until(lambda: locks_of("places") == 0, "the places to be free")
         self.request("unlock")
+
+    def test_log_that_is_not_read_gives_nobody_more_places(self):
+        with unread_log():
+            answers = [self.say(b"x\0")[:1] for _ in range(30)]
+            self.assertEqual(b"".join(answers), 24 * b"2" + 6 * b"1")
+            self.assertEqual(locks_of("places"), 24)
+            self.assertEqual(self.say(b"unlock\0", user=ANOTHER), b"0")
+        wait_until(lambda: locks_of("places") == 0, "the places to be free")
 
     def test_places_that_cannot_be_had_are_told(self):
         path = os.path.join(RUN, "places")
