@@ -778,6 +778,7 @@ int main(int argc, char** argv) {
   if (peer) {
     const std::string text = std::to_string(status) + complaintsAfter(SPEAKER);
     (void)send(STDIN_FILENO, text.data(), text.size(), MSG_DONTWAIT);
+    (void)shutdown(STDIN_FILENO, SHUT_RDWR);  // who is answered does not wait for the log
   }
   if (!peer || place) writeLog();  // who has no place would be one too many there
   if (!peer) std::fputs(complaintsAfter(SPEAKER).c_str(), stderr);

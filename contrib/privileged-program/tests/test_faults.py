@@ -31,7 +31,7 @@ CANNOT_FAIL = {"alarm", "brk", "execve", "exit_group", "futex", "geteuid", "getp
 # A kill there is like one at the call behind it.
 CHANGES_NOTHING = {"chdir", "close", "close_range", "connect", "fcntl", "fsync", "getdents64",
                    "getsockopt", "lseek", "memfd_create", "mmap", "newfstatat", "prlimit64", "read",
-                   "socket"}
+                   "shutdown", "socket"}
 FIRST_CALL = 'openat(AT_FDCWD, "/dev/null", O_RDWR)'  # those before are the loader's
 OLD, NEW = (DYNAMIC, CLIENT), (STATIC, CLIENT)
 

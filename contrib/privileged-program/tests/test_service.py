@@ -203,6 +203,15 @@ class Peers(ByService):
             self.assertEqual(self.say(b"unlock\0", user=ANOTHER), b"0")
         wait_until(lambda: locks_of("places") == 0, "the places to be free")
 
+    def test_answer_does_not_wait_for_the_log(self):
+        with unread_log():
+            self.start("unlock").communicate(timeout=20)
+            with self.connected() as connection:
+                with self.assertRaises(BrokenPipeError):
+                    connection.sendall(1_000_000 * b"x")
+                self.assertEqual(connection.recv(1), b"2")
+            self.assertGreater(locks_of("places"), 0)
+
     def test_places_that_cannot_be_had_are_told(self):
         path = os.path.join(RUN, "places")
         os.remove(path)
