@@ -481,12 +481,14 @@ Descriptor openSession(const Request& request) {
   Descriptor workingCopy = openFolder(WORKING_COPY);
   const uid_t owner = ownerOf(workingCopy);
   if (owner != request.user && owner != ROOT) throw Refusal("the working copy is another user's");
-  if (request.calledAt < timeOf(openTrustedFolder(RUN), UNLOCKED_AT))
-    throw Refusal("it was asked for before the working copy was unlocked");
-  if (owner == request.user) return workingCopy;
+  const Ticks unlockedAt = timeOf(openTrustedFolder(RUN), UNLOCKED_AT);
+  const bool isOpen = owner == request.user;
   const std::string path = setAsideOf(request.user);
-  if (access((path + "/" + LOCKED_AT).c_str(), F_OK) != 0)
+  if (unlockedAt == 0 || (!isOpen && access((path + "/" + LOCKED_AT).c_str(), F_OK) != 0))
     throw Refusal("nothing was unlocked before");
+  if (request.calledAt < unlockedAt)
+    throw Refusal("it was asked for before the working copy was unlocked");
+  if (isOpen) return workingCopy;
   Descriptor folder = openTrustedFolder(path);
   if (request.calledAt > timeOf(folder, LOCKED_AT))
     throw Refusal("it was asked for after the working copy was locked");

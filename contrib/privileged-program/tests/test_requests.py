@@ -83,6 +83,13 @@ class Requests(DeviceCase):
         self.request("finalize_ethernet", "ethernet")
         self.assert_installed(STATIC, CLIENT)
 
+    def test_what_was_asked_for_before_any_session_is_refused(self):
+        self.request("unlock")
+        self.save_static()
+        shutil.rmtree(RUN)  # the system was started anew
+        self.refused("finalize_ethernet", "ethernet", because="nothing was unlocked before")
+        self.assert_installed(DYNAMIC, CLIENT)
+
     def test_what_was_asked_for_after_its_session_is_refused(self):
         self.request("unlock")
         self.save_static()
@@ -344,8 +351,10 @@ class Requests(DeviceCase):
             for user, group in ((USER, 0), (0, READERS), (0, 0)):
                 os.chown(WORKING_COPY, user, group)
                 self.refused("rollback", because="there are files that are not installed")
+                self.refused("finalize_wifi", because="nothing was unlocked before")
                 self.assertTrue(os.path.exists(stranger))
             os.remove(stranger)
+        self.assert_installed(DYNAMIC, CLIENT)
 
     def test_ethernet_is_never_removed(self):
         self.request("unlock")
