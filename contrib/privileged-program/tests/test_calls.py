@@ -247,6 +247,11 @@ class Packaging(DeviceCase):
             os.path.join(EXAMPLE, unit) for unit in (
                 "zor-network-restore.service", "zor-network.socket", "zor-network@.service")))
 
+    def test_service_starts_without_the_log(self):
+        unit = read(EXAMPLE, "zor-network@.service").decode()
+        for stream in "Output", "Error":
+            self.assertIn(f"\nStandard{stream}=null\n", unit)
+
     def test_sandbox_is_as_tight_as_the_manual_says(self):
         manual = read(EXAMPLE, "README.md").decode()
         (told,) = re.findall(r"`systemd-analyze security` gives it ([0-9.]+) ", manual)
