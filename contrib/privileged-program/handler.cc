@@ -248,7 +248,7 @@ void replaceEmptied(int parent, gid_t readers) {
 }
 
 /** Makes the working copy anew from the installed files: the user's, or locked if that is root. */
-Lacks makeWorkingCopy(uid_t user) {
+Lacks makeWorkingCopy(uid_t user, bool isStart = false) {
   const gid_t readers = groupOf(openTrustedFolder(STATE));
   if (readers == ROOT_GROUP) throw Refusal(std::string(STATE) + " needs a group of its own");
   Descriptor workingCopy = openFolder(WORKING_COPY);
@@ -291,6 +291,11 @@ Lacks makeWorkingCopy(uid_t user) {
     fill(makeNewFolder(parent, NEXT_COPY_NAME));
     // At once: the window may be looking for its files already.
     exchange(parent, NEXT_COPY_NAME, COPY_NAME);
+    if (isStart && !isUsers) {  // ours, and not looked at yet: each start would leave one
+      for (const Connection& connection : CONNECTIONS)
+        (void)unlinkat(workingCopy, connection.file, 0);
+      (void)unlinkat(parent, NEXT_COPY_NAME, AT_REMOVEDIR);
+    }
     moveAside(parent, NEXT_COPY_NAME, old);
   } catch (const std::system_error& error) {
     // Mount points, and folders of an image below another layer, cannot be renamed. Or the user has
@@ -463,7 +468,7 @@ void rollback(const Request& request) {
   } catch (const std::exception& error) {  // the working copy is locked all the same
     complain(std::string("not set aside: ") + error.what());
   }
-  const Lacks lacks = makeWorkingCopy(ROOT);
+  const Lacks lacks = makeWorkingCopy(ROOT, request.user == ROOT);
   // For those who install it, and read the log of a start.
   if (request.user == ROOT && !lacks.newFolder.empty())
     complain(std::string("no new folder can take the place of ") + WORKING_COPY + ": " +

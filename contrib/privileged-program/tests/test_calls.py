@@ -73,6 +73,13 @@ class Calls(DeviceCase):
         self.request("unlock")
         self.assertEqual(os.listdir(OLD_COPIES), [])
 
+    def test_starts_of_the_system_leave_no_old_copies(self):
+        self.request("rollback")
+        for _ in range(3):
+            self.request("rollback", user=None)
+            self.assert_copy(True, ethernet=DYNAMIC, wifi=CLIENT)
+        self.assertEqual(os.listdir(OLD_COPIES), [])
+
     def test_session_is_its_users_own(self):
         another = {"user": USER - 1}
         for words in (("finalize_ethernet", "ethernet"), ("finalize_wifi",)):
