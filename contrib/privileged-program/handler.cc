@@ -247,7 +247,10 @@ void replaceEmptied(int parent, gid_t readers) {
   makeFolder(OLD_COPIES, 0700);
 }
 
-/** Makes the working copy anew from the installed files: the user's, or locked if that is root. */
+/**
+ * Makes the working copy anew from the installed files: the user's, or locked if that is root. At
+ * the start of the system one that was locked already is removed at once: no window looks at it.
+ */
 Lacks makeWorkingCopy(uid_t user, bool isStart = false) {
   const gid_t readers = groupOf(openTrustedFolder(STATE));
   if (readers == ROOT_GROUP) throw Refusal(std::string(STATE) + " needs a group of its own");
@@ -291,7 +294,7 @@ Lacks makeWorkingCopy(uid_t user, bool isStart = false) {
     fill(makeNewFolder(parent, NEXT_COPY_NAME));
     // At once: the window may be looking for its files already.
     exchange(parent, NEXT_COPY_NAME, COPY_NAME);
-    if (isStart && !isUsers) {  // ours, and not looked at yet: each start would leave one
+    if (isStart && !isUsers) {  // each start would leave one, until a user asks for something
       for (const Connection& connection : CONNECTIONS)
         (void)unlinkat(workingCopy, connection.file, 0);
       (void)unlinkat(parent, NEXT_COPY_NAME, AT_REMOVEDIR);
